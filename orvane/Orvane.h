@@ -1,0 +1,26 @@
+#pragma once
+// Umbrella header: every public class of the kernel's value layer, vertex geometry,
+// integer paths, curve algorithms, curves, splines and persistence.
+
+#include "orvane/foundation/Arc2D.h"
+#include "orvane/foundation/DirUtils.h"
+#include "orvane/foundation/Enums.h"
+#include "orvane/foundation/Exception.h"
+#include "orvane/foundation/GeInterval.h"
+#include "orvane/foundation/GeTolerance.h"
+#include "orvane/foundation/LWPoint2D.h"
+#include "orvane/foundation/Line2D.h"
+#include "orvane/foundation/List.h"
+#include "orvane/foundation/MathUtils.h"
+#include "orvane/foundation/Matrix2D.h"
+#include "orvane/foundation/Nullable.h"
+#include "orvane/foundation/Point2D.h"
+#include "orvane/foundation/Point2DUtils.h"
+#include "orvane/foundation/PointArray.h"
+#include "orvane/foundation/PointL2D.h"
+#include "orvane/foundation/Rect2D.h"
+#include "orvane/foundation/ShapeRelationUtils.h"
+#include "orvane/foundation/Triangle2D.h"
+#include "orvane/vertex/Geometry2D.h"
+#include "orvane/vertex/VGeometry2DList.h"
+#include "orvane/vertex/VPoint2DList.h"
