@@ -21,6 +21,7 @@
 #include "orvane/foundation/Rect2D.h"
 #include "orvane/foundation/ShapeRelationUtils.h"
 #include "orvane/foundation/Triangle2D.h"
+#include "orvane/paths/Path64.h"
 #include "orvane/vertex/Geometry2D.h"
 #include "orvane/vertex/VGeometry2DList.h"
 #include "orvane/vertex/VPoint2DList.h"
