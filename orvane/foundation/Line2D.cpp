@@ -149,7 +149,10 @@ int TLine2D::RelationWithSegLine(const TLine2D& Line, TPoint2D& OutP1, TPoint2D&
   const double t = (Line.P1 - P1).CrossMul(b) / denom;
   const double u = (Line.P1 - P1).CrossMul(a) / denom;
   if (t * la >= -Tol && t * la <= la + Tol && u * lb >= -Tol && u * lb <= lb + Tol) {
-    OutP1 = EvalPoint(std::clamp(t, 0.0, 1.0));
+    // A crossing just beyond an end within Tol is that end: a point of both segments' data.
+    if (t < 0.0 || t > 1.0) OutP1 = t < 0.0 ? P1 : P2;
+    else if (u < 0.0 || u > 1.0) OutP1 = u < 0.0 ? Line.P1 : Line.P2;
+    else OutP1 = EvalPoint(t);
     return 1;
   }
   // The lines cross outside, but an end of one may still lie within Tol of the other.

@@ -1,0 +1,124 @@
+// Directions, point utilities, range relations and the small records.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "orvane/Orvane.h"
+
+using namespace orvane;
+
+namespace {
+template <class F>
+std::string MessageOf(F&& Fn) {
+  try {
+    Fn();
+  } catch (const Exception& e) {
+    return e.what();
+  }
+  return "(no exception)";
+}
+}  // namespace
+
+TEST(DirUtils, MappingsTurnsAndExactErrorTexts) {
+  EXPECT_EQ(TDirUtils::WindowsDirToDir(37), TDir::dirLeft);
+  EXPECT_EQ(TDirUtils::WindowsDirToDir(40), TDir::dirDown);
+  for (int code = 37; code <= 40; ++code) EXPECT_EQ(TDirUtils::DirToWindowsDir(TDirUtils::WindowsDirToDir(code)), code);
+  EXPECT_EQ(TDirUtils::DirToVec(TDir::dirDown), TPoint2D(0, -1));
+  EXPECT_EQ(TDirUtils::ModWithDivisor(-1, 4), 3);
+  EXPECT_EQ(TDirUtils::ModWithDivisor(1, -4), -3);
+  EXPECT_EQ(TDirUtils::ModWithDivisor(4, 4), 0);
+  EXPECT_EQ(TDirUtils::ModWithDivisor(-8, -4), 0);
+  EXPECT_EQ(TDirUtils::ModWithDivisor(-5, -4), -1);
+  EXPECT_EQ(TDirUtils::RotateN90Degrees(TDir::dirRight, 1), TDir::dirUp);
+  EXPECT_EQ(TDirUtils::RotateN90Degrees(TDir::dirRight, -1), TDir::dirDown);
+  EXPECT_EQ(TDirUtils::RotateN90Degrees(TDir::dirLeft, 6), TDir::dirRight);
+  EXPECT_EQ(TDirUtils::RotateN90Degrees(TDir::dirUp, -2147483647 - 1), TDir::dirUp);
+  for (int d = 1; d <= 8; ++d) {
+    const auto dir = static_cast<TDir>(d);
+    EXPECT_EQ(TDirUtils::Reverse(TDirUtils::Reverse(dir)), dir);
+    EXPECT_NE(TDirUtils::Reverse(dir), dir);
+  }
+  EXPECT_EQ(TDirUtils::Reverse(TDir::dirLeftDown), TDir::dirRightUp);
+  EXPECT_EQ(TDirUtils::Reverse(TDir::dirLeftUp), TDir::dirRightDown);
+
+  EXPECT_EQ(MessageOf([] { TDirUtils::WindowsDirToDir(41); }), "[Error] TDirUtils.WindowsDirToDir: 参数错误");
+  EXPECT_EQ(MessageOf([] { TDirUtils::DirToWindowsDir(TDir::dirLeftUp); }), "[Error] TDirUtils.DirToWindowsDir: 参数错误");
+  EXPECT_EQ(MessageOf([] { TDirUtils::DirToVec(TDir::dirNone); }), "[Error] TDirUtils.DirToVec: 参数错误");
+  EXPECT_EQ(MessageOf([] { TDirUtils::Reverse(TDir::dirNone); }), "[Error] TDirUtils.Reverse: 参数错误");
+  EXPECT_EQ(MessageOf([] { TDirUtils::RotateN90Degrees(TDir::dirRightUp, 1); }),
+            "[Error] TDirUtils.RotateN90Degrees: 参数错误");
+  EXPECT_EQ(MessageOf([] { TDirUtils::DirToVec(static_cast<TDir>(200)); }), "[Error] TDirUtils.DirToVec: 参数错误");
+  EXPECT_THROW(TDirUtils::ModWithDivisor(3, 0), EParamError);
+}
+
+TEST(Point2DUtils, OrdersQuadrantsAndConstructions) {
+  EXPECT_EQ(TPoint2DUtils::CompareByXY({1, 5}, {1 + 1e-15, 0}), -1);
+  EXPECT_EQ(TPoint2DUtils::CompareByXY({1, 5}, {1, 5 - 1e-15}), 1);
+  EXPECT_EQ(TPoint2DUtils::CompareByYX({9, 1}, {0, 2}), -1);
+  EXPECT_EQ(TPoint2DUtils::CompareByXY({2, 2}, {2, 2}), 0);
+  EXPECT_EQ(TPoint2DUtils::Quadrant({0, 0}), 0);
+  EXPECT_EQ(TPoint2DUtils::Quadrant({0, 5}), -2);
+  EXPECT_EQ(TPoint2DUtils::Quadrant({-1, 0}), -3);
+  EXPECT_EQ(TPoint2DUtils::Quadrant({0, -2}), -4);
+  EXPECT_EQ(TPoint2DUtils::Quadrant({3, 0}), -1);
+  EXPECT_EQ(TPoint2DUtils::Quadrant({-1, -1}), 3);
+  EXPECT_EQ(TPoint2DUtils::Quadrant({1, -1}), 4);
+  EXPECT_EQ(TPoint2DUtils::Quadrant({-1, 1}), 2);
+
+  const TPoint2D m = TPoint2DUtils::Mirror({2, 0}, {0, 0}, {1, 1});
+  EXPECT_NEAR(m.X, 0, 1e-12);
+  EXPECT_NEAR(m.Y, 2, 1e-12);
+  EXPECT_EQ(MessageOf([] { TPoint2DUtils::Mirror({2, 0}, {1, 1}, {1, 1}); }), "[Error] TPoint2DUtils.Mirror: 参数错误");
+
+  EXPECT_EQ(TPoint2DUtils::Stretch({0, 0}, 5), TPoint2D(0, 0));
+  EXPECT_EQ(TPoint2DUtils::Stretch({0, -2}, 5), TPoint2D(0, -5));
+  EXPECT_DOUBLE_EQ(TPoint2DUtils::AbsAngle({1, 0}, {0, -1}), HalfPi);
+  EXPECT_DOUBLE_EQ(TPoint2DUtils::AbsAngle({1, 0}, {-1, 1}), 0.75 * Pi);
+  EXPECT_EQ(TPoint2DUtils::IsLeft({0, 0}, {2, 0}, {1, 3}), 6.0);
+  EXPECT_EQ(TPoint2DUtils::TriangleArea({0, 0}, {2, 0}, {1, -3}, false), -3.0);
+  EXPECT_EQ(TPoint2DUtils::TriangleArea({0, 0}, {2, 0}, {1, -3}, true), 3.0);
+  // 3-4-5 right triangle: inradius 1 at (1, 1).
+  const TPoint2D c = TPoint2DUtils::InCenter({0, 0}, {4, 0}, {0, 3});
+  EXPECT_NEAR(c.X, 1, 1e-12);
+  EXPECT_NEAR(c.Y, 1, 1e-12);
+  EXPECT_EQ(TPoint2DUtils::InCenter({2, 3}, {2, 3}, {2, 3}), TPoint2D(2, 3));
+}
+
+TEST(ShapeRelationUtils, RangeRelations) {
+  using R = TRangeRelation;
+  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(0, 1, 0, 1, 1e-6), R::rgContain);
+  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(0, 1, 1, 2, 1e-6), R::rgCross);
+  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(0, 1, 2, 3, 1e-6), R::rgDeviate);
+  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(2, 3, 0, 1, 1e-6), R::rgDeviate);
+  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(0, 3, 1, 2, 1e-6), R::rgContain);
+  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(1, 2, 0, 3, 1e-6), R::rgContained);
+  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(0, 1 - 1e-7, 0, 1, 1e-6), R::rgContain);
+  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(0, 0.5, 0, 1, 1e-6), R::rgContained);
+  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(1, 3, 0, 2, 1e-6), R::rgCross);
+}
+
+TEST(SmallRecords, IntegerPointsAndNullables) {
+  const TPointL2D p(3, -4);
+  EXPECT_DOUBLE_EQ(p.Length(), 5.0);
+  EXPECT_EQ(p.RotateBy90(), TPointL2D(4, 3));
+  EXPECT_EQ(p.RotateBy270(), TPointL2D(-4, -3));
+  EXPECT_EQ(p + TPointL2D(1, 1) - TPointL2D(4, -3), TPointL2D::Zero);
+  EXPECT_EQ(-p, TPointL2D(-3, 4));
+  // Only the low 32 bits survive the narrowing.
+  EXPECT_EQ(TPointL2D((1LL << 32) + 5, -1).ToCADIntPoint(), TIntPoint(5, -1));
+  EXPECT_EQ(TPointL2D(TIntPoint(7, 8)), TPointL2D(7, 8));
+  EXPECT_NE(std::hash<TPointL2D>{}(TPointL2D(1, 2)), std::hash<TPointL2D>{}(TPointL2D(2, 1)));
+
+  TNullable<double> n(true, 2.5);
+  EXPECT_FALSE(n.GetIsNull());
+  EXPECT_EQ(n.GetValueOrDefault(9.0), 2.5);
+  n.Clear();
+  EXPECT_TRUE(n.GetIsNull());
+  EXPECT_EQ(n.GetValueOrDefault(), 0.0);
+  EXPECT_EQ(n.GetValueOrDefault(9.0), 9.0);
+  const TNullablePoint2D np(true);
+  EXPECT_EQ(np.Value, TPoint2D::FZero);
+  TLWPolyline lw;
+  lw.Add(TLWPoint2D({1, 2}, 0.5));
+  EXPECT_EQ(lw.First().Bulge, 0.5);
+}

@@ -1,0 +1,215 @@
+// The runtime lists, point lists and geometry lists.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "orvane/Orvane.h"
+
+using namespace orvane;
+
+namespace {
+
+// Records every notification, as derived classes of the kernel do.
+class TRecordingList : public TList<int> {
+ public:
+  std::vector<std::string> Log;
+
+ protected:
+  void Notify(const int& Item, TCollectionNotification Action) override {
+    TList<int>::Notify(Item, Action);
+    Log.push_back((Action == TCollectionNotification::cnAdded ? "+" : "-") + std::to_string(Item));
+  }
+};
+
+// A point list that counts its destructions and keeps its class through New.
+class TCountedList : public TVPoint2DList {
+ public:
+  explicit TCountedList(int* ADestroyed = nullptr) : FDestroyed(ADestroyed) {}
+  ~TCountedList() override {
+    if (FDestroyed) ++*FDestroyed;
+  }
+  std::unique_ptr<TVPoint2DList> New() const override { return std::make_unique<TCountedList>(FDestroyed); }
+
+ private:
+  int* FDestroyed;
+};
+
+class TCountedLists : public TVGeometry2DList<TCountedList> {
+ public:
+  using TVGeometry2DList<TCountedList>::TVGeometry2DList;
+  std::unique_ptr<TVGeometry2DList<TCountedList>> New(bool AOwnsObjects) const override {
+    return std::make_unique<TCountedLists>(AOwnsObjects);
+  }
+};
+
+std::unique_ptr<TCountedList> Square(int* Destroyed, double X) {
+  auto l = std::make_unique<TCountedList>(Destroyed);
+  for (TPoint2D p : {TPoint2D(0, 0), TPoint2D(1, 0), TPoint2D(1, 1), TPoint2D(0, 1)}) l->Add(p + TPoint2D(X, 0));
+  return l;
+}
+
+}  // namespace
+
+TEST(List, NotificationsIndexErrorsAndSorting) {
+  TRecordingList l;
+  l.Add(3);
+  l.Add(1);
+  l.Insert(0, 2);
+  l.SetItem(1, 5);
+  l.Delete(0);
+  l.Remove(1);
+  l.Add(7);
+  l.Clear();
+  EXPECT_EQ(l.Log, (std::vector<std::string>{"+3", "+1", "+2", "-3", "+5", "-2", "-1", "+7", "-5", "-7"}));
+  try {
+    l.Delete(0);
+    FAIL();
+  } catch (const EListError& e) {
+    EXPECT_STREQ(e.what(), "List index out of bounds (0)");
+  }
+  EXPECT_THROW(l.Insert(2, 1), EListError);
+  EXPECT_THROW(l.First(), EListError);
+
+  TList<double> d;
+  for (double v : {3.0, 1.0, 2.0, 1.0 + 1e-9}) d.Add(v);
+  // A tolerant comparer is not a strict weak order; the stable sort keeps equal items in order.
+  d.Sort([](double a, double b) { return fEqual(a, b, 1e-6) ? 0 : (a < b ? -1 : 1); });
+  EXPECT_EQ(d.List(), (std::vector<double>{1.0, 1.0 + 1e-9, 2.0, 3.0}));
+  int at = -1;
+  auto cmp = [](double a, double b) { return a < b ? -1 : (a > b ? 1 : 0); };
+  EXPECT_TRUE(d.BinarySearch(2.0, at, cmp));
+  EXPECT_EQ(at, 2);
+  EXPECT_FALSE(d.BinarySearch(2.5, at, cmp));
+  EXPECT_EQ(at, 3);
+  d.Move(0, 3);
+  EXPECT_EQ(d.Last(), 1.0);
+}
+
+TEST(ObjectList, OwnershipClonesAndExtraction) {
+  int destroyed = 0;
+  {
+    TCountedLists owning(true);
+    owning.Add(Square(&destroyed, 0));
+    owning.Add(Square(&destroyed, 2));
+    std::unique_ptr<IVGeometry2D> copy = owning.Clone();
+    auto* lists = dynamic_cast<TCountedLists*>(copy.get());
+    ASSERT_NE(lists, nullptr);  // the derived class survives Clone
+    ASSERT_EQ(lists->Count(), 2);
+    EXPECT_NE((*lists)[0], owning[0]);  // an owning copy shares no item
+    EXPECT_NE(dynamic_cast<TCountedList*>((*lists)[1]), nullptr);
+    lists->Translate({10, 0});
+    EXPECT_EQ(owning[0]->First(), TPoint2D(0, 0));
+    EXPECT_DOUBLE_EQ(lists->Area(), 2.0);
+    EXPECT_EQ(lists->BoundBox(), TRect2D(10, 0, 13, 1));
+    copy.reset();
+    EXPECT_EQ(destroyed, 2);
+
+    owning.Delete(0);
+    EXPECT_EQ(destroyed, 3);
+    std::unique_ptr<TCountedList> out = owning.ExtractAt(0);
+    EXPECT_EQ(destroyed, 3);
+    EXPECT_EQ(owning.Count(), 0);
+    owning.Add(std::move(out));
+    owning.SetItem(0, owning[0]);  // its own slot: nothing is freed
+    EXPECT_EQ(destroyed, 3);
+  }
+  EXPECT_EQ(destroyed, 4);
+
+  destroyed = 0;
+  auto a = Square(&destroyed, 0);
+  auto b = Square(&destroyed, 5);
+  {
+    TCountedLists shared(false);
+    shared.Add(a.get());
+    shared.Add(b.get());
+    std::unique_ptr<IVGeometry2D> copy = shared.Clone();
+    auto* lists = dynamic_cast<TCountedLists*>(copy.get());
+    ASSERT_NE(lists, nullptr);
+    EXPECT_FALSE(lists->GetOwnsObjects());
+    EXPECT_EQ((*lists)[1], b.get());  // a non-owning copy shares the items
+    copy.reset();
+    shared.Delete(0);
+    EXPECT_THROW(shared.Add(Square(&destroyed, 9)), EListError);
+    EXPECT_THROW(shared.Extract(b.get()), EListError);
+    EXPECT_EQ(destroyed, 1);  // only the refused square
+  }
+  EXPECT_EQ(destroyed, 1);
+}
+
+TEST(VPoint2DList, MeasuresTransformsAndSnips) {
+  TVPoint2DList sq{{0, 0}, {2, 0}, {2, 2}, {0, 2}};
+  TVPoint2DList closed{{0, 0}, {2, 0}, {2, 2}, {0, 2}, {0, 0}};
+  TVPoint2DList cw{{0, 0}, {0, 2}, {2, 2}, {2, 0}};
+  EXPECT_DOUBLE_EQ(sq.Area(), 4.0);
+  EXPECT_DOUBLE_EQ(closed.Area(), 4.0);
+  EXPECT_DOUBLE_EQ(cw.Area(), -4.0);
+  EXPECT_EQ(TVPoint2DList({{0, 0}, {5, 5}}).Area(), 0.0);
+  EXPECT_DOUBLE_EQ(sq.AverageX(), 1.0);
+  EXPECT_EQ(TVPoint2DList().AverageX(), 1.7976931348623157e308);
+  EXPECT_FALSE(TVPoint2DList().BoundBox().IsValid());
+  EXPECT_EQ(sq.FindMostValueId(0, true), 1);  // first of the two with X = 2
+  EXPECT_EQ(sq.FindMostValueId(1, false), 0);
+  EXPECT_EQ(TVPoint2DList().FindMostValueId(0, true), -1);
+
+  EXPECT_EQ(sq.Snip(2, 2)->Count(), 0);
+  EXPECT_EQ(sq.Snip(0, 4)->Count(), 4);
+  EXPECT_EQ(sq.Snip(0, 5)->Count(), 0);
+  EXPECT_EQ(sq.Snip(1, 3)->Points(), (TDynPoints2D{{2, 0}, {2, 2}}));
+
+  TVPoint2DList t{{1, 2}};
+  t.RotateBy90();
+  EXPECT_EQ(t.First(), TPoint2D(-2, 1));
+  t.RotateBy_90();
+  t.YMirror();
+  EXPECT_EQ(t.First(), TPoint2D(-1, 2));
+  t.Zoom(2);
+  t.Translate({1, 1});
+  EXPECT_EQ(t.First(), TPoint2D(-1, 5));
+  TMatrix2D m;
+  m.Translate(1, 0);
+  m.Rotate(Pi);
+  t.Transform(m);
+  EXPECT_NEAR(t.First().X, 0, 1e-12);
+  EXPECT_NEAR(t.First().Y, -5, 1e-12);
+  TVPoint2DList r{{1.23456, -0.00049}};
+  r.RoundTo(3);
+  EXPECT_EQ(r.First(), TPoint2D(1.235, -0.0));
+
+  std::unique_ptr<TVPoint2DList> c = sq.CloneAs<TVPoint2DList>();
+  ASSERT_NE(c, nullptr);
+  EXPECT_EQ(c->Points(), sq.Points());
+}
+
+TEST(VPoint2DList, IndexOfByXYAcrossTheToleranceBoundary) {
+  // The exact order sends the search to the first point; the match within Tol is the second.
+  TVPoint2DList l{{0, 10}, {0.5e-6, 0}};
+  EXPECT_EQ(l.IndexOfByXY({0, 0}, 1e-6), 1);
+  TVPoint2DList far{{0, 10}, {1.5e-6, 0}};
+  EXPECT_EQ(far.IndexOfByXY({0, 0}, 1e-6), -1);
+  EXPECT_EQ(TVPoint2DList().IndexOfByXY({0, 0}, 1), -1);
+
+  // Invariant on a sorted grid with jitter: every query near a stored point finds a point
+  // within Tol, and the answer agrees with a linear scan about whether one exists.
+  std::mt19937 rng(5);
+  std::uniform_real_distribution<double> jitter(-2e-6, 2e-6);
+  TDynPoints2D pts;
+  for (int i = 0; i < 40; ++i)
+    for (int j = 0; j < 5; ++j) pts.push_back({i * 1e-6 + jitter(rng), j + jitter(rng)});
+  std::stable_sort(pts.begin(), pts.end(),
+                   [](const TPoint2D& a, const TPoint2D& b) { return TPoint2DUtils::CompareByXY(a, b) < 0; });
+  TVPoint2DList sorted(pts);
+  for (int k = 0; k < 2000; ++k) {
+    const TPoint2D q = pts[static_cast<std::size_t>(k) % pts.size()] + TPoint2D(jitter(rng), jitter(rng));
+    bool any = false;
+    for (const TPoint2D& p : pts) any = any || p.Equals(q, 1e-6);
+    const int found = sorted.IndexOfByXY(q, 1e-6);
+    if (found >= 0) {
+      EXPECT_TRUE(sorted[found].Equals(q, 1e-6));
+    }
+    if (!any) {
+      EXPECT_EQ(found, -1);
+    }
+  }
+}
