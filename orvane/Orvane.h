@@ -2,6 +2,7 @@
 // Umbrella header: every public class of the kernel's value layer, vertex geometry,
 // integer paths, curve algorithms, curves, splines and persistence.
 
+#include "orvane/algorithms/MelkmanAlgo.h"
 #include "orvane/foundation/Arc2D.h"
 #include "orvane/foundation/DirUtils.h"
 #include "orvane/foundation/Enums.h"
@@ -25,3 +26,4 @@
 #include "orvane/vertex/Geometry2D.h"
 #include "orvane/vertex/VGeometry2DList.h"
 #include "orvane/vertex/VPoint2DList.h"
+#include "orvane/vertex/VPolyline2D.h"
