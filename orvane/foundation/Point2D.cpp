@@ -53,6 +53,11 @@ bool TPoint2D::IsParallelTo(const TPoint2D& V, double Tol) const {
 
 TPoint2D TPoint2D::RoundTo(int Digit) const { return {RoundCoordinate(X, Digit), RoundCoordinate(Y, Digit)}; }
 
-std::string TPoint2D::ToString() const { return "(" + FloatToStr(X) + ", " + FloatToStr(Y) + ")"; }
+std::string TPoint2D::ToString() const {
+  // Appending in place; gcc 12 misreports -Wrestrict on a chain of operator+ here.
+  std::string text("(");
+  text.append(FloatToStr(X)).append(", ").append(FloatToStr(Y)).append(")");
+  return text;
+}
 
 }  // namespace orvane
