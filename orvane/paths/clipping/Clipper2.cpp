@@ -611,6 +611,7 @@ TPointInPolygonResult PointInPolygon2(const TPoint64& Pt, const TPath64& Polygon
 // ---- Compatibility ------------------------------------------------------------------------
 
 double Area(const TPath64& Path) { return Clipper::Core::Area(Path); }
+double Area(const TPaths64& Paths) { return Clipper::Core::Area(Paths); }
 bool Orientation(const TPath64& Path) { return Clipper::Core::Area(Path) >= 0.0; }
 TRect64 GetBounds(const TPath64& Path) { return Clipper::Core::GetBounds(Path); }
 TRect64 GetBounds(const TPaths64& Paths) { return Clipper::Core::GetBounds(Paths); }

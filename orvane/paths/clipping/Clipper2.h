@@ -366,6 +366,7 @@ using Clipper::DoublePoint;
 using Clipper::IntPoint;
 
 double Area(const TPath64& Path);
+double Area(const TPaths64& Paths);
 // Area(Path) >= 0.
 bool Orientation(const TPath64& Path);
 TRect64 GetBounds(const TPath64& Path);
