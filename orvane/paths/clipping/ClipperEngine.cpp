@@ -74,6 +74,7 @@ void CheckRange(const TPaths64& Paths) {
 void TEngineClipper::Clear() {
   Engine.Clear();
   Kept.clear();
+  KeptPoints.clear();
   Records.clear();
   PathCount = 0;
   HasOpenPaths = false;
@@ -86,20 +87,21 @@ bool TEngineClipper::AddPath(const TPath64& Path, TPathType Type, bool Closed) {
 }
 
 bool TEngineClipper::AddChecked(const TPath64& Path, TPathType Type, bool Closed) {
-  ClipperLib::Path p;
-  ToEngine(Path, p);
+  ToEngine(Path, Scratch);
   bool added;
   try {
-    added = Engine.AddPath(p, ToEngine(Type), Closed);
+    added = Engine.AddPath(Scratch, ToEngine(Type), Closed);
   } catch (const ClipperLib::clipperException& e) {
     RaiseEngineError(e);
   }
   const int ordinal = PathCount++;
   if (added) {
-    if (!Closed)
+    if (!Closed) {
       HasOpenPaths = true;
-    else
-      Kept.push_back(TKeptPath{std::move(p), Type, ordinal});
+    } else {
+      Kept.push_back(TKeptPath{KeptPoints.size(), Scratch.size(), Type, ordinal});
+      KeptPoints.insert(KeptPoints.end(), Scratch.begin(), Scratch.end());
+    }
   }
   return added;
 }
@@ -107,6 +109,16 @@ bool TEngineClipper::AddChecked(const TPath64& Path, TPathType Type, bool Closed
 bool TEngineClipper::AddPaths(const TPaths64& Paths, TPathType Type, bool Closed) {
   if (!Closed && Type == TPathType::ptClip && !Paths.empty()) throw Exception(SOpenPathsMustBeSubject);
   CheckRange(Paths);
+  if (Closed) {
+    std::size_t points = 0;
+    for (const TPath64& p : Paths) points += p.size();
+    // Grow once for the whole list, but never below doubling (many small lists stay linear).
+    auto grow = [](auto& List, std::size_t Extra) {
+      if (List.size() + Extra > List.capacity()) List.reserve(std::max(List.size() + Extra, 2 * List.capacity()));
+    };
+    grow(KeptPoints, points);
+    grow(Kept, Paths.size());
+  }
   bool any = false;
   for (const TPath64& p : Paths) any |= AddChecked(p, Type, Closed);
   return any;
@@ -159,7 +171,7 @@ bool TEngineClipper::ExecuteTree(TClipType ClipType, ClipperLib::PolyTree& Solut
 void TEngineClipper::RecordIntersections() {
   Records.clear();
   if (Records.capacity() < 20000) Records.reserve(20000);
-  CollectContacts(Kept, AllIntersection, Records);
+  CollectContacts(KeptPoints, Kept, AllIntersection, Records);
 }
 
 // ---- Intersection pass -----------------------------------------------------------------
@@ -255,12 +267,13 @@ void ExamineContact(const TContactEdge& E1, const TContactEdge& E2, bool AllInte
 
 }  // namespace
 
-void CollectContacts(const std::vector<TEngineClipper::TKeptPath>& Paths, bool AllIntersection,
+void CollectContacts(const std::vector<ClipperLib::IntPoint>& Points,
+                     const std::vector<TEngineClipper::TKeptPath>& Paths, bool AllIntersection,
                      std::vector<Clipper::TIntersectRecord>& Records) {
   std::vector<TContactEdge> edges;
   for (std::size_t pi = 0; pi < Paths.size(); ++pi) {
-    const ClipperLib::Path& p = Paths[pi].Path;
-    const std::size_t n = p.size();
+    const ClipperLib::IntPoint* p = Points.data() + Paths[pi].Begin;
+    const std::size_t n = Paths[pi].Count;
     const std::size_t first = edges.size();
     for (std::size_t i = 0; i < n; ++i) {
       const ClipperLib::IntPoint& a = p[i];

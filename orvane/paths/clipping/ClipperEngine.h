@@ -64,17 +64,18 @@ extern const char* const SPolyTreeNeeded;
 // closed paths for intersection recording, and the re-entry lock.
 class TEngineClipper {
  public:
+  // A closed path that the engine took, kept for the intersection pass as a stretch of
+  // KeptPoints (one buffer for all, so that keeping costs no allocation per path).
   struct TKeptPath {
-    ClipperLib::Path Path;
+    std::size_t Begin;
+    std::size_t Count;
     TPathType Type;
     int Ordinal;
   };
 
-  TEngineClipper() { Kept.reserve(64); }
-
   void Clear();
-  // Checks first (open clip path, range), then adds. KeepClosed keeps closed paths for the
-  // intersection pass.
+  // Checks first (open clip path, range), then adds; closed paths the engine takes are kept
+  // for the intersection pass.
   bool AddPath(const TPath64& Path, TPathType Type, bool Closed);
   bool AddPaths(const TPaths64& Paths, TPathType Type, bool Closed);
   // Runs the engine; ctNone succeeds with nothing. Engine failures other than the sweep's own
@@ -85,6 +86,8 @@ class TEngineClipper {
   bool AddChecked(const TPath64& Path, TPathType Type, bool Closed);
 
   ClipperLib::Clipper Engine;
+  ClipperLib::Path Scratch;
+  std::vector<ClipperLib::IntPoint> KeptPoints;
   std::vector<TKeptPath> Kept;
   std::vector<Clipper::TIntersectRecord> Records;
   int PathCount = 0;
@@ -95,7 +98,8 @@ class TEngineClipper {
 };
 
 // The contacts between the edges of the kept closed paths, appended to Records.
-void CollectContacts(const std::vector<TEngineClipper::TKeptPath>& Paths, bool AllIntersection,
+void CollectContacts(const std::vector<ClipperLib::IntPoint>& Points,
+                     const std::vector<TEngineClipper::TKeptPath>& Paths, bool AllIntersection,
                      std::vector<Clipper::TIntersectRecord>& Records);
 
 // Offsetting on the engine, with bevel joins built here.
