@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <clipper.hpp>
+#include <cmath>
+#include <numbers>
 #include <random>
 #include <set>
 
@@ -254,6 +256,41 @@ TEST(Clipper, BevelOffsetAddsNoJoinVertices) {
   mix.Execute(out, 5);
   ASSERT_EQ(out.size(), 2u);
   EXPECT_EQ(std::fabs(Area(out[0])) + std::fabs(Area(out[1])), 100.0 * 10 + 20.0 * 20);
+}
+
+TEST(Clipper, BevelOffsetOfConvexPolygonsMatchesTheClosedForm) {
+  // Growing a convex polygon by d with bevels adds P d plus a triangle d^2 sin(t) / 2 at each
+  // corner (t the turning angle); shrinking takes P d and gives back d^2 tan(t / 2) per corner.
+  std::mt19937_64 rng(31);
+  std::uniform_real_distribution<double> gap(0.35, 1.2);
+  for (int k = 0; k < 50; ++k) {
+    std::vector<double> angles{0.0};
+    while (angles.back() + 0.35 + 1.2 < 2 * std::numbers::pi) angles.push_back(angles.back() + gap(rng));
+    TPath64 p;
+    for (double a : angles) p.emplace_back(std::llround(1e6 * std::cos(a)), std::llround(1e6 * std::sin(a)));
+    const std::size_t n = p.size();
+    double perimeter = 0, sinSum = 0, tanSum = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+      const TPoint64 &a = p[(i + n - 1) % n], &b = p[i], &c = p[(i + 1) % n];
+      const double ux = double(b.X - a.X), uy = double(b.Y - a.Y), vx = double(c.X - b.X), vy = double(c.Y - b.Y);
+      const double t = std::atan2(ux * vy - uy * vx, ux * vx + uy * vy);
+      perimeter += std::hypot(vx, vy);
+      sinSum += std::sin(t);
+      tanSum += std::tan(t / 2);
+    }
+    const double d = 10000, area = Area(p);
+    TClipperOffset co;
+    co.AddPath(p, TJoinType::jtBevel, TEndType::etPolygon);
+    TPaths64 out;
+    co.Execute(out, d);
+    ASSERT_EQ(out.size(), 1u);
+    EXPECT_EQ(out[0].size(), 2 * n);
+    EXPECT_NEAR(Area(out[0]), area + perimeter * d + d * d / 2 * sinSum, 1e-6 * area);
+    co.Execute(out, -d);
+    ASSERT_EQ(out.size(), 1u);
+    EXPECT_EQ(out[0].size(), n);
+    EXPECT_NEAR(Area(out[0]), area - perimeter * d + d * d * tanSum, 1e-6 * area);
+  }
 }
 
 TEST(Clipper, CleanPolygonExHandWorked) {

@@ -302,9 +302,9 @@ TPath64 TrimCollinear(const TPath64& Path, bool IsOpenPath) {
   TPath64 out;
   out.reserve(Path.size());
   for (const TPoint64& p : Path) {
-    if (!out.empty() && out.back() == p) continue;
     while (out.size() >= 2 && Cross(out[out.size() - 2], out.back(), p) == 0) out.pop_back();
-    if (out.back() == p) continue;
+    // A spike that came back to the last kept vertex adds nothing.
+    if (!out.empty() && out.back() == p) continue;
     out.push_back(p);
   }
   if (IsOpenPath) return out;
