@@ -202,6 +202,12 @@ TEST(Clipper, FailureTextsLeaveTheClipperUsable) {
   TClipperOffset co;
   co.AddPath(Rect(0, 0, 10, 10), TJoinType::jtMiter, TEndType::etPolygon);
   EXPECT_EQ(MessageOf([&] { co.Execute(static_cast<TPolyTree*>(nullptr), 1.0); }), "Error: No PolyTree assigned");
+  EXPECT_EQ(MessageOf([&] { co.Execute(out, std::nan("")); }),
+            "[Error] TClipperOffset.Execute: Delta is not a finite number");
+  TClipperOffset far;
+  far.AddPath({{HiRange - 5, 0}, {HiRange, 0}, {HiRange, 5}}, TJoinType::jtRound, TEndType::etPolygon);
+  EXPECT_EQ(MessageOf([&] { far.Execute(out, 10.0); }), "Coordinate exceeds range bounds");
+  co.SetArcTolerance(1e-300);  // bounded: no flood of arc vertices
   co.Execute(&tree, 2.0);
   ASSERT_EQ(tree.GetTotal(), 1);
   EXPECT_EQ(Area(tree.GetFirst()->GetContour()), 196.0);

@@ -118,7 +118,8 @@ class TPolyNode {
 };
 
 // The root of a result tree; it has no contour. It holds every node of the tree and lists
-// them in AllNodes.
+// them in AllNodes. The clipper builds this tree itself from the engine's result, which is
+// what lets nodes be removed and the list rebuilt.
 class TPolyTree final : public TPolyNode {
  public:
   TPolyTree();

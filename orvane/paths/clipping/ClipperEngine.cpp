@@ -67,7 +67,11 @@ void CheckRange(const TPaths64& Paths) {
   for (const TPath64& p : Paths) CheckRange(p);
 }
 
-[[noreturn]] void RaiseEngineError(const std::exception& E) { throw Exception(std::string(E.what())); }
+[[noreturn]] void RaiseEngineError(const std::exception& E) {
+  const std::string text = E.what();
+  if (text == "Coordinate outside allowed range") throw Exception(SCoordinateRange);
+  throw Exception(text);
+}
 
 // ---- TEngineClipper ----------------------------------------------------------------------
 
@@ -531,8 +535,24 @@ void TOffsetJob::BevelOffset(double Delta, double ArcTolerance, ClipperLib::Path
   c.Execute(ClipperLib::ctDifference, Out, ClipperLib::pftNonZero, ClipperLib::pftNonZero);
 }
 
+double TOffsetJob::Prepare(double Delta, double ArcTolerance) const {
+  CheckFinite(Delta, "TClipperOffset.Execute", "Delta");
+  // Every offset point must stay inside the engine's range.
+  const double grow = std::ceil(std::fabs(Delta));
+  const std::int64_t reach =
+      grow >= static_cast<double>(Clipper::HiRange) ? -1 : Clipper::HiRange - static_cast<std::int64_t>(grow);
+  for (const TGroup& g : Groups)
+    for (const ClipperLib::IntPoint& p : g.Path)
+      if (p.X > reach || p.X < -reach || p.Y > reach || p.Y < -reach) throw Exception(SCoordinateRange);
+  // Arcs finer than a millionth of the offset only multiply vertices (and a vanishing
+  // tolerance would make their number unbounded).
+  if (ArcTolerance > 0) return std::max(ArcTolerance, std::fabs(Delta) * 1e-6);
+  return 0.0;  // the engine's default
+}
+
 void TOffsetJob::Execute(double Delta, double MiterLimit, double ArcTolerance, ClipperLib::Paths& Solution) const {
   Solution.clear();
+  ArcTolerance = Prepare(Delta, ArcTolerance);
   if (!HasBevel()) {
     ClipperLib::ClipperOffset co(MiterLimit, ArcTolerance);
     for (const TGroup& g : Groups) co.AddPath(g.Path, EngineJoin(g.Join), ToEngine(g.End));
@@ -553,6 +573,7 @@ void TOffsetJob::Execute(double Delta, double MiterLimit, double ArcTolerance, C
 }
 
 void TOffsetJob::Execute(double Delta, double MiterLimit, double ArcTolerance, ClipperLib::PolyTree& Solution) const {
+  ArcTolerance = Prepare(Delta, ArcTolerance);
   if (!HasBevel()) {
     ClipperLib::ClipperOffset co(MiterLimit, ArcTolerance);
     for (const TGroup& g : Groups) co.AddPath(g.Path, EngineJoin(g.Join), ToEngine(g.End));

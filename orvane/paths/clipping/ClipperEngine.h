@@ -120,6 +120,8 @@ class TOffsetJob {
 
  private:
   bool HasBevel() const;
+  // Checks Delta (finite, every offset point in range) and answers the arc tolerance to use.
+  double Prepare(double Delta, double ArcTolerance) const;
   void EngineOffset(double Delta, double MiterLimit, double ArcTolerance, ClipperLib::Paths& Out) const;
   void BevelOffset(double Delta, double ArcTolerance, ClipperLib::Paths& Out) const;
 };
