@@ -23,5 +23,6 @@
 #include "orvane/foundation/Triangle2D.h"
 #include "orvane/paths/Path64.h"
 #include "orvane/vertex/Geometry2D.h"
+#include "orvane/vertex/MultiTree.h"
 #include "orvane/vertex/VGeometry2DList.h"
 #include "orvane/vertex/VPoint2DList.h"

@@ -1,0 +1,726 @@
+#pragma once
+// TRTree<T>: the R-tree that maps boxes to values (normally indices into a caller's list),
+// with single insertion, removal by value, a sort-tile-recursive bulk load, and box and point
+// queries under a tolerance.
+//
+// The tree's rules (which leaf takes a box, how a node splits, what removal leaves behind,
+// how the bulk load packs) are those of a classic node-object R-tree whose nodes are tree
+// nodes; the storage is not. Nodes live in flat arrays owned by the tree: every non-data node
+// has a slot of MaxChildCount + 1 child entries, each entry the child's box and its id, so a
+// query reads the boxes of a node from one run of memory and allocates nothing.
+// TRTreeNode<T> is a read-only handle on one node, for hosts that draw or check the tree; a
+// handle is valid until the tree next changes.
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "orvane/foundation/Exception.h"
+#include "orvane/foundation/List.h"
+#include "orvane/foundation/Point2D.h"
+#include "orvane/foundation/Rect2D.h"
+
+namespace orvane {
+
+template <class T>
+class TRTree;
+
+// A node of a TRTree<T>: a data node (no children; the only kind that carries a value), a
+// leaf (its children are data nodes) or an inner node. Nil when default-made.
+template <class T>
+class TRTreeNode {
+ public:
+  TRTreeNode() = default;
+
+  bool IsNil() const { return FTree == nullptr; }
+  bool IsDataNode() const { return FIsData; }
+  bool IsLeaf() const { return !FIsData && Tree().FBranches[Index()].Height == 0; }
+  bool IsRoot() const { return !FIsData && FId == Tree().FRoot; }
+  // The value's box for a data node; for the others a box that holds all children.
+  TRect2D GetBox() const {
+    const TRTree<T>& tree = Tree();
+    if (!FIsData) return tree.FBranches[Index()].Box;
+    const auto& link = tree.FLinks[Index()];
+    return tree.FBoxes[tree.Slot(link.Leaf) + static_cast<std::size_t>(link.Pos)];
+  }
+  TPoint2D GetCenter() const { return GetBox().CenterPoint(); }
+  // The value of a data node; EParamError for the other kinds, which carry none.
+  const T& GetData() const {
+    if (!FIsData) throw EParamError("[Error] TRTreeNode<T>.GetData: 参数错误");
+    return Tree().FValues[Index()];
+  }
+  int ChildCount() const { return FIsData ? 0 : Tree().FBranches[Index()].Count; }
+  TRTreeNode ChildNode(int AIndex) const {
+    if (AIndex < 0 || AIndex >= ChildCount()) internal::ListIndexError(AIndex);
+    const TRTree<T>& tree = Tree();
+    const std::int32_t kid = tree.FKids[tree.Slot(FId) + static_cast<std::size_t>(AIndex)];
+    return TRTreeNode(&tree, kid, tree.FBranches[Index()].Height == 0);
+  }
+  // Nil at the root.
+  TRTreeNode GetParent() const {
+    const TRTree<T>& tree = Tree();
+    const std::int32_t parent = FIsData ? tree.FLinks[Index()].Leaf : tree.FBranches[Index()].Parent;
+    return parent < 0 ? TRTreeNode() : TRTreeNode(&tree, parent, false);
+  }
+
+  friend bool operator==(const TRTreeNode& A, const TRTreeNode& B) {
+    return A.FTree == B.FTree && A.FId == B.FId && A.FIsData == B.FIsData;
+  }
+
+ private:
+  friend class TRTree<T>;
+  TRTreeNode(const TRTree<T>* ATree, std::int32_t AId, bool AIsData) : FTree(ATree), FId(AId), FIsData(AIsData) {}
+  const TRTree<T>& Tree() const {
+    if (FTree == nullptr) throw EParamError("[Error] TRTreeNode<T>: 空节点");
+    return *FTree;
+  }
+  std::size_t Index() const { return static_cast<std::size_t>(FId); }
+
+  const TRTree<T>* FTree = nullptr;
+  std::int32_t FId = -1;
+  bool FIsData = false;
+};
+
+// Values are unique keys (std::hash<T> and == find them). A box that is not IsValid is
+// accepted and never found; a box with a NaN, or a valid box with an infinite coordinate, is
+// refused with EParamError and leaves the tree as it was.
+//
+// GetAllData and GetRandomData enumerate the values in insertion order: the order of Insert
+// calls, the list's order for a bulk load, with removed values left out.
+template <class T>
+class TRTree final {
+ public:
+  // An empty tree with fan-out limit MaxChildCount (the kernel gives 8). Limits from 2 to
+  // 4096 are taken: below 2 a node cannot split into two non-empty halves, and above 4096
+  // a node's slot would outweigh any gain. Others are refused with EParamError.
+  explicit TRTree(int MaxChildCount) : FMaxChildCount(MaxChildCount), FMinChildCount(MaxChildCount / 2) {
+    if (MaxChildCount < 2 || MaxChildCount > 4096) throw EParamError("[Error] TRTree<T>.Create: 参数错误");
+    FSlotSize = static_cast<std::size_t>(MaxChildCount) + 1;
+    FSplitOrder.reserve(FSlotSize);
+    FScratchOrder.reserve(FSlotSize);
+    FScratchKids.reserve(FSlotSize);
+    FScratchBoxes.reserve(FSlotSize);
+  }
+  // Bulk load of Datas[i] with Rects[i]. More values than boxes fails the assertion
+  // "[Error] TRTree<T>.Initialize: 数据错误"; an empty list gives an empty tree.
+  TRTree(const TList<T>& Datas, const TList<TRect2D>& Rects, int MaxChildCount) : TRTree(MaxChildCount) {
+    Initialize(std::span<const T>(Datas.List()), std::span<const TRect2D>(Rects.List()));
+  }
+  TRTree(std::span<const T> Datas, std::span<const TRect2D> Rects, int MaxChildCount) : TRTree(MaxChildCount) {
+    Initialize(Datas, Rects);
+  }
+  TRTree(const TRTree&) = delete;
+  TRTree& operator=(const TRTree&) = delete;
+  ~TRTree() = default;
+
+  int GetMaxChildCount() const { return FMaxChildCount; }
+  // MaxChildCount / 2; kept for hosts that read it, no operation enforces it.
+  int GetMinChildCount() const { return FMinChildCount; }
+  int Count() const { return FCount; }
+  bool Contains(const T& Data) const { return Find(Data) >= 0; }
+  // Nil when the tree has no root.
+  TRTreeNode<T> GetRoot() const { return FRoot < 0 ? TRTreeNode<T>() : TRTreeNode<T>(this, FRoot, false); }
+  // The data node of a value; nil when the tree does not hold it.
+  TRTreeNode<T> DataNodeOf(const T& Data) const {
+    const std::int32_t id = Find(Data);
+    return id < 0 ? TRTreeNode<T>() : TRTreeNode<T>(this, id, true);
+  }
+
+  // Adds one value. A value the tree already holds is refused with ERTreeError
+  // "[Error] TRTree<T>.Insert: 数据重复" and the tree stays as it was.
+  void Insert(const T& Data, const TRect2D& Box) {
+    CheckBox(Box, "[Error] TRTree<T>.Insert: 参数错误");
+    if (Find(Data) >= 0) throw ERTreeError("[Error] TRTree<T>.Insert: 数据重复");
+    // Everything that can allocate happens before the structure changes: one value, and at
+    // most one new node per level plus a new root.
+    const std::size_t height = FRoot < 0 ? 0 : static_cast<std::size_t>(FBranches[Root()].Height) + 1;
+    ReserveData(1);
+    ReserveBranches(height + 2);
+    const std::int32_t id = NewData(Data);
+    if (FRoot < 0) {
+      FRoot = NewBranch(0);
+      AddChild(FRoot, id, Box);
+      Register(id);
+      return;
+    }
+    std::int32_t leaf = ChooseInsertLeaf(Box);
+    std::int32_t node = leaf;
+    const TRect2D noBox = TRect2D::Invalid();
+    for (;;) {
+      if (FBranches[At(node)].Count < FMaxChildCount) break;
+      const bool isRoot = node == FRoot;
+      if (node == leaf) {
+        leaf = Split(node, Box);
+      } else {
+        Split(node, noBox);
+      }
+      node = FBranches[At(node)].Parent;
+      if (isRoot) {
+        FRoot = node;
+        break;
+      }
+    }
+    AddChild(leaf, id, Box);
+    Register(id);
+  }
+
+  // Removes a value; an unknown value is ignored. Nodes left without children go with it;
+  // the boxes of the remaining ancestors are not shrunk.
+  void Remove(const T& Data) {
+    const std::int32_t id = Find(Data);
+    if (id < 0) return;
+    std::int32_t node = FLinks[At(id)].Leaf;
+    RemoveEntry(node, FLinks[At(id)].Pos);
+    while (FBranches[At(node)].Count == 0) {
+      const std::int32_t parent = FBranches[At(node)].Parent;
+      const std::int32_t pos = FBranches[At(node)].Pos;
+      FreeBranch(node);
+      if (parent < 0) {
+        FRoot = -1;
+        break;
+      }
+      RemoveEntry(parent, pos);
+      node = parent;
+    }
+    Unregister(id);
+  }
+
+  void Clear() {
+    FRoot = -1;
+    FBranches.clear();
+    FBoxes.clear();
+    FKids.clear();
+    FFreeBranches.clear();
+    FValues.clear();
+    FLinks.clear();
+    FFreeData.clear();
+    FHash.clear();
+    FHashMask = 0;
+    FFirst = FLast = -1;
+    FCount = 0;
+  }
+
+  // The values whose boxes meet SearchRegion within Tol (TRect2D::RelationWithRect not 0),
+  // depth first in child order. An invalid region, or a NaN tolerance, meets nothing.
+  std::unique_ptr<TList<T>> Search(const TRect2D& SearchRegion, double Tol) const {
+    auto result = std::make_unique<TList<T>>();
+    Search(SearchRegion, *result, Tol);
+    return result;
+  }
+  // The same, appended to ResultList; no allocation beyond the list's own growth.
+  void Search(const TRect2D& SearchRegion, TList<T>& ResultList, double Tol) const {
+    VisitBox(SearchRegion, Tol, [&](std::int32_t id) {
+      ResultList.Add(FValues[At(id)]);
+      return true;
+    });
+  }
+  void Search(const TRect2D& SearchRegion, std::vector<T>& ResultList, double Tol) const {
+    VisitBox(SearchRegion, Tol, [&](std::int32_t id) {
+      ResultList.push_back(FValues[At(id)]);
+      return true;
+    });
+  }
+  // The values whose valid boxes, grown by Tol on every side, hold Pt (bounds included).
+  void Search(const TPoint2D& Pt, TList<T>& ResultList, double Tol) const {
+    VisitPoint(Pt, Tol, [&](std::int32_t id) { ResultList.Add(FValues[At(id)]); });
+  }
+  void Search(const TPoint2D& Pt, std::vector<T>& ResultList, double Tol) const {
+    VisitPoint(Pt, Tol, [&](std::int32_t id) { ResultList.push_back(FValues[At(id)]); });
+  }
+  // True when some box meets SearchRegion within 1e-6; stops at the first one.
+  bool MayIntersect(const TRect2D& SearchRegion) const {
+    bool found = false;
+    VisitBox(SearchRegion, 1e-6, [&](std::int32_t) {
+      found = true;
+      return false;
+    });
+    return found;
+  }
+
+  // All values in insertion order.
+  std::unique_ptr<TList<T>> GetAllData() const {
+    auto result = std::make_unique<TList<T>>();
+    result->SetCapacity(FCount);
+    for (std::int32_t id = FFirst; id >= 0; id = FLinks[At(id)].Next) result->Add(FValues[At(id)]);
+    return result;
+  }
+  // The earliest inserted value still held: any value, not a random draw.
+  T GetRandomData() const {
+    if (FFirst < 0) throw ERTreeError("[Error] TRTree<T>.GetRandomData: R树为空");
+    return FValues[At(FFirst)];
+  }
+
+ private:
+  friend class TRTreeNode<T>;
+
+  struct TBranch {
+    TRect2D Box;
+    std::int32_t Parent = -1;  // -1 at the root
+    std::int32_t Pos = 0;      // index among the parent's children
+    std::int32_t Count = 0;    // children in use
+    std::int32_t Height = 0;   // 0 for a leaf, whose children are data nodes
+  };
+  struct TLink {
+    std::int32_t Leaf = -1;  // -1 for a free id
+    std::int32_t Pos = 0;
+    std::int32_t Prev = -1;  // insertion order
+    std::int32_t Next = -1;
+  };
+
+  static std::size_t At(std::int32_t Id) { return static_cast<std::size_t>(Id); }
+  std::size_t Root() const { return At(FRoot); }
+  std::size_t Slot(std::int32_t Branch) const { return At(Branch) * FSlotSize; }
+
+  static void CheckBox(const TRect2D& Box, const char* Message) {
+    const bool hasNaN = std::isnan(Box.XMin) || std::isnan(Box.YMin) || std::isnan(Box.XMax) || std::isnan(Box.YMax);
+    const bool finite =
+        std::isfinite(Box.XMin) && std::isfinite(Box.YMin) && std::isfinite(Box.XMax) && std::isfinite(Box.YMax);
+    if (hasNaN || (Box.IsValid() && !finite)) throw EParamError(Message);
+  }
+  // The same test as TRect2D::RelationWithRect(Region, Tol) != 0, in a form that a NaN
+  // tolerance fails.
+  static bool MeetsBox(const TRect2D& B, const TRect2D& R, double Tol) {
+    return B.XMin <= B.XMax && B.YMin <= B.YMax && R.XMin - B.XMax <= Tol && B.XMin - R.XMax <= Tol &&
+           R.YMin - B.YMax <= Tol && B.YMin - R.YMax <= Tol;
+  }
+  static bool HoldsPoint(const TRect2D& B, double X, double Y, double Tol) {
+    return B.XMin <= B.XMax && B.YMin <= B.YMax && B.XMin - Tol <= X && X <= B.XMax + Tol && B.YMin - Tol <= Y &&
+           Y <= B.YMax + Tol;
+  }
+  // The centre coordinate of a box along one axis; 0 where it has none (an invalid box made
+  // of infinities), so that sorting by it stays a strict order.
+  static double Centre(double Lo, double Hi) {
+    const double c = (Lo + Hi) * 0.5;
+    return std::isnan(c) ? 0.0 : c;
+  }
+  // Growth of Box's area if it took in Add.
+  static double Growth(const TRect2D& Box, const TRect2D& Add) {
+    return Box.ExtendedRect(Add).AreaAbs() - Box.AreaAbs();
+  }
+
+  // Depth-first walk in child order over the nodes that pass Meets; OnData(id) for each data
+  // node that passes. OnData returns false to stop the walk.
+  template <class TMeets, class TOnData>
+  void Walk(const TMeets& Meets, const TOnData& OnData) const {
+    if (FRoot < 0 || !Meets(FBranches[Root()].Box)) return;
+    // A walk holds at most SlotSize - 1 pending siblings per level, plus the node in hand.
+    const std::size_t need = (static_cast<std::size_t>(FBranches[Root()].Height) + 1) * FSlotSize + 1;
+    constexpr std::size_t kLocal = 256;
+    std::int32_t local[kLocal];
+    std::vector<std::int32_t> heap;
+    std::int32_t* stack = local;
+    if (need > kLocal) {
+      heap.resize(need);
+      stack = heap.data();
+    }
+    std::size_t top = 0;
+    stack[top++] = FRoot;
+    while (top > 0) {
+      const std::int32_t node = stack[--top];
+      const TBranch& branch = FBranches[At(node)];
+      const TRect2D* boxes = FBoxes.data() + Slot(node);
+      const std::int32_t* kids = FKids.data() + Slot(node);
+      if (branch.Height == 0) {
+        for (std::int32_t i = 0; i < branch.Count; ++i) {
+          if (Meets(boxes[i]) && !OnData(kids[i])) return;
+        }
+      } else {
+        // Pushed from the last child back, so the first child is walked first.
+        for (std::int32_t i = branch.Count - 1; i >= 0; --i) {
+          if (Meets(boxes[i])) stack[top++] = kids[i];
+        }
+      }
+    }
+  }
+  template <class TOnData>
+  void VisitBox(const TRect2D& Region, double Tol, const TOnData& OnData) const {
+    if (!Region.IsValid()) return;
+    Walk([&](const TRect2D& b) { return MeetsBox(b, Region, Tol); }, OnData);
+  }
+  template <class TOnData>
+  void VisitPoint(const TPoint2D& Pt, double Tol, const TOnData& OnData) const {
+    const double x = Pt.X;
+    const double y = Pt.Y;
+    Walk([&](const TRect2D& b) { return HoldsPoint(b, x, y, Tol); },
+         [&](std::int32_t id) {
+           OnData(id);
+           return true;
+         });
+  }
+
+  // ----- storage -----
+
+  template <class V>
+  static void Room(std::vector<V>& Items, std::size_t Extra) {
+    if (Items.size() + Extra > Items.capacity()) Items.reserve(std::max(Items.capacity() * 2, Items.size() + Extra));
+  }
+  void ReserveBranches(std::size_t Extra) {
+    if (FFreeBranches.size() >= Extra) return;
+    Room(FBranches, Extra);
+    FBoxes.reserve(FBranches.capacity() * FSlotSize);
+    FKids.reserve(FBranches.capacity() * FSlotSize);
+    FFreeBranches.reserve(FBranches.capacity());
+  }
+  void ReserveData(std::size_t Extra) {
+    const std::size_t fresh = FFreeData.size() >= Extra ? 0 : Extra;
+    Room(FValues, fresh);
+    Room(FLinks, fresh);
+    FFreeData.reserve(FLinks.capacity());
+    ReserveHash(static_cast<std::size_t>(FCount) + Extra);
+  }
+  std::int32_t NewBranch(std::int32_t Height) {
+    std::int32_t id;
+    if (!FFreeBranches.empty()) {
+      id = FFreeBranches.back();
+      FFreeBranches.pop_back();
+    } else {
+      id = static_cast<std::int32_t>(FBranches.size());
+      FBranches.emplace_back();
+      FBoxes.resize(FBoxes.size() + FSlotSize);
+      FKids.resize(FKids.size() + FSlotSize);
+    }
+    TBranch& branch = FBranches[At(id)];
+    branch.Box = TRect2D::Invalid();
+    branch.Parent = -1;
+    branch.Pos = 0;
+    branch.Count = 0;
+    branch.Height = Height;
+    return id;
+  }
+  void FreeBranch(std::int32_t Id) {
+    FBranches[At(Id)].Count = 0;
+    FFreeBranches.push_back(Id);
+  }
+  std::int32_t NewData(const T& Data) {
+    if (!FFreeData.empty()) {
+      const std::int32_t id = FFreeData.back();
+      FValues[At(id)] = Data;
+      FFreeData.pop_back();
+      return id;
+    }
+    FValues.push_back(Data);
+    FLinks.emplace_back();
+    return static_cast<std::int32_t>(FLinks.size() - 1);
+  }
+  // Enters a value into the dictionary and at the end of the insertion order.
+  void Register(std::int32_t Id) {
+    TLink& link = FLinks[At(Id)];
+    link.Prev = FLast;
+    link.Next = -1;
+    if (FLast >= 0) {
+      FLinks[At(FLast)].Next = Id;
+    } else {
+      FFirst = Id;
+    }
+    FLast = Id;
+    HashInsert(Id);
+    ++FCount;
+  }
+  void Unregister(std::int32_t Id) {
+    HashErase(Id);
+    TLink& link = FLinks[At(Id)];
+    if (link.Prev >= 0) {
+      FLinks[At(link.Prev)].Next = link.Next;
+    } else {
+      FFirst = link.Next;
+    }
+    if (link.Next >= 0) {
+      FLinks[At(link.Next)].Prev = link.Prev;
+    } else {
+      FLast = link.Prev;
+    }
+    link = TLink();
+    FFreeData.push_back(Id);
+    --FCount;
+  }
+
+  // Writes child Kid with Box at position Pos of Branch and points the child back at it.
+  void PutEntry(std::int32_t Branch, std::int32_t Pos, std::int32_t Kid, const TRect2D& Box) {
+    const std::size_t at = Slot(Branch) + At(Pos);
+    FBoxes[at] = Box;
+    FKids[at] = Kid;
+    if (FBranches[At(Branch)].Height == 0) {
+      FLinks[At(Kid)].Leaf = Branch;
+      FLinks[At(Kid)].Pos = Pos;
+    } else {
+      FBranches[At(Kid)].Parent = Branch;
+      FBranches[At(Kid)].Pos = Pos;
+    }
+  }
+  // Appends a child, then grows the boxes upward from it: each ancestor takes in the box
+  // of the node below it. The walk stops where a box already holds it, for every ancestor
+  // box holds its children's boxes.
+  void AddChild(std::int32_t Branch, std::int32_t Kid, const TRect2D& Box) {
+    TBranch& branch = FBranches[At(Branch)];
+    PutEntry(Branch, branch.Count, Kid, Box);
+    ++branch.Count;
+    TRect2D below = Box;
+    for (std::int32_t node = Branch;;) {
+      TBranch& b = FBranches[At(node)];
+      const TRect2D grown = b.Box.ExtendedRect(below);
+      if (grown == b.Box) return;
+      b.Box = grown;
+      if (b.Parent < 0) return;
+      FBoxes[Slot(b.Parent) + At(b.Pos)] = grown;
+      below = grown;
+      node = b.Parent;
+    }
+  }
+  void SetBranchBox(std::int32_t Branch, const TRect2D& Box) {
+    TBranch& b = FBranches[At(Branch)];
+    b.Box = Box;
+    if (b.Parent >= 0) FBoxes[Slot(b.Parent) + At(b.Pos)] = Box;
+  }
+  void RemoveEntry(std::int32_t Branch, std::int32_t Pos) {
+    TBranch& branch = FBranches[At(Branch)];
+    const std::size_t base = Slot(Branch);
+    for (std::int32_t i = Pos + 1; i < branch.Count; ++i) {
+      PutEntry(Branch, i - 1, FKids[base + At(i)], FBoxes[base + At(i)]);
+    }
+    --branch.Count;
+  }
+
+  // ----- insertion -----
+
+  std::int32_t ChooseInsertLeaf(const TRect2D& Box) const {
+    std::int32_t node = FRoot;
+    for (;;) {
+      const TBranch& branch = FBranches[At(node)];
+      // A node without children would be a data node, and nothing may hang below one.
+      Assert(branch.Count > 0, "[ERROR] TRTreeNode<T>.ChooseInsertLeaf: 数据节点中不能插入子节点。", "RTree");
+      if (branch.Height == 0) return node;
+      const TRect2D* boxes = FBoxes.data() + Slot(node);
+      std::int32_t best = 0;
+      double bestGrowth = Growth(boxes[0], Box);
+      for (std::int32_t i = 1; i < branch.Count; ++i) {
+        const double g = Growth(boxes[i], Box);
+        if (g < bestGrowth) {
+          bestGrowth = g;
+          best = i;
+        }
+      }
+      node = FKids[Slot(node) + At(best)];
+    }
+  }
+
+  // Orders the children of a node for a split into halves: by the X of their box centres,
+  // or by the Y when that gives the smaller sum of the two halves' box areas. Ties keep the
+  // child order.
+  void CalcGroup(std::int32_t Branch, std::vector<std::int32_t>& Order) {
+    const std::int32_t n = FBranches[At(Branch)].Count;
+    const TRect2D* boxes = FBoxes.data() + Slot(Branch);
+    auto sumOfHalves = [&](const std::vector<std::int32_t>& order) {
+      TRect2D a = TRect2D::Invalid();
+      TRect2D b = TRect2D::Invalid();
+      for (std::int32_t k = 0; k < n; ++k) (k < n / 2 ? a : b).Extend(boxes[order[At(k)]]);
+      return a.AreaAbs() + b.AreaAbs();
+    };
+    // Insertion sort: stable, in place, and quick for the few children of one node.
+    auto byCentre = [&](std::vector<std::int32_t>& order, bool alongX) {
+      auto key = [&](std::int32_t k) {
+        const TRect2D& b = boxes[k];
+        return alongX ? Centre(b.XMin, b.XMax) : Centre(b.YMin, b.YMax);
+      };
+      order.clear();
+      for (std::int32_t k = 0; k < n; ++k) {
+        const double kk = key(k);
+        std::size_t at = order.size();
+        order.push_back(k);
+        for (; at > 0 && key(order[at - 1]) > kk; --at) order[at] = order[at - 1];
+        order[at] = k;
+      }
+    };
+    byCentre(Order, true);
+    byCentre(FScratchOrder, false);
+    if (sumOfHalves(FScratchOrder) < sumOfHalves(Order)) Order.swap(FScratchOrder);
+  }
+
+  // Splits a node into two halves, hanging the new half beside it (under a new root when it
+  // had no parent), and gives the half that suits AddBox best: this node for an invalid
+  // AddBox, or when the new half would grow more.
+  std::int32_t Split(std::int32_t Branch, const TRect2D& AddBox) {
+    CalcGroup(Branch, FSplitOrder);
+    const std::int32_t n = FBranches[At(Branch)].Count;
+    const std::size_t base = Slot(Branch);
+    FScratchKids.assign(FKids.begin() + static_cast<std::ptrdiff_t>(base),
+                        FKids.begin() + static_cast<std::ptrdiff_t>(base + At(n)));
+    FScratchBoxes.assign(FBoxes.begin() + static_cast<std::ptrdiff_t>(base),
+                         FBoxes.begin() + static_cast<std::ptrdiff_t>(base + At(n)));
+    const std::int32_t sibling = NewBranch(FBranches[At(Branch)].Height);
+    for (std::int32_t k = n / 2; k < n; ++k) {
+      const std::size_t from = At(FSplitOrder[At(k)]);
+      AddChild(sibling, FScratchKids[from], FScratchBoxes[from]);
+    }
+    TRect2D kept = TRect2D::Invalid();
+    for (std::int32_t k = 0; k < n / 2; ++k) {
+      const std::size_t from = At(FSplitOrder[At(k)]);
+      PutEntry(Branch, k, FScratchKids[from], FScratchBoxes[from]);
+      kept.Extend(FScratchBoxes[from]);
+    }
+    FBranches[At(Branch)].Count = n / 2;
+    SetBranchBox(Branch, kept);
+    const std::int32_t parent = FBranches[At(Branch)].Parent;
+    const TRect2D siblingBox = FBranches[At(sibling)].Box;
+    if (parent < 0) {
+      const std::int32_t root = NewBranch(FBranches[At(Branch)].Height + 1);
+      AddChild(root, Branch, kept);
+      AddChild(root, sibling, siblingBox);
+    } else {
+      AddChild(parent, sibling, siblingBox);
+    }
+    if (!AddBox.IsValid()) return Branch;
+    return Growth(siblingBox, AddBox) > Growth(kept, AddBox) ? Branch : sibling;
+  }
+
+  // ----- bulk load -----
+
+  void Initialize(std::span<const T> Datas, std::span<const TRect2D> Rects) {
+    Assert(Datas.size() <= Rects.size(), "[Error] TRTree<T>.Initialize: 数据错误", "RTree");
+    if (Datas.empty()) return;
+    if (Datas.size() == 1) {
+      Insert(Datas[0], Rects[0]);
+      return;
+    }
+    if (Datas.size() > static_cast<std::size_t>(INT32_MAX / 2))
+      throw EParamError("[Error] TRTree<T>.Initialize: 参数错误");
+    const std::size_t n = Datas.size();
+    for (std::size_t i = 0; i < n; ++i) CheckBox(Rects[i], "[Error] TRTree<T>.Initialize: 参数错误");
+    const std::size_t m = At(FMaxChildCount);
+    std::size_t branches = 0;
+    for (std::size_t level = n; level > 1; level = (level + m - 1) / m) branches += (level + m - 1) / m;
+    ReserveData(n);
+    ReserveBranches(branches);
+
+    std::vector<std::int32_t> items(n);
+    std::vector<TRect2D> boxes(Rects.begin(), Rects.begin() + static_cast<std::ptrdiff_t>(n));
+    for (std::size_t i = 0; i < n; ++i) {
+      const std::int32_t id = NewData(Datas[i]);
+      if (Find(Datas[i]) >= 0) throw ERTreeError("[Error] TRTree<T>.Insert: 数据重复");
+      Register(id);
+      items[i] = id;
+    }
+    std::vector<std::pair<double, std::int32_t>> keys;
+    std::vector<std::int32_t> nextItems;
+    std::vector<TRect2D> nextBoxes;
+    std::vector<std::int32_t> sortedItems(n);
+    std::vector<TRect2D> sortedBoxes(n);
+    std::int32_t height = 0;
+    while (items.size() > 1) {
+      const std::size_t count = items.size();
+      SortRange(items, boxes, 0, count, true, keys, sortedItems, sortedBoxes);
+      for (std::size_t s = 0; s + m < count; s += m * m) {
+        SortRange(items, boxes, s, std::min(s + m * m, count), false, keys, sortedItems, sortedBoxes);
+      }
+      nextItems.clear();
+      nextBoxes.clear();
+      for (std::size_t g = 0; g < count; g += m) {
+        const std::int32_t branch = NewBranch(height);
+        for (std::size_t k = g; k < std::min(g + m, count); ++k) AddChild(branch, items[k], boxes[k]);
+        nextItems.push_back(branch);
+        nextBoxes.push_back(FBranches[At(branch)].Box);
+      }
+      items.swap(nextItems);
+      boxes.swap(nextBoxes);
+      ++height;
+    }
+    FRoot = items[0];
+  }
+  // Sorts items[Begin, End) with their boxes by the X (or Y) of the box centres; equal
+  // centres keep their order.
+  static void SortRange(std::vector<std::int32_t>& Items, std::vector<TRect2D>& Boxes, std::size_t Begin,
+                        std::size_t End, bool AlongX, std::vector<std::pair<double, std::int32_t>>& Keys,
+                        std::vector<std::int32_t>& SortedItems, std::vector<TRect2D>& SortedBoxes) {
+    Keys.clear();
+    for (std::size_t i = Begin; i < End; ++i) {
+      const TRect2D& b = Boxes[i];
+      Keys.emplace_back(AlongX ? Centre(b.XMin, b.XMax) : Centre(b.YMin, b.YMax), static_cast<std::int32_t>(i - Begin));
+    }
+    std::sort(Keys.begin(), Keys.end());
+    for (std::size_t k = 0; k < Keys.size(); ++k) {
+      const std::size_t from = Begin + At(Keys[k].second);
+      SortedItems[k] = Items[from];
+      SortedBoxes[k] = Boxes[from];
+    }
+    std::copy(SortedItems.begin(), SortedItems.begin() + static_cast<std::ptrdiff_t>(Keys.size()),
+              Items.begin() + static_cast<std::ptrdiff_t>(Begin));
+    std::copy(SortedBoxes.begin(), SortedBoxes.begin() + static_cast<std::ptrdiff_t>(Keys.size()),
+              Boxes.begin() + static_cast<std::ptrdiff_t>(Begin));
+  }
+
+  // ----- dictionary of data nodes: open addressing over data ids, keyed by their values -----
+
+  std::size_t HashOf(const T& Data) const {
+    std::uint64_t h = static_cast<std::uint64_t>(std::hash<T>{}(Data));
+    h ^= h >> 33;
+    h *= 0xff51afd7ed558ccdULL;
+    h ^= h >> 33;
+    return static_cast<std::size_t>(h) & FHashMask;
+  }
+  std::int32_t Find(const T& Data) const {
+    if (FHash.empty()) return -1;
+    for (std::size_t i = HashOf(Data);; i = (i + 1) & FHashMask) {
+      const std::int32_t id = FHash[i];
+      if (id < 0) return -1;
+      if (FValues[At(id)] == Data) return id;
+    }
+  }
+  void ReserveHash(std::size_t Entries) {
+    if (Entries * 2 <= FHash.size()) return;
+    std::size_t size = 16;
+    while (size < Entries * 2) size *= 2;
+    std::vector<std::int32_t> old(size, -1);
+    old.swap(FHash);
+    FHashMask = size - 1;
+    for (const std::int32_t id : old) {
+      if (id >= 0) HashInsert(id);
+    }
+  }
+  void HashInsert(std::int32_t Id) {
+    std::size_t i = HashOf(FValues[At(Id)]);
+    while (FHash[i] >= 0) i = (i + 1) & FHashMask;
+    FHash[i] = Id;
+  }
+  // Removal by shifting back the entries of the probe run, so no tombstones build up.
+  void HashErase(std::int32_t Id) {
+    std::size_t i = HashOf(FValues[At(Id)]);
+    while (FHash[i] != Id) i = (i + 1) & FHashMask;
+    for (std::size_t j = (i + 1) & FHashMask; FHash[j] >= 0; j = (j + 1) & FHashMask) {
+      const std::size_t home = HashOf(FValues[At(FHash[j])]);
+      const bool stays = i <= j ? (i < home && home <= j) : (i < home || home <= j);
+      if (stays) continue;
+      FHash[i] = FHash[j];
+      i = j;
+    }
+    FHash[i] = -1;
+  }
+
+  int FMaxChildCount;
+  int FMinChildCount;
+  std::size_t FSlotSize = 0;
+  std::int32_t FRoot = -1;
+  std::vector<TBranch> FBranches;
+  std::vector<TRect2D> FBoxes;      // FSlotSize child boxes per branch
+  std::vector<std::int32_t> FKids;  // FSlotSize child ids per branch: data ids below a leaf
+  std::vector<std::int32_t> FFreeBranches;
+  std::vector<T> FValues;  // by data id
+  std::vector<TLink> FLinks;
+  std::vector<std::int32_t> FFreeData;
+  std::vector<std::int32_t> FHash;
+  std::size_t FHashMask = 0;
+  std::int32_t FFirst = -1;
+  std::int32_t FLast = -1;
+  std::int32_t FCount = 0;
+  // Scratch of the split, kept to spare an allocation per split.
+  std::vector<std::int32_t> FSplitOrder;
+  std::vector<std::int32_t> FScratchOrder;
+  std::vector<std::int32_t> FScratchKids;
+  std::vector<TRect2D> FScratchBoxes;
+};
+
+}  // namespace orvane
