@@ -5,9 +5,10 @@
 //
 // The tree's rules (which leaf takes a box, how a node splits, what removal leaves behind,
 // how the bulk load packs) are those of a classic node-object R-tree whose nodes are tree
-// nodes; the storage is not. Nodes live in flat arrays owned by the tree: every non-data node
-// has a slot of MaxChildCount + 1 child entries, each entry the child's box and its id, so a
-// query reads the boxes of a node from one run of memory and allocates nothing.
+// nodes; the storage is not. Nodes live in one flat array owned by the tree: every non-data
+// node has a slot of MaxChildCount + 2 entries, a head (its own box, child count and height)
+// followed by its children's boxes and ids, so a query reads a node from one run of memory
+// and allocates nothing.
 // TRTreeNode<T> is a read-only handle on one node, for hosts that draw or check the tree; a
 // handle is valid until the tree next changes.
 
@@ -40,14 +41,14 @@ class TRTreeNode {
 
   bool IsNil() const { return FTree == nullptr; }
   bool IsDataNode() const { return FIsData; }
-  bool IsLeaf() const { return !FIsData && Tree().FBranches[Index()].Height == 0; }
+  bool IsLeaf() const { return !FIsData && Tree().Height(FId) == 0; }
   bool IsRoot() const { return !FIsData && FId == Tree().FRoot; }
   // The value's box for a data node; for the others a box that holds all children.
   TRect2D GetBox() const {
     const TRTree<T>& tree = Tree();
-    if (!FIsData) return tree.FBranches[Index()].Box;
+    if (!FIsData) return tree.Head(FId).Box;
     const auto& link = tree.FLinks[Index()];
-    return tree.FBoxes[tree.Slot(link.Leaf) + static_cast<std::size_t>(link.Pos)];
+    return tree.Kids(link.Leaf)[link.Pos].Box;
   }
   TPoint2D GetCenter() const { return GetBox().CenterPoint(); }
   // The value of a data node; EParamError for the other kinds, which carry none.
@@ -55,12 +56,11 @@ class TRTreeNode {
     if (!FIsData) throw EParamError("[Error] TRTreeNode<T>.GetData: 参数错误");
     return Tree().FValues[Index()];
   }
-  int ChildCount() const { return FIsData ? 0 : Tree().FBranches[Index()].Count; }
+  int ChildCount() const { return FIsData ? 0 : Tree().Count(FId); }
   TRTreeNode ChildNode(int AIndex) const {
     if (AIndex < 0 || AIndex >= ChildCount()) internal::ListIndexError(AIndex);
     const TRTree<T>& tree = Tree();
-    const std::int32_t kid = tree.FKids[tree.Slot(FId) + static_cast<std::size_t>(AIndex)];
-    return TRTreeNode(&tree, kid, tree.FBranches[Index()].Height == 0);
+    return TRTreeNode(&tree, tree.Kids(FId)[AIndex].Kid, tree.Height(FId) == 0);
   }
   // Nil at the root.
   TRTreeNode GetParent() const {
@@ -101,11 +101,10 @@ class TRTree final {
   // a node's slot would outweigh any gain. Others are refused with EParamError.
   explicit TRTree(int MaxChildCount) : FMaxChildCount(MaxChildCount), FMinChildCount(MaxChildCount / 2) {
     if (MaxChildCount < 2 || MaxChildCount > 4096) throw EParamError("[Error] TRTree<T>.Create: 参数错误");
-    FSlotSize = static_cast<std::size_t>(MaxChildCount) + 1;
+    FSlotSize = static_cast<std::size_t>(MaxChildCount) + 2;
     FSplitOrder.reserve(FSlotSize);
     FScratchOrder.reserve(FSlotSize);
-    FScratchKids.reserve(FSlotSize);
-    FScratchBoxes.reserve(FSlotSize);
+    FScratch.reserve(FSlotSize);
   }
   // Bulk load of Datas[i] with Rects[i]. More values than boxes fails the assertion
   // "[Error] TRTree<T>.Initialize: 数据错误"; an empty list gives an empty tree.
@@ -139,7 +138,7 @@ class TRTree final {
     if (Find(Data) >= 0) throw ERTreeError("[Error] TRTree<T>.Insert: 数据重复");
     // Everything that can allocate happens before the structure changes: one value, and at
     // most one new node per level plus a new root.
-    const std::size_t height = FRoot < 0 ? 0 : static_cast<std::size_t>(FBranches[Root()].Height) + 1;
+    const std::size_t height = FRoot < 0 ? 0 : static_cast<std::size_t>(Height(FRoot)) + 1;
     ReserveData(1);
     ReserveBranches(height + 2);
     const std::int32_t id = NewData(Data);
@@ -153,7 +152,7 @@ class TRTree final {
     std::int32_t node = leaf;
     const TRect2D noBox = TRect2D::Invalid();
     for (;;) {
-      if (FBranches[At(node)].Count < FMaxChildCount) break;
+      if (Count(node) < FMaxChildCount) break;
       const bool isRoot = node == FRoot;
       if (node == leaf) {
         leaf = Split(node, Box);
@@ -177,7 +176,7 @@ class TRTree final {
     if (id < 0) return;
     std::int32_t node = FLinks[At(id)].Leaf;
     RemoveEntry(node, FLinks[At(id)].Pos);
-    while (FBranches[At(node)].Count == 0) {
+    while (Count(node) == 0) {
       const std::int32_t parent = FBranches[At(node)].Parent;
       const std::int32_t pos = FBranches[At(node)].Pos;
       FreeBranch(node);
@@ -194,8 +193,7 @@ class TRTree final {
   void Clear() {
     FRoot = -1;
     FBranches.clear();
-    FBoxes.clear();
-    FKids.clear();
+    FSlots.clear();
     FFreeBranches.clear();
     FValues.clear();
     FLinks.clear();
@@ -259,12 +257,17 @@ class TRTree final {
  private:
   friend class TRTreeNode<T>;
 
-  struct TBranch {
+  // A child entry: the child's box and id. In a slot's head: the node's own box, its child
+  // count (Kid) and its height (Aux; 0 for a leaf, whose children are data nodes).
+  struct TEntry {
     TRect2D Box;
+    std::int32_t Kid = 0;
+    std::int32_t Aux = 0;
+  };
+  // Where a non-data node hangs; read by changes only, so kept apart from the slots.
+  struct TBranch {
     std::int32_t Parent = -1;  // -1 at the root
     std::int32_t Pos = 0;      // index among the parent's children
-    std::int32_t Count = 0;    // children in use
-    std::int32_t Height = 0;   // 0 for a leaf, whose children are data nodes
   };
   struct TLink {
     std::int32_t Leaf = -1;  // -1 for a free id
@@ -274,8 +277,14 @@ class TRTree final {
   };
 
   static std::size_t At(std::int32_t Id) { return static_cast<std::size_t>(Id); }
-  std::size_t Root() const { return At(FRoot); }
   std::size_t Slot(std::int32_t Branch) const { return At(Branch) * FSlotSize; }
+  TEntry& Head(std::int32_t Branch) { return FSlots[Slot(Branch)]; }
+  const TEntry& Head(std::int32_t Branch) const { return FSlots[Slot(Branch)]; }
+  TEntry* Kids(std::int32_t Branch) { return FSlots.data() + Slot(Branch) + 1; }
+  const TEntry* Kids(std::int32_t Branch) const { return FSlots.data() + Slot(Branch) + 1; }
+  std::int32_t& Count(std::int32_t Branch) { return Head(Branch).Kid; }
+  std::int32_t Count(std::int32_t Branch) const { return Head(Branch).Kid; }
+  std::int32_t Height(std::int32_t Branch) const { return Head(Branch).Aux; }
 
   static void CheckBox(const TRect2D& Box, const char* Message) {
     const bool hasNaN = std::isnan(Box.XMin) || std::isnan(Box.YMin) || std::isnan(Box.XMax) || std::isnan(Box.YMax);
@@ -285,13 +294,14 @@ class TRTree final {
   }
   // The same test as TRect2D::RelationWithRect(Region, Tol) != 0, in a form that a NaN
   // tolerance fails.
+  // (The tests combine with & rather than &&: one unpredictable branch instead of six.)
   static bool MeetsBox(const TRect2D& B, const TRect2D& R, double Tol) {
-    return B.XMin <= B.XMax && B.YMin <= B.YMax && R.XMin - B.XMax <= Tol && B.XMin - R.XMax <= Tol &&
-           R.YMin - B.YMax <= Tol && B.YMin - R.YMax <= Tol;
+    return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) & (R.XMin - B.XMax <= Tol) & (B.XMin - R.XMax <= Tol) &
+           (R.YMin - B.YMax <= Tol) & (B.YMin - R.YMax <= Tol);
   }
   static bool HoldsPoint(const TRect2D& B, double X, double Y, double Tol) {
-    return B.XMin <= B.XMax && B.YMin <= B.YMax && B.XMin - Tol <= X && X <= B.XMax + Tol && B.YMin - Tol <= Y &&
-           Y <= B.YMax + Tol;
+    return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) & (B.XMin - Tol <= X) & (X <= B.XMax + Tol) & (B.YMin - Tol <= Y) &
+           (Y <= B.YMax + Tol);
   }
   // The centre coordinate of a box along one axis; 0 where it has none (an invalid box made
   // of infinities), so that sorting by it stays a strict order.
@@ -308,9 +318,9 @@ class TRTree final {
   // node that passes. OnData returns false to stop the walk.
   template <class TMeets, class TOnData>
   void Walk(const TMeets& Meets, const TOnData& OnData) const {
-    if (FRoot < 0 || !Meets(FBranches[Root()].Box)) return;
-    // A walk holds at most SlotSize - 1 pending siblings per level, plus the node in hand.
-    const std::size_t need = (static_cast<std::size_t>(FBranches[Root()].Height) + 1) * FSlotSize + 1;
+    if (FRoot < 0 || !Meets(Head(FRoot).Box)) return;
+    // A walk holds at most SlotSize pending siblings per level, plus the node in hand.
+    const std::size_t need = (static_cast<std::size_t>(Height(FRoot)) + 1) * FSlotSize + 1;
     constexpr std::size_t kLocal = 256;
     std::int32_t local[kLocal];
     std::vector<std::int32_t> heap;
@@ -323,17 +333,17 @@ class TRTree final {
     stack[top++] = FRoot;
     while (top > 0) {
       const std::int32_t node = stack[--top];
-      const TBranch& branch = FBranches[At(node)];
-      const TRect2D* boxes = FBoxes.data() + Slot(node);
-      const std::int32_t* kids = FKids.data() + Slot(node);
-      if (branch.Height == 0) {
-        for (std::int32_t i = 0; i < branch.Count; ++i) {
-          if (Meets(boxes[i]) && !OnData(kids[i])) return;
+      const TEntry& head = Head(node);
+      const TEntry* kids = &head + 1;
+      if (head.Aux == 0) {
+        for (std::int32_t i = 0; i < head.Kid; ++i) {
+          if (Meets(kids[i].Box) && !OnData(kids[i].Kid)) return;
         }
       } else {
         // Pushed from the last child back, so the first child is walked first.
-        for (std::int32_t i = branch.Count - 1; i >= 0; --i) {
-          if (Meets(boxes[i])) stack[top++] = kids[i];
+        for (std::int32_t i = head.Kid - 1; i >= 0; --i) {
+          stack[top] = kids[i].Kid;
+          top += Meets(kids[i].Box) ? 1 : 0;
         }
       }
     }
@@ -363,8 +373,7 @@ class TRTree final {
   void ReserveBranches(std::size_t Extra) {
     if (FFreeBranches.size() >= Extra) return;
     Room(FBranches, Extra);
-    FBoxes.reserve(FBranches.capacity() * FSlotSize);
-    FKids.reserve(FBranches.capacity() * FSlotSize);
+    FSlots.reserve(FBranches.capacity() * FSlotSize);
     FFreeBranches.reserve(FBranches.capacity());
   }
   void ReserveData(std::size_t Extra) {
@@ -374,7 +383,7 @@ class TRTree final {
     FFreeData.reserve(FLinks.capacity());
     ReserveHash(static_cast<std::size_t>(FCount) + Extra);
   }
-  std::int32_t NewBranch(std::int32_t Height) {
+  std::int32_t NewBranch(std::int32_t AHeight) {
     std::int32_t id;
     if (!FFreeBranches.empty()) {
       id = FFreeBranches.back();
@@ -382,19 +391,17 @@ class TRTree final {
     } else {
       id = static_cast<std::int32_t>(FBranches.size());
       FBranches.emplace_back();
-      FBoxes.resize(FBoxes.size() + FSlotSize);
-      FKids.resize(FKids.size() + FSlotSize);
+      FSlots.resize(FSlots.size() + FSlotSize);
     }
-    TBranch& branch = FBranches[At(id)];
-    branch.Box = TRect2D::Invalid();
-    branch.Parent = -1;
-    branch.Pos = 0;
-    branch.Count = 0;
-    branch.Height = Height;
+    FBranches[At(id)] = TBranch();
+    TEntry& head = Head(id);
+    head.Box = TRect2D::Invalid();
+    head.Kid = 0;
+    head.Aux = AHeight;
     return id;
   }
   void FreeBranch(std::int32_t Id) {
-    FBranches[At(Id)].Count = 0;
+    Count(Id) = 0;
     FFreeBranches.push_back(Id);
   }
   std::int32_t NewData(const T& Data) {
@@ -442,10 +449,10 @@ class TRTree final {
 
   // Writes child Kid with Box at position Pos of Branch and points the child back at it.
   void PutEntry(std::int32_t Branch, std::int32_t Pos, std::int32_t Kid, const TRect2D& Box) {
-    const std::size_t at = Slot(Branch) + At(Pos);
-    FBoxes[at] = Box;
-    FKids[at] = Kid;
-    if (FBranches[At(Branch)].Height == 0) {
+    TEntry& entry = Kids(Branch)[Pos];
+    entry.Box = Box;
+    entry.Kid = Kid;
+    if (Height(Branch) == 0) {
       FLinks[At(Kid)].Leaf = Branch;
       FLinks[At(Kid)].Pos = Pos;
     } else {
@@ -457,33 +464,30 @@ class TRTree final {
   // of the node below it. The walk stops where a box already holds it, for every ancestor
   // box holds its children's boxes.
   void AddChild(std::int32_t Branch, std::int32_t Kid, const TRect2D& Box) {
-    TBranch& branch = FBranches[At(Branch)];
-    PutEntry(Branch, branch.Count, Kid, Box);
-    ++branch.Count;
+    PutEntry(Branch, Count(Branch), Kid, Box);
+    ++Count(Branch);
     TRect2D below = Box;
     for (std::int32_t node = Branch;;) {
-      TBranch& b = FBranches[At(node)];
-      const TRect2D grown = b.Box.ExtendedRect(below);
-      if (grown == b.Box) return;
-      b.Box = grown;
+      TRect2D& box = Head(node).Box;
+      const TRect2D grown = box.ExtendedRect(below);
+      if (grown == box) return;
+      box = grown;
+      const TBranch& b = FBranches[At(node)];
       if (b.Parent < 0) return;
-      FBoxes[Slot(b.Parent) + At(b.Pos)] = grown;
+      Kids(b.Parent)[b.Pos].Box = grown;
       below = grown;
       node = b.Parent;
     }
   }
   void SetBranchBox(std::int32_t Branch, const TRect2D& Box) {
-    TBranch& b = FBranches[At(Branch)];
-    b.Box = Box;
-    if (b.Parent >= 0) FBoxes[Slot(b.Parent) + At(b.Pos)] = Box;
+    Head(Branch).Box = Box;
+    const TBranch& b = FBranches[At(Branch)];
+    if (b.Parent >= 0) Kids(b.Parent)[b.Pos].Box = Box;
   }
   void RemoveEntry(std::int32_t Branch, std::int32_t Pos) {
-    TBranch& branch = FBranches[At(Branch)];
-    const std::size_t base = Slot(Branch);
-    for (std::int32_t i = Pos + 1; i < branch.Count; ++i) {
-      PutEntry(Branch, i - 1, FKids[base + At(i)], FBoxes[base + At(i)]);
-    }
-    --branch.Count;
+    const TEntry* kids = Kids(Branch);
+    for (std::int32_t i = Pos + 1; i < Count(Branch); ++i) PutEntry(Branch, i - 1, kids[i].Kid, kids[i].Box);
+    --Count(Branch);
   }
 
   // ----- insertion -----
@@ -491,21 +495,21 @@ class TRTree final {
   std::int32_t ChooseInsertLeaf(const TRect2D& Box) const {
     std::int32_t node = FRoot;
     for (;;) {
-      const TBranch& branch = FBranches[At(node)];
+      const TEntry& head = Head(node);
       // A node without children would be a data node, and nothing may hang below one.
-      Assert(branch.Count > 0, "[ERROR] TRTreeNode<T>.ChooseInsertLeaf: 数据节点中不能插入子节点。", "RTree");
-      if (branch.Height == 0) return node;
-      const TRect2D* boxes = FBoxes.data() + Slot(node);
+      Assert(head.Kid > 0, "[ERROR] TRTreeNode<T>.ChooseInsertLeaf: 数据节点中不能插入子节点。", "RTree");
+      if (head.Aux == 0) return node;
+      const TEntry* kids = &head + 1;
       std::int32_t best = 0;
-      double bestGrowth = Growth(boxes[0], Box);
-      for (std::int32_t i = 1; i < branch.Count; ++i) {
-        const double g = Growth(boxes[i], Box);
+      double bestGrowth = Growth(kids[0].Box, Box);
+      for (std::int32_t i = 1; i < head.Kid; ++i) {
+        const double g = Growth(kids[i].Box, Box);
         if (g < bestGrowth) {
           bestGrowth = g;
           best = i;
         }
       }
-      node = FKids[Slot(node) + At(best)];
+      node = kids[best].Kid;
     }
   }
 
@@ -513,18 +517,18 @@ class TRTree final {
   // or by the Y when that gives the smaller sum of the two halves' box areas. Ties keep the
   // child order.
   void CalcGroup(std::int32_t Branch, std::vector<std::int32_t>& Order) {
-    const std::int32_t n = FBranches[At(Branch)].Count;
-    const TRect2D* boxes = FBoxes.data() + Slot(Branch);
+    const std::int32_t n = Count(Branch);
+    const TEntry* kids = Kids(Branch);
     auto sumOfHalves = [&](const std::vector<std::int32_t>& order) {
       TRect2D a = TRect2D::Invalid();
       TRect2D b = TRect2D::Invalid();
-      for (std::int32_t k = 0; k < n; ++k) (k < n / 2 ? a : b).Extend(boxes[order[At(k)]]);
+      for (std::int32_t k = 0; k < n; ++k) (k < n / 2 ? a : b).Extend(kids[order[At(k)]].Box);
       return a.AreaAbs() + b.AreaAbs();
     };
     // Insertion sort: stable, in place, and quick for the few children of one node.
     auto byCentre = [&](std::vector<std::int32_t>& order, bool alongX) {
       auto key = [&](std::int32_t k) {
-        const TRect2D& b = boxes[k];
+        const TRect2D& b = kids[k].Box;
         return alongX ? Centre(b.XMin, b.XMax) : Centre(b.YMin, b.YMax);
       };
       order.clear();
@@ -546,29 +550,25 @@ class TRTree final {
   // AddBox, or when the new half would grow more.
   std::int32_t Split(std::int32_t Branch, const TRect2D& AddBox) {
     CalcGroup(Branch, FSplitOrder);
-    const std::int32_t n = FBranches[At(Branch)].Count;
-    const std::size_t base = Slot(Branch);
-    FScratchKids.assign(FKids.begin() + static_cast<std::ptrdiff_t>(base),
-                        FKids.begin() + static_cast<std::ptrdiff_t>(base + At(n)));
-    FScratchBoxes.assign(FBoxes.begin() + static_cast<std::ptrdiff_t>(base),
-                         FBoxes.begin() + static_cast<std::ptrdiff_t>(base + At(n)));
-    const std::int32_t sibling = NewBranch(FBranches[At(Branch)].Height);
+    const std::int32_t n = Count(Branch);
+    FScratch.assign(Kids(Branch), Kids(Branch) + n);
+    const std::int32_t sibling = NewBranch(Height(Branch));
     for (std::int32_t k = n / 2; k < n; ++k) {
-      const std::size_t from = At(FSplitOrder[At(k)]);
-      AddChild(sibling, FScratchKids[from], FScratchBoxes[from]);
+      const TEntry& from = FScratch[At(FSplitOrder[At(k)])];
+      AddChild(sibling, from.Kid, from.Box);
     }
     TRect2D kept = TRect2D::Invalid();
     for (std::int32_t k = 0; k < n / 2; ++k) {
-      const std::size_t from = At(FSplitOrder[At(k)]);
-      PutEntry(Branch, k, FScratchKids[from], FScratchBoxes[from]);
-      kept.Extend(FScratchBoxes[from]);
+      const TEntry& from = FScratch[At(FSplitOrder[At(k)])];
+      PutEntry(Branch, k, from.Kid, from.Box);
+      kept.Extend(from.Box);
     }
-    FBranches[At(Branch)].Count = n / 2;
+    Count(Branch) = n / 2;
     SetBranchBox(Branch, kept);
     const std::int32_t parent = FBranches[At(Branch)].Parent;
-    const TRect2D siblingBox = FBranches[At(sibling)].Box;
+    const TRect2D siblingBox = Head(sibling).Box;
     if (parent < 0) {
-      const std::int32_t root = NewBranch(FBranches[At(Branch)].Height + 1);
+      const std::int32_t root = NewBranch(Height(Branch) + 1);
       AddChild(root, Branch, kept);
       AddChild(root, sibling, siblingBox);
     } else {
@@ -614,8 +614,9 @@ class TRTree final {
     while (items.size() > 1) {
       const std::size_t count = items.size();
       SortRange(items, boxes, 0, count, true, keys, sortedItems, sortedBoxes);
-      for (std::size_t s = 0; s + m < count; s += m * m) {
-        SortRange(items, boxes, s, std::min(s + m * m, count), false, keys, sortedItems, sortedBoxes);
+      const std::size_t slice = SliceSize(count, m);
+      for (std::size_t s = 0; s + m < count; s += slice) {
+        SortRange(items, boxes, s, std::min(s + slice, count), false, keys, sortedItems, sortedBoxes);
       }
       nextItems.clear();
       nextBoxes.clear();
@@ -623,13 +624,22 @@ class TRTree final {
         const std::int32_t branch = NewBranch(height);
         for (std::size_t k = g; k < std::min(g + m, count); ++k) AddChild(branch, items[k], boxes[k]);
         nextItems.push_back(branch);
-        nextBoxes.push_back(FBranches[At(branch)].Box);
+        nextBoxes.push_back(Head(branch).Box);
       }
       items.swap(nextItems);
       boxes.swap(nextBoxes);
       ++height;
     }
     FRoot = items[0];
+  }
+  // The run of a level that is sorted by Y and cut into groups: M * M nodes, or for a level
+  // of more than M^3 nodes ceil(sqrt(groups)) * M, so that a level is cut into about as
+  // many slices as each slice has groups. Fixed slices of M * M would make each group a
+  // sliver, 1/M of a slice wide and the whole level tall, once the level outgrows M^3.
+  static std::size_t SliceSize(std::size_t Count, std::size_t M) {
+    const std::size_t groups = (Count + M - 1) / M;
+    auto perSlice = static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(groups))));
+    return std::max(perSlice, M) * M;
   }
   // Sorts items[Begin, End) with their boxes by the X (or Y) of the box centres; equal
   // centres keep their order.
@@ -705,8 +715,7 @@ class TRTree final {
   std::size_t FSlotSize = 0;
   std::int32_t FRoot = -1;
   std::vector<TBranch> FBranches;
-  std::vector<TRect2D> FBoxes;      // FSlotSize child boxes per branch
-  std::vector<std::int32_t> FKids;  // FSlotSize child ids per branch: data ids below a leaf
+  std::vector<TEntry> FSlots;  // FSlotSize entries per branch: the head, then the children
   std::vector<std::int32_t> FFreeBranches;
   std::vector<T> FValues;  // by data id
   std::vector<TLink> FLinks;
@@ -719,8 +728,7 @@ class TRTree final {
   // Scratch of the split, kept to spare an allocation per split.
   std::vector<std::int32_t> FSplitOrder;
   std::vector<std::int32_t> FScratchOrder;
-  std::vector<std::int32_t> FScratchKids;
-  std::vector<TRect2D> FScratchBoxes;
+  std::vector<TEntry> FScratch;
 };
 
 }  // namespace orvane
