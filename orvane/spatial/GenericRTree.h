@@ -13,6 +13,7 @@
 // handle is valid until the tree next changes.
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -26,6 +27,7 @@
 #include "orvane/foundation/List.h"
 #include "orvane/foundation/Point2D.h"
 #include "orvane/foundation/Rect2D.h"
+#include "orvane/spatial/BulkMemory.h"
 
 namespace orvane {
 
@@ -257,6 +259,9 @@ class TRTree final {
  private:
   friend class TRTreeNode<T>;
 
+  template <class V>
+  using TArray = std::vector<V, internal::TBulkAllocator<V>>;
+
   // A child entry: the child's box and id. In a slot's head: the node's own box, its child
   // count (Kid) and its height (Aux; 0 for a leaf, whose children are data nodes).
   struct TEntry {
@@ -367,7 +372,7 @@ class TRTree final {
   // ----- storage -----
 
   template <class V>
-  static void Room(std::vector<V>& Items, std::size_t Extra) {
+  static void Room(V& Items, std::size_t Extra) {
     if (Items.size() + Extra > Items.capacity()) Items.reserve(std::max(Items.capacity() * 2, Items.size() + Extra));
   }
   void ReserveBranches(std::size_t Extra) {
@@ -597,40 +602,105 @@ class TRTree final {
     ReserveData(n);
     ReserveBranches(branches);
 
-    std::vector<std::int32_t> items(n);
-    std::vector<TRect2D> boxes(Rects.begin(), Rects.begin() + static_cast<std::ptrdiff_t>(n));
+    // Ids are the list's positions, and so is the insertion order.
     for (std::size_t i = 0; i < n; ++i) {
-      const std::int32_t id = NewData(Datas[i]);
-      if (Find(Datas[i]) >= 0) throw ERTreeError("[Error] TRTree<T>.Insert: 数据重复");
-      Register(id);
-      items[i] = id;
+      FValues.push_back(Datas[i]);
+      const auto id = static_cast<std::int32_t>(i);
+      FLinks.push_back({-1, 0, id - 1, i + 1 < n ? id + 1 : -1});
     }
-    std::vector<std::pair<double, std::int32_t>> keys;
-    std::vector<std::int32_t> nextItems;
-    std::vector<TRect2D> nextBoxes;
-    std::vector<std::int32_t> sortedItems(n);
-    std::vector<TRect2D> sortedBoxes(n);
+    HashBuild(n);
+    FFirst = 0;
+    FLast = static_cast<std::int32_t>(n - 1);
+    FCount = static_cast<std::int32_t>(n);
+
+    TArray<TLevelItem> level(n);
+    for (std::size_t i = 0; i < n; ++i) level[i] = MakeItem(Rects[i], static_cast<std::int32_t>(i));
+    TArray<TLevelItem> scratch;
+    TArray<TLevelItem> next;
     std::int32_t height = 0;
-    while (items.size() > 1) {
-      const std::size_t count = items.size();
-      SortRange(items, boxes, 0, count, true, keys, sortedItems, sortedBoxes);
+    while (level.size() > 1) {
+      const std::size_t count = level.size();
+      SortByX(level, scratch);
       const std::size_t slice = SliceSize(count, m);
       for (std::size_t s = 0; s + m < count; s += slice) {
-        SortRange(items, boxes, s, std::min(s + slice, count), false, keys, sortedItems, sortedBoxes);
+        std::stable_sort(level.begin() + static_cast<std::ptrdiff_t>(s),
+                         level.begin() + static_cast<std::ptrdiff_t>(std::min(s + slice, count)),
+                         [](const TLevelItem& a, const TLevelItem& b) { return a.CY < b.CY; });
       }
-      nextItems.clear();
-      nextBoxes.clear();
+      next.clear();
       for (std::size_t g = 0; g < count; g += m) {
         const std::int32_t branch = NewBranch(height);
-        for (std::size_t k = g; k < std::min(g + m, count); ++k) AddChild(branch, items[k], boxes[k]);
-        nextItems.push_back(branch);
-        nextBoxes.push_back(Head(branch).Box);
+        const std::size_t end = std::min(g + m, count);
+        for (std::size_t k = g; k < end; ++k) {
+          const std::int32_t kid = level[k].Id;
+          if (height == 0) {
+            // The boxes and links of data nodes are read in sorted order, far apart in
+            // memory: ask for them a few groups ahead.
+            if (k + 4 * m < count) {
+              Prefetch(&Rects[At(level[k + 4 * m].Id)]);
+              Prefetch(&FLinks[At(level[k + 4 * m].Id)]);
+            }
+            AddChild(branch, kid, Rects[At(kid)]);
+          } else {
+            AddChild(branch, kid, Head(kid).Box);
+          }
+        }
+        next.push_back(MakeItem(Head(branch).Box, branch));
       }
-      items.swap(nextItems);
-      boxes.swap(nextBoxes);
+      level.swap(next);
       ++height;
     }
-    FRoot = items[0];
+    FRoot = level[0].Id;
+  }
+
+  // A node of a level of the bulk load, with the centre of its box.
+  struct TLevelItem {
+    double CX;
+    double CY;
+    std::int32_t Id;
+  };
+  static TLevelItem MakeItem(const TRect2D& Box, std::int32_t Id) {
+    return {Centre(Box.XMin, Box.XMax), Centre(Box.YMin, Box.YMax), Id};
+  }
+  static void Prefetch([[maybe_unused]] const void* Address) {
+#if defined(__GNUC__)
+    __builtin_prefetch(Address);
+#endif
+  }
+  // Stable sort of a level by centre X: a radix sort on the bits of the doubles, 11 bits a
+  // pass, skipping passes in which all keys agree; small levels go to std::stable_sort.
+  static void SortByX(TArray<TLevelItem>& Level, TArray<TLevelItem>& Scratch) {
+    const std::size_t n = Level.size();
+    if (n < 4096) {
+      std::stable_sort(Level.begin(), Level.end(),
+                       [](const TLevelItem& a, const TLevelItem& b) { return a.CX < b.CX; });
+      return;
+    }
+    auto key = [](double x) {
+      const auto u = std::bit_cast<std::uint64_t>(x + 0.0);  // -0 sorts with +0
+      return (u >> 63) != 0 ? ~u : u | (std::uint64_t{1} << 63);
+    };
+    constexpr int kBits = 11;
+    constexpr int kPasses = (64 + kBits - 1) / kBits;
+    constexpr std::size_t kBuckets = std::size_t{1} << kBits;
+    std::vector<std::size_t> counts(kPasses * kBuckets, 0);
+    for (const TLevelItem& item : Level) {
+      const std::uint64_t k = key(item.CX);
+      for (int p = 0; p < kPasses; ++p) ++counts[At(p) * kBuckets + ((k >> (p * kBits)) & (kBuckets - 1))];
+    }
+    Scratch.resize(n);
+    for (int p = 0; p < kPasses; ++p) {
+      std::size_t* count = counts.data() + At(p) * kBuckets;
+      if (std::find(count, count + kBuckets, n) != count + kBuckets) continue;
+      std::size_t sum = 0;
+      for (std::size_t b = 0; b < kBuckets; ++b) {
+        const std::size_t c = count[b];
+        count[b] = sum;
+        sum += c;
+      }
+      for (const TLevelItem& item : Level) Scratch[count[(key(item.CX) >> (p * kBits)) & (kBuckets - 1)]++] = item;
+      Level.swap(Scratch);
+    }
   }
   // The run of a level that is sorted by Y and cut into groups: M * M nodes, or for a level
   // of more than M^3 nodes ceil(sqrt(groups)) * M, so that a level is cut into about as
@@ -641,86 +711,96 @@ class TRTree final {
     auto perSlice = static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(groups))));
     return std::max(perSlice, M) * M;
   }
-  // Sorts items[Begin, End) with their boxes by the X (or Y) of the box centres; equal
-  // centres keep their order.
-  static void SortRange(std::vector<std::int32_t>& Items, std::vector<TRect2D>& Boxes, std::size_t Begin,
-                        std::size_t End, bool AlongX, std::vector<std::pair<double, std::int32_t>>& Keys,
-                        std::vector<std::int32_t>& SortedItems, std::vector<TRect2D>& SortedBoxes) {
-    Keys.clear();
-    for (std::size_t i = Begin; i < End; ++i) {
-      const TRect2D& b = Boxes[i];
-      Keys.emplace_back(AlongX ? Centre(b.XMin, b.XMax) : Centre(b.YMin, b.YMax), static_cast<std::int32_t>(i - Begin));
-    }
-    std::sort(Keys.begin(), Keys.end());
-    for (std::size_t k = 0; k < Keys.size(); ++k) {
-      const std::size_t from = Begin + At(Keys[k].second);
-      SortedItems[k] = Items[from];
-      SortedBoxes[k] = Boxes[from];
-    }
-    std::copy(SortedItems.begin(), SortedItems.begin() + static_cast<std::ptrdiff_t>(Keys.size()),
-              Items.begin() + static_cast<std::ptrdiff_t>(Begin));
-    std::copy(SortedBoxes.begin(), SortedBoxes.begin() + static_cast<std::ptrdiff_t>(Keys.size()),
-              Boxes.begin() + static_cast<std::ptrdiff_t>(Begin));
-  }
-
   // ----- dictionary of data nodes: open addressing over data ids, keyed by their values -----
+  // Each slot keeps 32 bits of its value's hash beside the id, so that probing compares
+  // values only on a hash match and removal finds home slots without reading values.
 
-  std::size_t HashOf(const T& Data) const {
+  struct THashSlot {
+    std::uint32_t Hash = 0;
+    std::int32_t Id = -1;  // -1 for an empty slot
+  };
+
+  static std::uint32_t HashOf(const T& Data) {
     std::uint64_t h = static_cast<std::uint64_t>(std::hash<T>{}(Data));
     h ^= h >> 33;
     h *= 0xff51afd7ed558ccdULL;
     h ^= h >> 33;
-    return static_cast<std::size_t>(h) & FHashMask;
+    return static_cast<std::uint32_t>(h);
   }
+  std::size_t Home(std::uint32_t Hash) const { return Hash & FHashMask; }
   std::int32_t Find(const T& Data) const {
     if (FHash.empty()) return -1;
-    for (std::size_t i = HashOf(Data);; i = (i + 1) & FHashMask) {
-      const std::int32_t id = FHash[i];
-      if (id < 0) return -1;
-      if (FValues[At(id)] == Data) return id;
+    const std::uint32_t h = HashOf(Data);
+    for (std::size_t i = Home(h);; i = (i + 1) & FHashMask) {
+      const THashSlot& slot = FHash[i];
+      if (slot.Id < 0) return -1;
+      if (slot.Hash == h && FValues[At(slot.Id)] == Data) return slot.Id;
     }
   }
   void ReserveHash(std::size_t Entries) {
     if (Entries * 2 <= FHash.size()) return;
     std::size_t size = 16;
     while (size < Entries * 2) size *= 2;
-    std::vector<std::int32_t> old(size, -1);
+    TArray<THashSlot> old(size);
     old.swap(FHash);
     FHashMask = size - 1;
-    for (const std::int32_t id : old) {
-      if (id >= 0) HashInsert(id);
+    for (const THashSlot& slot : old) {
+      if (slot.Id >= 0) Place(slot);
     }
   }
-  void HashInsert(std::int32_t Id) {
-    std::size_t i = HashOf(FValues[At(Id)]);
-    while (FHash[i] >= 0) i = (i + 1) & FHashMask;
-    FHash[i] = Id;
+  void Place(const THashSlot& Slot) {
+    std::size_t i = Home(Slot.Hash);
+    while (FHash[i].Id >= 0) i = (i + 1) & FHashMask;
+    FHash[i] = Slot;
+  }
+  void HashInsert(std::int32_t Id) { Place({HashOf(FValues[At(Id)]), Id}); }
+  // Enters the values of ids 0 .. N - 1 into an empty table, visiting the table in the
+  // order of their home slots so that it is swept about once. A value met twice is refused.
+  void HashBuild(std::size_t N) {
+    TArray<std::uint32_t> hashes(N);
+    for (std::size_t i = 0; i < N; ++i) hashes[i] = HashOf(FValues[i]);
+    const int bits = std::countr_zero(FHash.size());
+    const int shift = std::max(bits - 16, 0);
+    std::vector<std::uint32_t> start((std::size_t{1} << (bits - shift)) + 1, 0);
+    for (const std::uint32_t h : hashes) ++start[(Home(h) >> shift) + 1];
+    for (std::size_t b = 1; b < start.size(); ++b) start[b] += start[b - 1];
+    TArray<std::int32_t> order(N);
+    for (std::size_t i = 0; i < N; ++i) order[start[Home(hashes[i]) >> shift]++] = static_cast<std::int32_t>(i);
+    for (const std::int32_t id : order) {
+      const std::uint32_t h = hashes[At(id)];
+      std::size_t i = Home(h);
+      for (; FHash[i].Id >= 0; i = (i + 1) & FHashMask) {
+        if (FHash[i].Hash == h && FValues[At(FHash[i].Id)] == FValues[At(id)])
+          throw ERTreeError("[Error] TRTree<T>.Insert: 数据重复");
+      }
+      FHash[i] = {h, id};
+    }
   }
   // Removal by shifting back the entries of the probe run, so no tombstones build up.
   void HashErase(std::int32_t Id) {
-    std::size_t i = HashOf(FValues[At(Id)]);
-    while (FHash[i] != Id) i = (i + 1) & FHashMask;
-    for (std::size_t j = (i + 1) & FHashMask; FHash[j] >= 0; j = (j + 1) & FHashMask) {
-      const std::size_t home = HashOf(FValues[At(FHash[j])]);
+    std::size_t i = Home(HashOf(FValues[At(Id)]));
+    while (FHash[i].Id != Id) i = (i + 1) & FHashMask;
+    for (std::size_t j = (i + 1) & FHashMask; FHash[j].Id >= 0; j = (j + 1) & FHashMask) {
+      const std::size_t home = Home(FHash[j].Hash);
       const bool stays = i <= j ? (i < home && home <= j) : (i < home || home <= j);
       if (stays) continue;
       FHash[i] = FHash[j];
       i = j;
     }
-    FHash[i] = -1;
+    FHash[i] = THashSlot();
   }
 
   int FMaxChildCount;
   int FMinChildCount;
   std::size_t FSlotSize = 0;
   std::int32_t FRoot = -1;
-  std::vector<TBranch> FBranches;
-  std::vector<TEntry> FSlots;  // FSlotSize entries per branch: the head, then the children
-  std::vector<std::int32_t> FFreeBranches;
-  std::vector<T> FValues;  // by data id
-  std::vector<TLink> FLinks;
-  std::vector<std::int32_t> FFreeData;
-  std::vector<std::int32_t> FHash;
+  TArray<TBranch> FBranches;
+  TArray<TEntry> FSlots;  // FSlotSize entries per branch: the head, then the children
+  TArray<std::int32_t> FFreeBranches;
+  TArray<T> FValues;  // by data id
+  TArray<TLink> FLinks;
+  TArray<std::int32_t> FFreeData;
+  TArray<THashSlot> FHash;
   std::size_t FHashMask = 0;
   std::int32_t FFirst = -1;
   std::int32_t FLast = -1;
