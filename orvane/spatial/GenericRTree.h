@@ -4,8 +4,8 @@
 // queries under a tolerance.
 //
 // The tree's rules (which leaf takes a box, how a node splits, what removal leaves behind,
-// how the bulk load packs) are those of a classic node-object R-tree whose nodes are tree
-// nodes; the storage is not. Nodes live in one flat array owned by the tree: every non-data
+// how the bulk load packs) are those of a node-object R-tree built on the generic tree
+// node; the storage is not. Nodes live in one flat array owned by the tree: every non-data
 // node has a slot of MaxChildCount + 2 entries, a head (its own box, child count and height)
 // followed by its children's boxes and ids, so a query reads a node from one run of memory
 // and allocates nothing.
@@ -192,15 +192,16 @@ class TRTree final {
     Unregister(id);
   }
 
+  // Frees all nodes and their memory.
   void Clear() {
     FRoot = -1;
-    FBranches.clear();
-    FSlots.clear();
-    FFreeBranches.clear();
-    FValues.clear();
-    FLinks.clear();
-    FFreeData.clear();
-    FHash.clear();
+    FBranches = {};
+    FSlots = {};
+    FFreeBranches = {};
+    FValues = {};
+    FLinks = {};
+    FFreeData = {};
+    FHash = {};
     FHashMask = 0;
     FFirst = FLast = -1;
     FCount = 0;
@@ -383,6 +384,9 @@ class TRTree final {
   }
   void ReserveData(std::size_t Extra) {
     const std::size_t fresh = FFreeData.size() >= Extra ? 0 : Extra;
+    // Ids are 32-bit; half their range leaves the hash table room to double.
+    if (FLinks.size() + fresh > static_cast<std::size_t>(INT32_MAX / 2))
+      throw EParamError("[Error] TRTree<T>.Insert: 参数错误");
     Room(FValues, fresh);
     Room(FLinks, fresh);
     FFreeData.reserve(FLinks.capacity());
@@ -585,6 +589,10 @@ class TRTree final {
 
   // ----- bulk load -----
 
+  // Packs the tree bottom-up: each level is sorted by the X of the box centres, cut into
+  // slices (see SliceSize) that are each sorted by Y, and grouped into runs of M under new
+  // nodes; the last group may be smaller, and a last remainder of at most M nodes keeps its
+  // X order. Equal centres keep their order (the list's order at the bottom).
   void Initialize(std::span<const T> Datas, std::span<const TRect2D> Rects) {
     Assert(Datas.size() <= Rects.size(), "[Error] TRTree<T>.Initialize: 数据错误", "RTree");
     if (Datas.empty()) return;
@@ -592,8 +600,6 @@ class TRTree final {
       Insert(Datas[0], Rects[0]);
       return;
     }
-    if (Datas.size() > static_cast<std::size_t>(INT32_MAX / 2))
-      throw EParamError("[Error] TRTree<T>.Initialize: 参数错误");
     const std::size_t n = Datas.size();
     for (std::size_t i = 0; i < n; ++i) CheckBox(Rects[i], "[Error] TRTree<T>.Initialize: 参数错误");
     const std::size_t m = At(FMaxChildCount);
@@ -771,7 +777,7 @@ class TRTree final {
       std::size_t i = Home(h);
       for (; FHash[i].Id >= 0; i = (i + 1) & FHashMask) {
         if (FHash[i].Hash == h && FValues[At(FHash[i].Id)] == FValues[At(id)])
-          throw ERTreeError("[Error] TRTree<T>.Insert: 数据重复");
+          throw ERTreeError("[Error] TRTree<T>.Initialize: 数据重复");
       }
       FHash[i] = {h, id};
     }

@@ -184,6 +184,14 @@ TEST(GenericRTree, SplitsAndPacksAsStated) {
   EXPECT_EQ(valuesOf(root.ChildNode(1)), (std::vector<int>{1, 3, 4}));
   EXPECT_EQ(root.GetBox(), TRect2D(0, 0, 2, 21));
 
+  // Zero-area points on a line: both halves grow by nothing, and on that tie the new half
+  // takes the box.
+  TTree line(4);
+  for (int i = 0; i < 4; ++i) line.Insert(i, TRect2D(TPoint2D(i, 0)));
+  line.Insert(4, TRect2D(TPoint2D(10, 0)));
+  EXPECT_EQ(valuesOf(line.GetRoot().ChildNode(0)), (std::vector<int>{0, 1}));
+  EXPECT_EQ(valuesOf(line.GetRoot().ChildNode(1)), (std::vector<int>{2, 3, 4}));
+
   // With M = 8 the ninth insertion splits the root leaf: a root above two leaves.
   TTree nine(8);
   for (int i = 0; i < 9; ++i) nine.Insert(i, {double(i), 0, i + 1.0, 1});
