@@ -52,7 +52,7 @@ class TTreeNode {
       throw EParamError("[Error] TTreeNode<T>.AddChildNode: the node already has a parent");
     // Only a node with children can be a proper ancestor of this one.
     if (ChildNode == this) throw EParamError("[Error] TTreeNode<T>.AddChildNode: the node is an ancestor");
-    for (const TTreeNode<T>* p = ChildNode->IsLeaf() ? nullptr : this; p != nullptr; p = p->FParent) {
+    for (const TTreeNode<T>* p = ChildNode->FChildNodes.IsEmpty() ? nullptr : this; p != nullptr; p = p->FParent) {
       if (p == ChildNode) throw EParamError("[Error] TTreeNode<T>.AddChildNode: the node is an ancestor");
     }
     FChildNodes.Add(ChildNode);
@@ -162,8 +162,15 @@ class TMultiTree {
   }
 
   // Hangs ChildNode under ParentNode, a node of this tree; the tree owns it from then on.
+  // A node that already hangs in a tree, or this tree's own root, is refused and left to
+  // its owner.
   virtual TNode* AddChildNode(TNode& ParentNode, std::unique_ptr<TNode> ChildNode) {
-    ParentNode.AddChildNode(ChildNode.get());
+    TNode* child = ChildNode.get();
+    if (child != nullptr && (child->GetParent() != nullptr || child == FRoot)) {
+      (void)ChildNode.release();
+      throw EParamError("[Error] TMultiTree<T>.AddChildNode: the node already belongs to a tree");
+    }
+    ParentNode.AddChildNode(child);
     return ChildNode.release();
   }
 
