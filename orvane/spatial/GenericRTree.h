@@ -98,11 +98,12 @@ class TRTreeNode {
 template <class T>
 class TRTree final {
  public:
-  // An empty tree with fan-out limit MaxChildCount (the kernel gives 8). Limits from 2 to
-  // 4096 are taken: below 2 a node cannot split into two non-empty halves, and above 4096
-  // a node's slot would outweigh any gain. Others are refused with EParamError.
+  // An empty tree with fan-out limit MaxChildCount (the kernel gives 8). Limits from 3 to
+  // 4096 are taken. Inner nodes split on reaching the limit, so with 2 they would keep a
+  // single child and every insertion would add a level; above 4096 a node's slot would
+  // outweigh any gain. Others are refused with EParamError.
   explicit TRTree(int MaxChildCount) : FMaxChildCount(MaxChildCount), FMinChildCount(MaxChildCount / 2) {
-    if (MaxChildCount < 2 || MaxChildCount > 4096) throw EParamError("[Error] TRTree<T>.Create: 参数错误");
+    if (MaxChildCount < 3 || MaxChildCount > 4096) throw EParamError("[Error] TRTree<T>.Create: 参数错误");
     FSlotSize = static_cast<std::size_t>(MaxChildCount) + 2;
     FSplitOrder.reserve(FSlotSize);
     FScratchOrder.reserve(FSlotSize);

@@ -244,7 +244,7 @@ TEST(GenericRTree, EmptyTreesErrorsAndEdges) {
   const double inf = std::numeric_limits<double>::infinity();
   EXPECT_THROW(tree.Insert(8, {0, nan, 1, 1}), EParamError);
   EXPECT_THROW(tree.Insert(8, {0, 0, inf, 1}), EParamError);
-  EXPECT_THROW(TTree(1), EParamError);
+  EXPECT_THROW(TTree(2), EParamError);
   EXPECT_EQ(tree.Count(), 1);
   EXPECT_FALSE(tree.Contains(8));
   EXPECT_FALSE(tree.MayIntersect({2, 2, 3, 3}));
