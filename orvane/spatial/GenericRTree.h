@@ -17,9 +17,11 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <span>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -217,28 +219,28 @@ class TRTree final {
   }
   // The same, appended to ResultList; no allocation beyond the list's own growth.
   void Search(const TRect2D& SearchRegion, TList<T>& ResultList, double Tol) const {
-    VisitBox(SearchRegion, Tol, [&](std::int32_t id) {
-      ResultList.Add(FValues[At(id)]);
+    VisitBox(SearchRegion, Tol, [&](const TEntry& hit) {
+      ResultList.Add(ValueOf(hit));
       return true;
     });
   }
   void Search(const TRect2D& SearchRegion, std::vector<T>& ResultList, double Tol) const {
-    VisitBox(SearchRegion, Tol, [&](std::int32_t id) {
-      ResultList.push_back(FValues[At(id)]);
+    VisitBox(SearchRegion, Tol, [&](const TEntry& hit) {
+      ResultList.push_back(ValueOf(hit));
       return true;
     });
   }
   // The values whose valid boxes, grown by Tol on every side, hold Pt (bounds included).
   void Search(const TPoint2D& Pt, TList<T>& ResultList, double Tol) const {
-    VisitPoint(Pt, Tol, [&](std::int32_t id) { ResultList.Add(FValues[At(id)]); });
+    VisitPoint(Pt, Tol, [&](const TEntry& hit) { ResultList.Add(ValueOf(hit)); });
   }
   void Search(const TPoint2D& Pt, std::vector<T>& ResultList, double Tol) const {
-    VisitPoint(Pt, Tol, [&](std::int32_t id) { ResultList.push_back(FValues[At(id)]); });
+    VisitPoint(Pt, Tol, [&](const TEntry& hit) { ResultList.push_back(ValueOf(hit)); });
   }
   // True when some box meets SearchRegion within 1e-6; stops at the first one.
   bool MayIntersect(const TRect2D& SearchRegion) const {
     bool found = false;
-    VisitBox(SearchRegion, 1e-6, [&](std::int32_t) {
+    VisitBox(SearchRegion, 1e-6, [&](const TEntry&) {
       found = true;
       return false;
     });
@@ -271,6 +273,19 @@ class TRTree final {
     std::int32_t Kid = 0;
     std::int32_t Aux = 0;
   };
+  // A small plain value is also kept in its leaf entry (in Aux), so that a query reports it
+  // without reading the value array.
+  static constexpr bool kInlineValue =
+      std::is_trivially_copyable_v<T> && sizeof(T) <= sizeof(std::int32_t) && std::is_default_constructible_v<T>;
+  T ValueOf(const TEntry& Hit) const {
+    if constexpr (kInlineValue) {
+      T value;
+      std::memcpy(&value, &Hit.Aux, sizeof(T));
+      return value;
+    } else {
+      return FValues[At(Hit.Kid)];
+    }
+  }
   // Where a non-data node hangs; read by changes only, so kept apart from the slots.
   struct TBranch {
     std::int32_t Parent = -1;  // -1 at the root
@@ -321,8 +336,8 @@ class TRTree final {
     return Box.ExtendedRect(Add).AreaAbs() - Box.AreaAbs();
   }
 
-  // Depth-first walk in child order over the nodes that pass Meets; OnData(id) for each data
-  // node that passes. OnData returns false to stop the walk.
+  // Depth-first walk in child order over the nodes that pass Meets; OnData(entry) for each
+  // data node that passes. OnData returns false to stop the walk.
   template <class TMeets, class TOnData>
   void Walk(const TMeets& Meets, const TOnData& OnData) const {
     if (FRoot < 0 || !Meets(Head(FRoot).Box)) return;
@@ -344,7 +359,7 @@ class TRTree final {
       const TEntry* kids = &head + 1;
       if (head.Aux == 0) {
         for (std::int32_t i = 0; i < head.Kid; ++i) {
-          if (Meets(kids[i].Box) && !OnData(kids[i].Kid)) return;
+          if (Meets(kids[i].Box) && !OnData(kids[i])) return;
         }
       } else {
         // Pushed from the last child back, so the first child is walked first.
@@ -365,8 +380,8 @@ class TRTree final {
     const double x = Pt.X;
     const double y = Pt.Y;
     Walk([&](const TRect2D& b) { return HoldsPoint(b, x, y, Tol); },
-         [&](std::int32_t id) {
-           OnData(id);
+         [&](const TEntry& hit) {
+           OnData(hit);
            return true;
          });
   }
@@ -463,6 +478,7 @@ class TRTree final {
     entry.Box = Box;
     entry.Kid = Kid;
     if (Height(Branch) == 0) {
+      if constexpr (kInlineValue) std::memcpy(&entry.Aux, &FValues[At(Kid)], sizeof(T));
       FLinks[At(Kid)].Leaf = Branch;
       FLinks[At(Kid)].Pos = Pos;
     } else {
