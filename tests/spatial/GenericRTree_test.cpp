@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "orvane/spatial/RTree.h"
@@ -270,6 +271,33 @@ TEST(GenericRTree, EmptyTreesErrorsAndEdges) {
   TList<int> twice{1, 1};
   EXPECT_THROW(TTree(twice, boxes, 8), ERTreeError);
   EXPECT_EQ(TTree(TList<int>(), TList<TRect2D>(), 8).Count(), 0);
+}
+
+TEST(GenericRTree, ValuesThatLiveOutsideTheEntries) {
+  // Strings are looked up through the value array rather than kept in the leaf entries.
+  std::mt19937 rng(5);
+  TList<std::string> names;
+  TList<TRect2D> boxes;
+  for (int i = 0; i < 200; ++i) {
+    names.Add("part-" + std::to_string(i));
+    boxes.Add(RandomBox(rng));
+  }
+  TRTree<std::string> tree(names, boxes, 5);
+  for (int i = 0; i < 200; i += 3) tree.Remove("part-" + std::to_string(i));
+  tree.Insert("extra", {10, 10, 11, 11});
+  const TRect2D region(8, 8, 12, 12);
+  std::vector<std::string> expected;
+  for (int i = 0; i < 200; ++i) {
+    if (i % 3 != 0 && boxes[i].RelationWithRect(region, 0.0) != 0) expected.push_back(names[i]);
+  }
+  expected.push_back("extra");
+  std::vector<std::string> found = tree.Search(region, 0.0)->ToArray();
+  std::sort(found.begin(), found.end());
+  std::sort(expected.begin(), expected.end());
+  EXPECT_EQ(found, expected);
+  EXPECT_EQ(tree.GetRandomData(), "part-1");
+  EXPECT_EQ(tree.GetAllData()->Last(), "extra");
+  EXPECT_THROW(tree.Insert("part-2", {0, 0, 1, 1}), ERTreeError);
 }
 
 }  // namespace
