@@ -644,11 +644,14 @@ class TRTree final {
     while (level.size() > 1) {
       const std::size_t count = level.size();
       SortByX(level, scratch);
+      // Slices by Y; equal centres keep their X order, which Seq records.
+      for (std::size_t k = 0; k < count; ++k) level[k].Seq = static_cast<std::int32_t>(k);
       const std::size_t slice = SliceSize(count, m);
       for (std::size_t s = 0; s + m < count; s += slice) {
-        std::stable_sort(level.begin() + static_cast<std::ptrdiff_t>(s),
-                         level.begin() + static_cast<std::ptrdiff_t>(std::min(s + slice, count)),
-                         [](const TLevelItem& a, const TLevelItem& b) { return a.CY < b.CY; });
+        std::sort(
+            level.begin() + static_cast<std::ptrdiff_t>(s),
+            level.begin() + static_cast<std::ptrdiff_t>(std::min(s + slice, count)),
+            [](const TLevelItem& a, const TLevelItem& b) { return a.CY < b.CY || (a.CY == b.CY && a.Seq < b.Seq); });
       }
       next.clear();
       for (std::size_t g = 0; g < count; g += m) {
@@ -681,9 +684,10 @@ class TRTree final {
     double CX;
     double CY;
     std::int32_t Id;
+    std::int32_t Seq;  // position in X order
   };
   static TLevelItem MakeItem(const TRect2D& Box, std::int32_t Id) {
-    return {Centre(Box.XMin, Box.XMax), Centre(Box.YMin, Box.YMax), Id};
+    return {Centre(Box.XMin, Box.XMax), Centre(Box.YMin, Box.YMax), Id, 0};
   }
   static void Prefetch([[maybe_unused]] const void* Address) {
 #if defined(__GNUC__)
