@@ -27,6 +27,7 @@
 #include "orvane/paths/clipping/Clipper2.h"
 #include "orvane/paths/clipping/ClipperTypes.h"
 #include "orvane/vertex/Geometry2D.h"
+#include "orvane/vertex/MultiTree.h"
 #include "orvane/vertex/VGeometry2DList.h"
 #include "orvane/vertex/VPoint2DList.h"
 #include "orvane/vertex/VPolyline2D.h"

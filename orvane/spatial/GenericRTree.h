@@ -1,0 +1,841 @@
+#pragma once
+// TRTree<T>: the R-tree that maps boxes to values (normally indices into a caller's list),
+// with single insertion, removal by value, a sort-tile-recursive bulk load, and box and point
+// queries under a tolerance.
+//
+// The tree's rules (which leaf takes a box, how a node splits, what removal leaves behind,
+// how the bulk load packs) are those of a node-object R-tree built on the generic tree
+// node; the storage is not. Nodes live in one flat array owned by the tree: every non-data
+// node has a slot of MaxChildCount + 2 entries, a head (its own box, child count and height)
+// followed by its children's boxes and ids, so a query reads a node from one run of memory
+// and allocates nothing.
+// TRTreeNode<T> is a read-only handle on one node, for hosts that draw or check the tree; a
+// handle is valid until the tree next changes.
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <span>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "orvane/foundation/Exception.h"
+#include "orvane/foundation/List.h"
+#include "orvane/foundation/Point2D.h"
+#include "orvane/foundation/Rect2D.h"
+#include "orvane/spatial/BulkMemory.h"
+
+namespace orvane {
+
+template <class T>
+class TRTree;
+
+// A node of a TRTree<T>: a data node (no children; the only kind that carries a value), a
+// leaf (its children are data nodes) or an inner node. Nil when default-made.
+template <class T>
+class TRTreeNode {
+ public:
+  TRTreeNode() = default;
+
+  bool IsNil() const { return FTree == nullptr; }
+  bool IsDataNode() const { return FIsData; }
+  bool IsLeaf() const { return !FIsData && Tree().Height(FId) == 0; }
+  bool IsRoot() const { return !FIsData && FId == Tree().FRoot; }
+  // The value's box for a data node; for the others a box that holds all children.
+  TRect2D GetBox() const {
+    const TRTree<T>& tree = Tree();
+    if (!FIsData) return tree.Head(FId).Box;
+    const auto& link = tree.FLinks[Index()];
+    return tree.Kids(link.Leaf)[link.Pos].Box;
+  }
+  TPoint2D GetCenter() const { return GetBox().CenterPoint(); }
+  // The value of a data node; EParamError for the other kinds, which carry none.
+  const T& GetData() const {
+    if (!FIsData) throw EParamError("[Error] TRTreeNode<T>.GetData: 参数错误");
+    return Tree().FValues[Index()];
+  }
+  int ChildCount() const { return FIsData ? 0 : Tree().Count(FId); }
+  TRTreeNode ChildNode(int AIndex) const {
+    if (AIndex < 0 || AIndex >= ChildCount()) internal::ListIndexError(AIndex);
+    const TRTree<T>& tree = Tree();
+    return TRTreeNode(&tree, tree.Kids(FId)[AIndex].Kid, tree.Height(FId) == 0);
+  }
+  // Nil at the root.
+  TRTreeNode GetParent() const {
+    const TRTree<T>& tree = Tree();
+    const std::int32_t parent = FIsData ? tree.FLinks[Index()].Leaf : tree.FBranches[Index()].Parent;
+    return parent < 0 ? TRTreeNode() : TRTreeNode(&tree, parent, false);
+  }
+
+  friend bool operator==(const TRTreeNode& A, const TRTreeNode& B) {
+    return A.FTree == B.FTree && A.FId == B.FId && A.FIsData == B.FIsData;
+  }
+
+ private:
+  friend class TRTree<T>;
+  TRTreeNode(const TRTree<T>* ATree, std::int32_t AId, bool AIsData) : FTree(ATree), FId(AId), FIsData(AIsData) {}
+  const TRTree<T>& Tree() const {
+    if (FTree == nullptr) throw EParamError("[Error] TRTreeNode<T>: 空节点");
+    return *FTree;
+  }
+  std::size_t Index() const { return static_cast<std::size_t>(FId); }
+
+  const TRTree<T>* FTree = nullptr;
+  std::int32_t FId = -1;
+  bool FIsData = false;
+};
+
+// Values are unique keys (std::hash<T> and == find them). A box that is not IsValid is
+// accepted and never found; a box with a NaN, or a valid box with an infinite coordinate, is
+// refused with EParamError and leaves the tree as it was.
+//
+// GetAllData and GetRandomData enumerate the values in insertion order: the order of Insert
+// calls, the list's order for a bulk load, with removed values left out.
+template <class T>
+class TRTree final {
+ public:
+  // An empty tree with fan-out limit MaxChildCount (the kernel gives 8). Limits from 3 to
+  // 4096 are taken. Inner nodes split on reaching the limit, so with 2 they would keep a
+  // single child and every insertion would add a level; above 4096 a node's slot would
+  // outweigh any gain. Others are refused with EParamError.
+  explicit TRTree(int MaxChildCount) : FMaxChildCount(MaxChildCount), FMinChildCount(MaxChildCount / 2) {
+    if (MaxChildCount < 3 || MaxChildCount > 4096) throw EParamError("[Error] TRTree<T>.Create: 参数错误");
+    FSlotSize = static_cast<std::size_t>(MaxChildCount) + 2;
+    FSplitOrder.reserve(FSlotSize);
+    FScratchOrder.reserve(FSlotSize);
+    FScratch.reserve(FSlotSize);
+  }
+  // Bulk load of Datas[i] with Rects[i]. More values than boxes fails the assertion
+  // "[Error] TRTree<T>.Initialize: 数据错误"; an empty list gives an empty tree.
+  TRTree(const TList<T>& Datas, const TList<TRect2D>& Rects, int MaxChildCount) : TRTree(MaxChildCount) {
+    Initialize(std::span<const T>(Datas.List()), std::span<const TRect2D>(Rects.List()));
+  }
+  TRTree(std::span<const T> Datas, std::span<const TRect2D> Rects, int MaxChildCount) : TRTree(MaxChildCount) {
+    Initialize(Datas, Rects);
+  }
+  TRTree(const TRTree&) = delete;
+  TRTree& operator=(const TRTree&) = delete;
+  ~TRTree() = default;
+
+  int GetMaxChildCount() const { return FMaxChildCount; }
+  // MaxChildCount / 2; kept for hosts that read it, no operation enforces it.
+  int GetMinChildCount() const { return FMinChildCount; }
+  int Count() const { return FCount; }
+  bool Contains(const T& Data) const { return Find(Data) >= 0; }
+  // Nil when the tree has no root.
+  TRTreeNode<T> GetRoot() const { return FRoot < 0 ? TRTreeNode<T>() : TRTreeNode<T>(this, FRoot, false); }
+  // The data node of a value; nil when the tree does not hold it.
+  TRTreeNode<T> DataNodeOf(const T& Data) const {
+    const std::int32_t id = Find(Data);
+    return id < 0 ? TRTreeNode<T>() : TRTreeNode<T>(this, id, true);
+  }
+
+  // Adds one value. A value the tree already holds is refused with ERTreeError
+  // "[Error] TRTree<T>.Insert: 数据重复" and the tree stays as it was.
+  void Insert(const T& Data, const TRect2D& Box) {
+    CheckBox(Box, "[Error] TRTree<T>.Insert: 参数错误");
+    if (Find(Data) >= 0) throw ERTreeError("[Error] TRTree<T>.Insert: 数据重复");
+    // Everything that can allocate happens before the structure changes: one value, and at
+    // most one new node per level plus a new root.
+    const std::size_t height = FRoot < 0 ? 0 : static_cast<std::size_t>(Height(FRoot)) + 1;
+    ReserveData(1);
+    ReserveBranches(height + 2);
+    const std::int32_t id = NewData(Data);
+    if (FRoot < 0) {
+      FRoot = NewBranch(0);
+      AddChild(FRoot, id, Box);
+      Register(id);
+      return;
+    }
+    std::int32_t leaf = ChooseInsertLeaf(Box);
+    std::int32_t node = leaf;
+    const TRect2D noBox = TRect2D::Invalid();
+    for (;;) {
+      if (Count(node) < FMaxChildCount) break;
+      const bool isRoot = node == FRoot;
+      if (node == leaf) {
+        leaf = Split(node, Box);
+      } else {
+        Split(node, noBox);
+      }
+      node = FBranches[At(node)].Parent;
+      if (isRoot) {
+        FRoot = node;
+        break;
+      }
+    }
+    AddChild(leaf, id, Box);
+    Register(id);
+  }
+
+  // Removes a value; an unknown value is ignored. Nodes left without children go with it;
+  // the boxes of the remaining ancestors are not shrunk.
+  void Remove(const T& Data) {
+    const std::int32_t id = Find(Data);
+    if (id < 0) return;
+    std::int32_t node = FLinks[At(id)].Leaf;
+    RemoveEntry(node, FLinks[At(id)].Pos);
+    while (Count(node) == 0) {
+      const std::int32_t parent = FBranches[At(node)].Parent;
+      const std::int32_t pos = FBranches[At(node)].Pos;
+      FreeBranch(node);
+      if (parent < 0) {
+        FRoot = -1;
+        break;
+      }
+      RemoveEntry(parent, pos);
+      node = parent;
+    }
+    Unregister(id);
+  }
+
+  // Frees all nodes and their memory.
+  void Clear() {
+    FRoot = -1;
+    FBranches = {};
+    FSlots = {};
+    FFreeBranches = {};
+    FValues = {};
+    FLinks = {};
+    FFreeData = {};
+    FHash = {};
+    FHashMask = 0;
+    FFirst = FLast = -1;
+    FCount = 0;
+  }
+
+  // The values whose boxes meet SearchRegion within Tol (TRect2D::RelationWithRect not 0),
+  // depth first in child order. An invalid region, or a NaN tolerance, meets nothing.
+  std::unique_ptr<TList<T>> Search(const TRect2D& SearchRegion, double Tol) const {
+    auto result = std::make_unique<TList<T>>();
+    Search(SearchRegion, *result, Tol);
+    return result;
+  }
+  // The same, appended to ResultList; no allocation beyond the list's own growth.
+  void Search(const TRect2D& SearchRegion, TList<T>& ResultList, double Tol) const {
+    VisitBox(SearchRegion, Tol, [&](const TEntry& hit) {
+      ResultList.Add(ValueOf(hit));
+      return true;
+    });
+  }
+  void Search(const TRect2D& SearchRegion, std::vector<T>& ResultList, double Tol) const {
+    VisitBox(SearchRegion, Tol, [&](const TEntry& hit) {
+      ResultList.push_back(ValueOf(hit));
+      return true;
+    });
+  }
+  // The values whose valid boxes, grown by Tol on every side, hold Pt (bounds included).
+  void Search(const TPoint2D& Pt, TList<T>& ResultList, double Tol) const {
+    VisitPoint(Pt, Tol, [&](const TEntry& hit) { ResultList.Add(ValueOf(hit)); });
+  }
+  void Search(const TPoint2D& Pt, std::vector<T>& ResultList, double Tol) const {
+    VisitPoint(Pt, Tol, [&](const TEntry& hit) { ResultList.push_back(ValueOf(hit)); });
+  }
+  // True when some box meets SearchRegion within 1e-6; stops at the first one.
+  bool MayIntersect(const TRect2D& SearchRegion) const {
+    bool found = false;
+    VisitBox(SearchRegion, 1e-6, [&](const TEntry&) {
+      found = true;
+      return false;
+    });
+    return found;
+  }
+
+  // All values in insertion order.
+  std::unique_ptr<TList<T>> GetAllData() const {
+    auto result = std::make_unique<TList<T>>();
+    result->SetCapacity(FCount);
+    for (std::int32_t id = FFirst; id >= 0; id = FLinks[At(id)].Next) result->Add(FValues[At(id)]);
+    return result;
+  }
+  // The earliest inserted value still held: any value, not a random draw.
+  T GetRandomData() const {
+    if (FFirst < 0) throw ERTreeError("[Error] TRTree<T>.GetRandomData: R树为空");
+    return FValues[At(FFirst)];
+  }
+
+ private:
+  friend class TRTreeNode<T>;
+
+  template <class V>
+  using TArray = std::vector<V, internal::TBulkAllocator<V>>;
+
+  // A child entry: the child's box and id. In a slot's head: the node's own box, its child
+  // count (Kid) and its height (Aux; 0 for a leaf, whose children are data nodes).
+  struct TEntry {
+    TRect2D Box;
+    std::int32_t Kid = 0;
+    std::int32_t Aux = 0;
+  };
+  // A small plain value is also kept in its leaf entry (in Aux), so that a query reports it
+  // without reading the value array.
+  static constexpr bool kInlineValue =
+      std::is_trivially_copyable_v<T> && sizeof(T) <= sizeof(std::int32_t) && std::is_default_constructible_v<T>;
+  T ValueOf(const TEntry& Hit) const {
+    if constexpr (kInlineValue) {
+      T value;
+      std::memcpy(&value, &Hit.Aux, sizeof(T));
+      return value;
+    } else {
+      return FValues[At(Hit.Kid)];
+    }
+  }
+  // Where a non-data node hangs; read by changes only, so kept apart from the slots.
+  struct TBranch {
+    std::int32_t Parent = -1;  // -1 at the root
+    std::int32_t Pos = 0;      // index among the parent's children
+  };
+  struct TLink {
+    std::int32_t Leaf = -1;  // -1 for a free id
+    std::int32_t Pos = 0;
+    std::int32_t Prev = -1;  // insertion order
+    std::int32_t Next = -1;
+  };
+
+  static std::size_t At(std::int32_t Id) { return static_cast<std::size_t>(Id); }
+  std::size_t Slot(std::int32_t Branch) const { return At(Branch) * FSlotSize; }
+  TEntry& Head(std::int32_t Branch) { return FSlots[Slot(Branch)]; }
+  const TEntry& Head(std::int32_t Branch) const { return FSlots[Slot(Branch)]; }
+  TEntry* Kids(std::int32_t Branch) { return FSlots.data() + Slot(Branch) + 1; }
+  const TEntry* Kids(std::int32_t Branch) const { return FSlots.data() + Slot(Branch) + 1; }
+  std::int32_t& Count(std::int32_t Branch) { return Head(Branch).Kid; }
+  std::int32_t Count(std::int32_t Branch) const { return Head(Branch).Kid; }
+  std::int32_t Height(std::int32_t Branch) const { return Head(Branch).Aux; }
+
+  static void CheckBox(const TRect2D& Box, const char* Message) {
+    const bool hasNaN = std::isnan(Box.XMin) || std::isnan(Box.YMin) || std::isnan(Box.XMax) || std::isnan(Box.YMax);
+    const bool finite =
+        std::isfinite(Box.XMin) && std::isfinite(Box.YMin) && std::isfinite(Box.XMax) && std::isfinite(Box.YMax);
+    if (hasNaN || (Box.IsValid() && !finite)) throw EParamError(Message);
+  }
+  // The same test as TRect2D::RelationWithRect(Region, Tol) != 0, in a form that a NaN
+  // tolerance fails.
+  // (The tests combine with & rather than &&: one unpredictable branch instead of six.)
+  static bool MeetsBox(const TRect2D& B, const TRect2D& R, double Tol) {
+    return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) & (R.XMin - B.XMax <= Tol) & (B.XMin - R.XMax <= Tol) &
+           (R.YMin - B.YMax <= Tol) & (B.YMin - R.YMax <= Tol);
+  }
+  static bool HoldsPoint(const TRect2D& B, double X, double Y, double Tol) {
+    return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) & (B.XMin - Tol <= X) & (X <= B.XMax + Tol) & (B.YMin - Tol <= Y) &
+           (Y <= B.YMax + Tol);
+  }
+  // The centre coordinate of a box along one axis; 0 where it has none (an invalid box made
+  // of infinities), so that sorting by it stays a strict order.
+  static double Centre(double Lo, double Hi) {
+    const double c = (Lo + Hi) * 0.5;
+    return std::isnan(c) ? 0.0 : c;
+  }
+  // Growth of Box's area if it took in Add.
+  static double Growth(const TRect2D& Box, const TRect2D& Add) {
+    return Box.ExtendedRect(Add).AreaAbs() - Box.AreaAbs();
+  }
+
+  // Depth-first walk in child order over the nodes that pass Meets; OnData(entry) for each
+  // data node that passes. OnData returns false to stop the walk.
+  template <class TMeets, class TOnData>
+  void Walk(const TMeets& Meets, const TOnData& OnData) const {
+    if (FRoot < 0 || !Meets(Head(FRoot).Box)) return;
+    // A walk holds at most SlotSize pending siblings per level, plus the node in hand.
+    const std::size_t need = (static_cast<std::size_t>(Height(FRoot)) + 1) * FSlotSize + 1;
+    constexpr std::size_t kLocal = 256;
+    std::int32_t local[kLocal];
+    std::vector<std::int32_t> heap;
+    std::int32_t* stack = local;
+    if (need > kLocal) {
+      heap.resize(need);
+      stack = heap.data();
+    }
+    std::size_t top = 0;
+    stack[top++] = FRoot;
+    while (top > 0) {
+      const std::int32_t node = stack[--top];
+      const TEntry& head = Head(node);
+      const TEntry* kids = &head + 1;
+      if (head.Aux == 0) {
+        for (std::int32_t i = 0; i < head.Kid; ++i) {
+          if (Meets(kids[i].Box) && !OnData(kids[i])) return;
+        }
+      } else {
+        // Pushed from the last child back, so the first child is walked first.
+        for (std::int32_t i = head.Kid - 1; i >= 0; --i) {
+          stack[top] = kids[i].Kid;
+          top += Meets(kids[i].Box) ? 1 : 0;
+        }
+      }
+    }
+  }
+  template <class TOnData>
+  void VisitBox(const TRect2D& Region, double Tol, const TOnData& OnData) const {
+    if (!Region.IsValid()) return;
+    Walk([&](const TRect2D& b) { return MeetsBox(b, Region, Tol); }, OnData);
+  }
+  template <class TOnData>
+  void VisitPoint(const TPoint2D& Pt, double Tol, const TOnData& OnData) const {
+    const double x = Pt.X;
+    const double y = Pt.Y;
+    Walk([&](const TRect2D& b) { return HoldsPoint(b, x, y, Tol); },
+         [&](const TEntry& hit) {
+           OnData(hit);
+           return true;
+         });
+  }
+
+  // ----- storage -----
+
+  template <class V>
+  static void Room(V& Items, std::size_t Extra) {
+    if (Items.size() + Extra > Items.capacity()) Items.reserve(std::max(Items.capacity() * 2, Items.size() + Extra));
+  }
+  void ReserveBranches(std::size_t Extra) {
+    if (FFreeBranches.size() >= Extra) return;
+    Room(FBranches, Extra);
+    FSlots.reserve(FBranches.capacity() * FSlotSize);
+    FFreeBranches.reserve(FBranches.capacity());
+  }
+  void ReserveData(std::size_t Extra) {
+    const std::size_t fresh = FFreeData.size() >= Extra ? 0 : Extra;
+    // Ids are 32-bit; half their range leaves the hash table room to double.
+    if (FLinks.size() + fresh > static_cast<std::size_t>(INT32_MAX / 2))
+      throw EParamError("[Error] TRTree<T>.Insert: 参数错误");
+    Room(FValues, fresh);
+    Room(FLinks, fresh);
+    FFreeData.reserve(FLinks.capacity());
+    ReserveHash(static_cast<std::size_t>(FCount) + Extra);
+  }
+  std::int32_t NewBranch(std::int32_t AHeight) {
+    std::int32_t id;
+    if (!FFreeBranches.empty()) {
+      id = FFreeBranches.back();
+      FFreeBranches.pop_back();
+    } else {
+      id = static_cast<std::int32_t>(FBranches.size());
+      FBranches.emplace_back();
+      FSlots.resize(FSlots.size() + FSlotSize);
+    }
+    FBranches[At(id)] = TBranch();
+    TEntry& head = Head(id);
+    head.Box = TRect2D::Invalid();
+    head.Kid = 0;
+    head.Aux = AHeight;
+    return id;
+  }
+  void FreeBranch(std::int32_t Id) {
+    Count(Id) = 0;
+    FFreeBranches.push_back(Id);
+  }
+  std::int32_t NewData(const T& Data) {
+    if (!FFreeData.empty()) {
+      const std::int32_t id = FFreeData.back();
+      FValues[At(id)] = Data;
+      FFreeData.pop_back();
+      return id;
+    }
+    FValues.push_back(Data);
+    FLinks.emplace_back();
+    return static_cast<std::int32_t>(FLinks.size() - 1);
+  }
+  // Enters a value into the dictionary and at the end of the insertion order.
+  void Register(std::int32_t Id) {
+    TLink& link = FLinks[At(Id)];
+    link.Prev = FLast;
+    link.Next = -1;
+    if (FLast >= 0) {
+      FLinks[At(FLast)].Next = Id;
+    } else {
+      FFirst = Id;
+    }
+    FLast = Id;
+    HashInsert(Id);
+    ++FCount;
+  }
+  void Unregister(std::int32_t Id) {
+    HashErase(Id);
+    TLink& link = FLinks[At(Id)];
+    if (link.Prev >= 0) {
+      FLinks[At(link.Prev)].Next = link.Next;
+    } else {
+      FFirst = link.Next;
+    }
+    if (link.Next >= 0) {
+      FLinks[At(link.Next)].Prev = link.Prev;
+    } else {
+      FLast = link.Prev;
+    }
+    link = TLink();
+    FFreeData.push_back(Id);
+    --FCount;
+  }
+
+  // Writes child Kid with Box at position Pos of Branch and points the child back at it.
+  void PutEntry(std::int32_t Branch, std::int32_t Pos, std::int32_t Kid, const TRect2D& Box) {
+    TEntry& entry = Kids(Branch)[Pos];
+    entry.Box = Box;
+    entry.Kid = Kid;
+    if (Height(Branch) == 0) {
+      if constexpr (kInlineValue) std::memcpy(&entry.Aux, &FValues[At(Kid)], sizeof(T));
+      FLinks[At(Kid)].Leaf = Branch;
+      FLinks[At(Kid)].Pos = Pos;
+    } else {
+      FBranches[At(Kid)].Parent = Branch;
+      FBranches[At(Kid)].Pos = Pos;
+    }
+  }
+  // Appends a child, then grows the boxes upward from it: each ancestor takes in the box
+  // of the node below it. The walk stops where a box already holds it, for every ancestor
+  // box holds its children's boxes.
+  void AddChild(std::int32_t Branch, std::int32_t Kid, const TRect2D& Box) {
+    PutEntry(Branch, Count(Branch), Kid, Box);
+    ++Count(Branch);
+    TRect2D below = Box;
+    for (std::int32_t node = Branch;;) {
+      TRect2D& box = Head(node).Box;
+      const TRect2D grown = box.ExtendedRect(below);
+      if (grown == box) return;
+      box = grown;
+      const TBranch& b = FBranches[At(node)];
+      if (b.Parent < 0) return;
+      Kids(b.Parent)[b.Pos].Box = grown;
+      below = grown;
+      node = b.Parent;
+    }
+  }
+  void SetBranchBox(std::int32_t Branch, const TRect2D& Box) {
+    Head(Branch).Box = Box;
+    const TBranch& b = FBranches[At(Branch)];
+    if (b.Parent >= 0) Kids(b.Parent)[b.Pos].Box = Box;
+  }
+  void RemoveEntry(std::int32_t Branch, std::int32_t Pos) {
+    const TEntry* kids = Kids(Branch);
+    for (std::int32_t i = Pos + 1; i < Count(Branch); ++i) PutEntry(Branch, i - 1, kids[i].Kid, kids[i].Box);
+    --Count(Branch);
+  }
+
+  // ----- insertion -----
+
+  std::int32_t ChooseInsertLeaf(const TRect2D& Box) const {
+    std::int32_t node = FRoot;
+    for (;;) {
+      const TEntry& head = Head(node);
+      // A node without children would be a data node, and nothing may hang below one.
+      Assert(head.Kid > 0, "[ERROR] TRTreeNode<T>.ChooseInsertLeaf: 数据节点中不能插入子节点。", "RTree");
+      if (head.Aux == 0) return node;
+      const TEntry* kids = &head + 1;
+      std::int32_t best = 0;
+      double bestGrowth = Growth(kids[0].Box, Box);
+      for (std::int32_t i = 1; i < head.Kid; ++i) {
+        const double g = Growth(kids[i].Box, Box);
+        if (g < bestGrowth) {
+          bestGrowth = g;
+          best = i;
+        }
+      }
+      node = kids[best].Kid;
+    }
+  }
+
+  // Orders the children of a node for a split into halves: by the X of their box centres,
+  // or by the Y when that gives the smaller sum of the two halves' box areas. Ties keep the
+  // child order.
+  void CalcGroup(std::int32_t Branch, std::vector<std::int32_t>& Order) {
+    const std::int32_t n = Count(Branch);
+    const TEntry* kids = Kids(Branch);
+    auto sumOfHalves = [&](const std::vector<std::int32_t>& order) {
+      TRect2D a = TRect2D::Invalid();
+      TRect2D b = TRect2D::Invalid();
+      for (std::int32_t k = 0; k < n; ++k) (k < n / 2 ? a : b).Extend(kids[order[At(k)]].Box);
+      return a.AreaAbs() + b.AreaAbs();
+    };
+    // Insertion sort: stable, in place, and quick for the few children of one node.
+    auto byCentre = [&](std::vector<std::int32_t>& order, bool alongX) {
+      auto key = [&](std::int32_t k) {
+        const TRect2D& b = kids[k].Box;
+        return alongX ? Centre(b.XMin, b.XMax) : Centre(b.YMin, b.YMax);
+      };
+      order.clear();
+      for (std::int32_t k = 0; k < n; ++k) {
+        const double kk = key(k);
+        std::size_t at = order.size();
+        order.push_back(k);
+        for (; at > 0 && key(order[at - 1]) > kk; --at) order[at] = order[at - 1];
+        order[at] = k;
+      }
+    };
+    byCentre(Order, true);
+    byCentre(FScratchOrder, false);
+    if (sumOfHalves(FScratchOrder) < sumOfHalves(Order)) Order.swap(FScratchOrder);
+  }
+
+  // Splits a node into two halves, hanging the new half beside it (under a new root when it
+  // had no parent), and gives the half that suits AddBox best: this node for an invalid
+  // AddBox, or when the new half would grow more.
+  std::int32_t Split(std::int32_t Branch, const TRect2D& AddBox) {
+    CalcGroup(Branch, FSplitOrder);
+    const std::int32_t n = Count(Branch);
+    FScratch.assign(Kids(Branch), Kids(Branch) + n);
+    const std::int32_t sibling = NewBranch(Height(Branch));
+    for (std::int32_t k = n / 2; k < n; ++k) {
+      const TEntry& from = FScratch[At(FSplitOrder[At(k)])];
+      AddChild(sibling, from.Kid, from.Box);
+    }
+    TRect2D kept = TRect2D::Invalid();
+    for (std::int32_t k = 0; k < n / 2; ++k) {
+      const TEntry& from = FScratch[At(FSplitOrder[At(k)])];
+      PutEntry(Branch, k, from.Kid, from.Box);
+      kept.Extend(from.Box);
+    }
+    Count(Branch) = n / 2;
+    SetBranchBox(Branch, kept);
+    const std::int32_t parent = FBranches[At(Branch)].Parent;
+    const TRect2D siblingBox = Head(sibling).Box;
+    if (parent < 0) {
+      const std::int32_t root = NewBranch(Height(Branch) + 1);
+      AddChild(root, Branch, kept);
+      AddChild(root, sibling, siblingBox);
+    } else {
+      AddChild(parent, sibling, siblingBox);
+    }
+    if (!AddBox.IsValid()) return Branch;
+    return Growth(siblingBox, AddBox) > Growth(kept, AddBox) ? Branch : sibling;
+  }
+
+  // ----- bulk load -----
+
+  // Packs the tree bottom-up: each level is sorted by the X of the box centres, cut into
+  // slices (see SliceSize) that are each sorted by Y, and grouped into runs of M under new
+  // nodes; the last group may be smaller, and a last remainder of at most M nodes keeps its
+  // X order. Equal centres keep their order (the list's order at the bottom).
+  void Initialize(std::span<const T> Datas, std::span<const TRect2D> Rects) {
+    Assert(Datas.size() <= Rects.size(), "[Error] TRTree<T>.Initialize: 数据错误", "RTree");
+    if (Datas.empty()) return;
+    if (Datas.size() == 1) {
+      Insert(Datas[0], Rects[0]);
+      return;
+    }
+    const std::size_t n = Datas.size();
+    for (std::size_t i = 0; i < n; ++i) CheckBox(Rects[i], "[Error] TRTree<T>.Initialize: 参数错误");
+    const std::size_t m = At(FMaxChildCount);
+    std::size_t branches = 0;
+    for (std::size_t level = n; level > 1; level = (level + m - 1) / m) branches += (level + m - 1) / m;
+    ReserveData(n);
+    ReserveBranches(branches);
+
+    // Ids are the list's positions, and so is the insertion order.
+    for (std::size_t i = 0; i < n; ++i) {
+      FValues.push_back(Datas[i]);
+      const auto id = static_cast<std::int32_t>(i);
+      FLinks.push_back({-1, 0, id - 1, i + 1 < n ? id + 1 : -1});
+    }
+    HashBuild(n);
+    FFirst = 0;
+    FLast = static_cast<std::int32_t>(n - 1);
+    FCount = static_cast<std::int32_t>(n);
+
+    TArray<TLevelItem> level(n);
+    for (std::size_t i = 0; i < n; ++i) level[i] = MakeItem(Rects[i], static_cast<std::int32_t>(i));
+    TArray<TLevelItem> scratch;
+    TArray<TLevelItem> next;
+    std::int32_t height = 0;
+    while (level.size() > 1) {
+      const std::size_t count = level.size();
+      SortByX(level, scratch);
+      // Slices by Y; equal centres keep their X order, which Seq records.
+      for (std::size_t k = 0; k < count; ++k) level[k].Seq = static_cast<std::int32_t>(k);
+      const std::size_t slice = SliceSize(count, m);
+      for (std::size_t s = 0; s + m < count; s += slice) {
+        std::sort(
+            level.begin() + static_cast<std::ptrdiff_t>(s),
+            level.begin() + static_cast<std::ptrdiff_t>(std::min(s + slice, count)),
+            [](const TLevelItem& a, const TLevelItem& b) { return a.CY < b.CY || (a.CY == b.CY && a.Seq < b.Seq); });
+      }
+      next.clear();
+      for (std::size_t g = 0; g < count; g += m) {
+        const std::int32_t branch = NewBranch(height);
+        const std::size_t end = std::min(g + m, count);
+        for (std::size_t k = g; k < end; ++k) {
+          const std::int32_t kid = level[k].Id;
+          if (height == 0) {
+            // The boxes and links of data nodes are read in sorted order, far apart in
+            // memory: ask for them a few groups ahead.
+            if (k + 4 * m < count) {
+              Prefetch(&Rects[At(level[k + 4 * m].Id)]);
+              Prefetch(&FLinks[At(level[k + 4 * m].Id)]);
+            }
+            AddChild(branch, kid, Rects[At(kid)]);
+          } else {
+            AddChild(branch, kid, Head(kid).Box);
+          }
+        }
+        next.push_back(MakeItem(Head(branch).Box, branch));
+      }
+      level.swap(next);
+      ++height;
+    }
+    FRoot = level[0].Id;
+  }
+
+  // A node of a level of the bulk load, with the centre of its box.
+  struct TLevelItem {
+    double CX;
+    double CY;
+    std::int32_t Id;
+    std::int32_t Seq;  // position in X order
+  };
+  static TLevelItem MakeItem(const TRect2D& Box, std::int32_t Id) {
+    return {Centre(Box.XMin, Box.XMax), Centre(Box.YMin, Box.YMax), Id, 0};
+  }
+  static void Prefetch([[maybe_unused]] const void* Address) {
+#if defined(__GNUC__)
+    __builtin_prefetch(Address);
+#endif
+  }
+  // Stable sort of a level by centre X: a radix sort on the bits of the doubles, 11 bits a
+  // pass, skipping passes in which all keys agree; small levels go to std::stable_sort.
+  static void SortByX(TArray<TLevelItem>& Level, TArray<TLevelItem>& Scratch) {
+    const std::size_t n = Level.size();
+    if (n < 4096) {
+      std::stable_sort(Level.begin(), Level.end(),
+                       [](const TLevelItem& a, const TLevelItem& b) { return a.CX < b.CX; });
+      return;
+    }
+    auto key = [](double x) {
+      const auto u = std::bit_cast<std::uint64_t>(x + 0.0);  // -0 sorts with +0
+      return (u >> 63) != 0 ? ~u : u | (std::uint64_t{1} << 63);
+    };
+    constexpr int kBits = 11;
+    constexpr int kPasses = (64 + kBits - 1) / kBits;
+    constexpr std::size_t kBuckets = std::size_t{1} << kBits;
+    std::vector<std::size_t> counts(kPasses * kBuckets, 0);
+    for (const TLevelItem& item : Level) {
+      const std::uint64_t k = key(item.CX);
+      for (int p = 0; p < kPasses; ++p) ++counts[At(p) * kBuckets + ((k >> (p * kBits)) & (kBuckets - 1))];
+    }
+    Scratch.resize(n);
+    for (int p = 0; p < kPasses; ++p) {
+      std::size_t* count = counts.data() + At(p) * kBuckets;
+      if (std::find(count, count + kBuckets, n) != count + kBuckets) continue;
+      std::size_t sum = 0;
+      for (std::size_t b = 0; b < kBuckets; ++b) {
+        const std::size_t c = count[b];
+        count[b] = sum;
+        sum += c;
+      }
+      for (const TLevelItem& item : Level) Scratch[count[(key(item.CX) >> (p * kBits)) & (kBuckets - 1)]++] = item;
+      Level.swap(Scratch);
+    }
+  }
+  // The run of a level that is sorted by Y and cut into groups: M * M nodes, or for a level
+  // of more than M^3 nodes ceil(sqrt(groups)) * M, so that a level is cut into about as
+  // many slices as each slice has groups. Fixed slices of M * M would make each group a
+  // sliver, 1/M of a slice wide and the whole level tall, once the level outgrows M^3.
+  static std::size_t SliceSize(std::size_t Count, std::size_t M) {
+    const std::size_t groups = (Count + M - 1) / M;
+    auto perSlice = static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(groups))));
+    return std::max(perSlice, M) * M;
+  }
+  // ----- dictionary of data nodes: open addressing over data ids, keyed by their values -----
+  // Each slot keeps 32 bits of its value's hash beside the id, so that probing compares
+  // values only on a hash match and removal finds home slots without reading values.
+
+  struct THashSlot {
+    std::uint32_t Hash = 0;
+    std::int32_t Id = -1;  // -1 for an empty slot
+  };
+
+  static std::uint32_t HashOf(const T& Data) {
+    std::uint64_t h = static_cast<std::uint64_t>(std::hash<T>{}(Data));
+    h ^= h >> 33;
+    h *= 0xff51afd7ed558ccdULL;
+    h ^= h >> 33;
+    return static_cast<std::uint32_t>(h);
+  }
+  std::size_t Home(std::uint32_t Hash) const { return Hash & FHashMask; }
+  std::int32_t Find(const T& Data) const {
+    if (FHash.empty()) return -1;
+    const std::uint32_t h = HashOf(Data);
+    for (std::size_t i = Home(h);; i = (i + 1) & FHashMask) {
+      const THashSlot& slot = FHash[i];
+      if (slot.Id < 0) return -1;
+      if (slot.Hash == h && FValues[At(slot.Id)] == Data) return slot.Id;
+    }
+  }
+  void ReserveHash(std::size_t Entries) {
+    if (Entries * 2 <= FHash.size()) return;
+    std::size_t size = 16;
+    while (size < Entries * 2) size *= 2;
+    TArray<THashSlot> old(size);
+    old.swap(FHash);
+    FHashMask = size - 1;
+    for (const THashSlot& slot : old) {
+      if (slot.Id >= 0) Place(slot);
+    }
+  }
+  void Place(const THashSlot& Slot) {
+    std::size_t i = Home(Slot.Hash);
+    while (FHash[i].Id >= 0) i = (i + 1) & FHashMask;
+    FHash[i] = Slot;
+  }
+  void HashInsert(std::int32_t Id) { Place({HashOf(FValues[At(Id)]), Id}); }
+  // Enters the values of ids 0 .. N - 1 into an empty table, visiting the table in the
+  // order of their home slots so that it is swept about once. A value met twice is refused.
+  void HashBuild(std::size_t N) {
+    TArray<std::uint32_t> hashes(N);
+    for (std::size_t i = 0; i < N; ++i) hashes[i] = HashOf(FValues[i]);
+    const int bits = std::countr_zero(FHash.size());
+    const int shift = std::max(bits - 16, 0);
+    std::vector<std::uint32_t> start((std::size_t{1} << (bits - shift)) + 1, 0);
+    for (const std::uint32_t h : hashes) ++start[(Home(h) >> shift) + 1];
+    for (std::size_t b = 1; b < start.size(); ++b) start[b] += start[b - 1];
+    TArray<std::int32_t> order(N);
+    for (std::size_t i = 0; i < N; ++i) order[start[Home(hashes[i]) >> shift]++] = static_cast<std::int32_t>(i);
+    for (const std::int32_t id : order) {
+      const std::uint32_t h = hashes[At(id)];
+      std::size_t i = Home(h);
+      for (; FHash[i].Id >= 0; i = (i + 1) & FHashMask) {
+        if (FHash[i].Hash == h && FValues[At(FHash[i].Id)] == FValues[At(id)])
+          throw ERTreeError("[Error] TRTree<T>.Initialize: 数据重复");
+      }
+      FHash[i] = {h, id};
+    }
+  }
+  // Removal by shifting back the entries of the probe run, so no tombstones build up.
+  void HashErase(std::int32_t Id) {
+    std::size_t i = Home(HashOf(FValues[At(Id)]));
+    while (FHash[i].Id != Id) i = (i + 1) & FHashMask;
+    for (std::size_t j = (i + 1) & FHashMask; FHash[j].Id >= 0; j = (j + 1) & FHashMask) {
+      const std::size_t home = Home(FHash[j].Hash);
+      const bool stays = i <= j ? (i < home && home <= j) : (i < home || home <= j);
+      if (stays) continue;
+      FHash[i] = FHash[j];
+      i = j;
+    }
+    FHash[i] = THashSlot();
+  }
+
+  int FMaxChildCount;
+  int FMinChildCount;
+  std::size_t FSlotSize = 0;
+  std::int32_t FRoot = -1;
+  TArray<TBranch> FBranches;
+  TArray<TEntry> FSlots;  // FSlotSize entries per branch: the head, then the children
+  TArray<std::int32_t> FFreeBranches;
+  TArray<T> FValues;  // by data id
+  TArray<TLink> FLinks;
+  TArray<std::int32_t> FFreeData;
+  TArray<THashSlot> FHash;
+  std::size_t FHashMask = 0;
+  std::int32_t FFirst = -1;
+  std::int32_t FLast = -1;
+  std::int32_t FCount = 0;
+  // Scratch of the split, kept to spare an allocation per split.
+  std::vector<std::int32_t> FSplitOrder;
+  std::vector<std::int32_t> FScratchOrder;
+  std::vector<TEntry> FScratch;
+};
+
+}  // namespace orvane

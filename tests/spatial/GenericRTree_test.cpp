@@ -1,0 +1,304 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "orvane/spatial/RTree.h"
+
+namespace orvane {
+namespace {
+
+using TTree = TRTree<int>;
+using TNode = TRTreeNode<int>;
+
+// Checks the structure through the read-only node handles: every non-data node has
+// children of one kind, all data nodes hang at one depth, every box holds its children's
+// boxes, nodes keep within the fan-out, and the data nodes are exactly the values held.
+void ExpectSound(const TTree& Tree) {
+  const TNode root = Tree.GetRoot();
+  if (root.IsNil()) {
+    ASSERT_EQ(Tree.Count(), 0);
+    return;
+  }
+  ASSERT_TRUE(root.IsRoot());
+  int dataDepth = -1;
+  int data = 0;
+  std::vector<std::pair<TNode, int>> stack{{root, 0}};
+  while (!stack.empty()) {
+    const auto [node, depth] = stack.back();
+    stack.pop_back();
+    if (node.IsDataNode()) {
+      if (dataDepth < 0) dataDepth = depth;
+      ASSERT_EQ(depth, dataDepth) << "data nodes at different levels";
+      ASSERT_EQ(Tree.DataNodeOf(node.GetData()), node);
+      ++data;
+      continue;
+    }
+    ASSERT_GE(node.ChildCount(), 1);
+    ASSERT_LE(node.ChildCount(), Tree.GetMaxChildCount());
+    ASSERT_EQ(node.IsLeaf(), node.ChildNode(0).IsDataNode());
+    const TRect2D box = node.GetBox();
+    for (int i = 0; i < node.ChildCount(); ++i) {
+      const TNode child = node.ChildNode(i);
+      ASSERT_EQ(child.IsDataNode(), node.IsLeaf());
+      ASSERT_EQ(child.GetParent(), node);
+      const TRect2D childBox = child.GetBox();
+      if (childBox.IsValid()) {
+        ASSERT_EQ(box.ExtendedRect(childBox), box) << "a box does not hold its child";
+      }
+      stack.emplace_back(child, depth + 1);
+    }
+  }
+  ASSERT_EQ(data, Tree.Count());
+}
+
+std::vector<int> Sorted(std::vector<int> Values) {
+  std::sort(Values.begin(), Values.end());
+  return Values;
+}
+
+// A model of the tree: values in insertion order with their boxes.
+struct TModel {
+  std::vector<std::pair<int, TRect2D>> Items;
+
+  std::vector<int> Meeting(const TRect2D& Region, double Tol) const {
+    std::vector<int> hits;
+    for (const auto& [value, box] : Items) {
+      if (box.RelationWithRect(Region, Tol) != 0) hits.push_back(value);
+    }
+    return Sorted(hits);
+  }
+  std::vector<int> Holding(const TPoint2D& Pt, double Tol) const {
+    std::vector<int> hits;
+    for (const auto& [value, box] : Items) {
+      if (box.IsValid() &&
+          !(box.XMin - Tol > Pt.X || Pt.X > box.XMax + Tol || box.YMin - Tol > Pt.Y || Pt.Y > box.YMax + Tol))
+        hits.push_back(value);
+    }
+    return Sorted(hits);
+  }
+};
+
+// Boxes on a half-unit grid, so that touching and reaching exactly to a tolerance is common;
+// some are points, some repeat, some are invalid.
+TRect2D RandomBox(std::mt19937& Rng) {
+  std::uniform_int_distribution<int> pos(0, 80);
+  std::uniform_int_distribution<int> size(0, 6);
+  std::uniform_int_distribution<int> kind(0, 19);
+  const int k = kind(Rng);
+  if (k == 0) return TRect2D::Invalid();
+  if (k == 1) return {4.0, 4.0, 6.0, 6.5};  // a repeated box
+  const double x = pos(Rng) * 0.5;
+  const double y = pos(Rng) * 0.5;
+  if (k == 2) return TRect2D(TPoint2D(x, y));
+  return {x, y, x + size(Rng) * 0.5, y + size(Rng) * 0.5};
+}
+
+void ExpectQueriesMatch(const TTree& Tree, const TModel& Model, std::mt19937& Rng) {
+  const double tols[] = {0.0, 1e-6, 0.5, 1.0};
+  TList<int> hits;
+  for (int q = 0; q < 12; ++q) {
+    const double tol = tols[q % 4];
+    const TRect2D region = RandomBox(Rng);
+    hits.Clear();
+    Tree.Search(region, hits, tol);
+    ASSERT_EQ(Sorted(hits.ToArray()), Model.Meeting(region, tol)) << "box query, tol " << tol;
+    ASSERT_EQ(Tree.MayIntersect(region), !Model.Meeting(region, 1e-6).empty());
+    const TPoint2D pt = region.IsValid() ? region.MaxPoint() : TPoint2D(3.0, 3.0);
+    hits.Clear();
+    Tree.Search(pt, hits, tol);
+    ASSERT_EQ(Sorted(hits.ToArray()), Model.Holding(pt, tol)) << "point query, tol " << tol;
+  }
+}
+
+TEST(GenericRTree, MatchesBruteForceThroughMixedChanges) {
+  for (const int fanOut : {3, 4, 8}) {
+    std::mt19937 rng(1234u + static_cast<unsigned>(fanOut));
+    auto tree = std::make_unique<TTree>(fanOut);
+    TModel model;
+    int next = 0;
+    for (int step = 0; step < 2500; ++step) {
+      const int op = std::uniform_int_distribution<int>(0, 99)(rng);
+      if (op < 60) {
+        const TRect2D box = RandomBox(rng);
+        tree->Insert(next, box);
+        model.Items.emplace_back(next++, box);
+      } else if (op < 97) {
+        // Removal of a held value, or now and then of one never held.
+        const int value =
+            model.Items.empty() || op > 93
+                ? -1
+                : model.Items[std::uniform_int_distribution<std::size_t>(0, model.Items.size() - 1)(rng)].first;
+        tree->Remove(value);
+        std::erase_if(model.Items, [&](const auto& item) { return item.first == value; });
+      } else {
+        // A fresh bulk load.
+        const int n = std::uniform_int_distribution<int>(0, 300)(rng);
+        TList<int> values;
+        TList<TRect2D> boxes;
+        model.Items.clear();
+        for (int i = 0; i < n; ++i) {
+          values.Add(next);
+          boxes.Add(RandomBox(rng));
+          model.Items.emplace_back(next++, boxes.Last());
+        }
+        tree = std::make_unique<TTree>(values, boxes, fanOut);
+      }
+      ASSERT_NO_FATAL_FAILURE(ExpectSound(*tree)) << "step " << step;
+      ASSERT_EQ(tree->Count(), static_cast<int>(model.Items.size()));
+      if (step % 10 == 0) {
+        std::vector<int> order;
+        for (const auto& item : model.Items) order.push_back(item.first);
+        ASSERT_EQ(tree->GetAllData()->ToArray(), order) << "insertion order";
+        if (!order.empty()) {
+          ASSERT_EQ(tree->GetRandomData(), order.front());
+        }
+        ASSERT_NO_FATAL_FAILURE(ExpectQueriesMatch(*tree, model, rng)) << "step " << step;
+      }
+    }
+  }
+}
+
+TEST(GenericRTree, SplitsAndPacksAsStated) {
+  // Four unit squares in two rows: the halves by Y cover far less than those by X, so the
+  // split of the full root goes by Y; the fifth box, far up, joins the upper half, which
+  // grows less.
+  TTree tree(4);
+  tree.Insert(0, {0, 0, 1, 1});
+  tree.Insert(1, {0, 10, 1, 11});
+  tree.Insert(2, {1, 0, 2, 1});
+  tree.Insert(3, {1, 10, 2, 11});
+  tree.Insert(4, {0, 20, 1, 21});
+  tree.Insert(5, {0.2, 0.2, 0.3, 0.3});  // least growth: the lower half
+  auto valuesOf = [](const TNode& leaf) {
+    std::vector<int> values;
+    for (int i = 0; i < leaf.ChildCount(); ++i) values.push_back(leaf.ChildNode(i).GetData());
+    return values;
+  };
+  const TNode root = tree.GetRoot();
+  ASSERT_EQ(root.ChildCount(), 2);
+  EXPECT_EQ(valuesOf(root.ChildNode(0)), (std::vector<int>{0, 2, 5}));
+  EXPECT_EQ(valuesOf(root.ChildNode(1)), (std::vector<int>{1, 3, 4}));
+  EXPECT_EQ(root.GetBox(), TRect2D(0, 0, 2, 21));
+
+  // Zero-area points on a line: both halves grow by nothing, and on that tie the new half
+  // takes the box.
+  TTree line(4);
+  for (int i = 0; i < 4; ++i) line.Insert(i, TRect2D(TPoint2D(i, 0)));
+  line.Insert(4, TRect2D(TPoint2D(10, 0)));
+  EXPECT_EQ(valuesOf(line.GetRoot().ChildNode(0)), (std::vector<int>{0, 1}));
+  EXPECT_EQ(valuesOf(line.GetRoot().ChildNode(1)), (std::vector<int>{2, 3, 4}));
+
+  // With M = 8 the ninth insertion splits the root leaf: a root above two leaves.
+  TTree nine(8);
+  for (int i = 0; i < 9; ++i) nine.Insert(i, {double(i), 0, i + 1.0, 1});
+  ASSERT_EQ(nine.GetRoot().ChildCount(), 2);
+  EXPECT_TRUE(nine.GetRoot().ChildNode(0).IsLeaf());
+  EXPECT_TRUE(nine.GetRoot().ChildNode(1).IsLeaf());
+
+  // Bulk loads: M + 1 values give a root with two children, M * M + 1 values three levels.
+  for (const int n : {9, 65}) {
+    TList<int> values;
+    TList<TRect2D> boxes;
+    for (int i = 0; i < n; ++i) {
+      values.Add(i);
+      boxes.Add({double(i % 7), double(i / 7), i % 7 + 0.5, i / 7 + 0.5});
+    }
+    const TTree packed(values, boxes, 8);
+    EXPECT_EQ(packed.GetRoot().ChildCount(), 2);
+    EXPECT_EQ(packed.GetRoot().ChildNode(0).IsLeaf(), n == 9);
+    if (n == 65) {
+      EXPECT_TRUE(packed.GetRoot().ChildNode(0).ChildNode(0).IsLeaf());
+    }
+    EXPECT_EQ(packed.GetAllData()->ToArray(), values.ToArray());
+  }
+}
+
+TEST(GenericRTree, EmptyTreesErrorsAndEdges) {
+  TTree tree(8);
+  TList<int> hits;
+  tree.Search(TRect2D(-1e300, -1e300, 1e300, 1e300), hits, 1.0);
+  EXPECT_EQ(hits.Count(), 0);
+  EXPECT_FALSE(tree.MayIntersect({0, 0, 1, 1}));
+  try {
+    (void)tree.GetRandomData();
+    FAIL() << "no exception";
+  } catch (const ERTreeError& e) {
+    EXPECT_STREQ(e.what(), "[Error] TRTree<T>.GetRandomData: R树为空");
+  }
+
+  // The only value goes and comes back.
+  tree.Insert(7, {0, 0, 1, 1});
+  tree.Remove(7);
+  EXPECT_TRUE(tree.GetRoot().IsNil());
+  EXPECT_EQ(tree.Count(), 0);
+  tree.Insert(7, {0, 0, 1, 1});
+  EXPECT_EQ(tree.Search(TRect2D(TPoint2D(1, 1)), 0.0)->ToArray(), std::vector<int>{7});
+
+  // Refused input leaves the tree as it was.
+  EXPECT_THROW(tree.Insert(7, {2, 2, 3, 3}), ERTreeError);
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const double inf = std::numeric_limits<double>::infinity();
+  EXPECT_THROW(tree.Insert(8, {0, nan, 1, 1}), EParamError);
+  EXPECT_THROW(tree.Insert(8, {0, 0, inf, 1}), EParamError);
+  EXPECT_THROW(TTree(2), EParamError);
+  EXPECT_EQ(tree.Count(), 1);
+  EXPECT_FALSE(tree.Contains(8));
+  EXPECT_FALSE(tree.MayIntersect({2, 2, 3, 3}));
+  hits.Clear();
+  tree.Search(TPoint2D(nan, 0.5), hits, 1.0);
+  tree.Search(TRect2D(0, 0, 1, 1), hits, nan);
+  EXPECT_EQ(hits.Count(), 0);
+  // An invalid box made of infinities is held, and never found.
+  tree.Insert(9, {inf, inf, -inf, -inf});
+  EXPECT_TRUE(tree.Contains(9));
+  EXPECT_EQ(tree.Search(TRect2D(-1e300, -1e300, 1e300, 1e300), 1.0)->ToArray(), std::vector<int>{7});
+
+  // More values than boxes fails the bulk load's assertion; duplicate values are refused.
+  TList<int> values{1, 2, 3};
+  TList<TRect2D> boxes{{0, 0, 1, 1}, {1, 1, 2, 2}};
+  try {
+    TTree bad(values, boxes, 8);
+    FAIL() << "no exception";
+  } catch (const EAssertionFailed& e) {
+    EXPECT_STREQ(e.what(), "[Error] TRTree<T>.Initialize: 数据错误");
+    EXPECT_EQ(e.Source, "RTree");
+  }
+  TList<int> twice{1, 1};
+  EXPECT_THROW(TTree(twice, boxes, 8), ERTreeError);
+  EXPECT_EQ(TTree(TList<int>(), TList<TRect2D>(), 8).Count(), 0);
+}
+
+TEST(GenericRTree, ValuesThatLiveOutsideTheEntries) {
+  // Strings are looked up through the value array rather than kept in the leaf entries.
+  std::mt19937 rng(5);
+  TList<std::string> names;
+  TList<TRect2D> boxes;
+  for (int i = 0; i < 200; ++i) {
+    names.Add("part-" + std::to_string(i));
+    boxes.Add(RandomBox(rng));
+  }
+  TRTree<std::string> tree(names, boxes, 5);
+  for (int i = 0; i < 200; i += 3) tree.Remove("part-" + std::to_string(i));
+  tree.Insert("extra", {10, 10, 11, 11});
+  const TRect2D region(8, 8, 12, 12);
+  std::vector<std::string> expected;
+  for (int i = 0; i < 200; ++i) {
+    if (i % 3 != 0 && boxes[i].RelationWithRect(region, 0.0) != 0) expected.push_back(names[i]);
+  }
+  expected.push_back("extra");
+  std::vector<std::string> found = tree.Search(region, 0.0)->ToArray();
+  std::sort(found.begin(), found.end());
+  std::sort(expected.begin(), expected.end());
+  EXPECT_EQ(found, expected);
+  EXPECT_EQ(tree.GetRandomData(), "part-1");
+  EXPECT_EQ(tree.GetAllData()->Last(), "extra");
+  EXPECT_THROW(tree.Insert("part-2", {0, 0, 1, 1}), ERTreeError);
+}
+
+}  // namespace
+}  // namespace orvane
