@@ -37,8 +37,12 @@ class TMChain : public TVPolyline2D {
   // Recomputes Left and Right from all vertices; both 0.0 without vertices.
   void ResetBound();
 
-  // True if this chain and Chain touch or cross (within 1e-6). Linear in the two vertex
-  // counts and free of allocation; neither chain changes.
+  // True if this chain and Chain touch or cross: one walk upward over the heights of both
+  // chains' vertices that compares, at each, the x that each chain covers there (a level
+  // run covers an interval). x within 1e-6 is a contact, a change of which chain lies left
+  // a crossing; heights within 1e-6 count as one. Chains that stay apart in x over the
+  // heights they share are answered before the walk. Linear in the two vertex counts, free
+  // of allocation; neither chain changes.
   bool IsOverlap(const TMChain& Chain) const;
   // The first and last vertex index that bracket Pt's height or match it (1e-6), or
   // (-1, -1) when the height is out of the chain's range.

@@ -298,21 +298,35 @@ bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
   const std::vector<TMChain*>& others = MPolygon.FItems;
   const std::size_t count = others.size();
   TMChain* const* b = others.data();
+  // The other polygon's extent, from its chains' own bounds as they stand now: a chain of
+  // this polygon that stays clear of it is clear of every chain there.
+  double left = MaxDouble, right = -MaxDouble, bottom = MaxDouble, top = -MaxDouble;
+  for (std::size_t k = 0; k < count; ++k) {
+    const TMChain* other = b[k];
+    if (other->FItems.empty()) continue;
+    left = std::min(left, other->FLeft);
+    right = std::max(right, other->FRight);
+    bottom = std::min(bottom, other->FItems.front().Y);
+    top = std::max(top, other->FItems.back().Y);
+  }
+  if (left > right) return false;
   for (const TMChain* a : FItems) {
-    const int na = a->Count();
-    if (na == 0) continue;
+    if (a->FItems.empty()) continue;
     const double aLeft = a->FLeft;
     const double aRight = a->FRight;
     const double aBottom = a->FItems.front().Y;
     const double aTop = a->FItems.back().Y;
+    if (aLeft - right > MonoTol || left - aRight > MonoTol || aBottom - top > MonoTol || bottom - aTop > MonoTol)
+      continue;
     for (std::size_t k = 0; k < count; ++k) {
       const TMChain* other = b[k];
       // Sorted by Left: no later chain reaches this one.
       if (other->FLeft - MonoTol > aRight) break;
       if (aLeft > other->FRight + MonoTol) continue;
       // IsOverlap's own first test, made here to spare the call.
-      const int nb = other->Count();
-      if (nb == 0 || other->FItems.front().Y - aTop > MonoTol || aBottom - other->FItems.back().Y > MonoTol) continue;
+      if (other->FItems.empty() || other->FItems.front().Y - aTop > MonoTol ||
+          aBottom - other->FItems.back().Y > MonoTol)
+        continue;
       if (a->IsOverlap(*other)) return true;
     }
   }

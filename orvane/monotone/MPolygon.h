@@ -56,8 +56,10 @@ class TMPolygon : public TVGeometry2DList<TMChain> {
   // chain over the half-open height interval from its bottom to its top. 0 without chains.
   std::uint8_t PointIsIn(const TPoint2D& Pt) const;
   // True if any chain of this polygon touches or crosses any chain of MPolygon (1e-6).
-  // Boundaries only: a polygon inside the other without contact gives false. Allocates
-  // nothing.
+  // Boundaries only: a polygon inside the other without contact gives false. Chains clear
+  // of the other polygon's extent are passed over, the scan of MPolygon's chains stops at
+  // the first that starts right of the chain at hand, and only chains whose boxes meet are
+  // walked. Allocates nothing.
   bool TestOverlap(const TMPolygon& MPolygon) const;
   // False for any argument.
   bool PolyIsIn(const TMPolygon* AMPoly) const;
