@@ -20,7 +20,6 @@
 #include <boost/geometry.hpp>
 #include <boost/geometry/geometries/point_xy.hpp>
 #include <boost/geometry/geometries/ring.hpp>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -117,14 +116,16 @@ TDynPoints2D Densified(const TDynPoints2D& Ring) {
   return out;
 }
 
-// A wavy star of N vertices about Center, simple by construction.
+// A smooth wavy star of N vertices about Center, simple by construction, turning in y a
+// few dozen times as real part outlines do.
 TDynPoints2D Star(std::mt19937_64& Rng, int N, const TPoint2D& Center, double R) {
   std::uniform_real_distribution<double> unit(0.0, 1.0);
   TDynPoints2D pts;
   const double phase = unit(Rng) * orvane::TwoPi;
+  const double lobes = 3.0 + std::floor(unit(Rng) * 6.0);
   for (int i = 0; i < N; ++i) {
-    const double a = (i + 0.5 * unit(Rng)) * orvane::TwoPi / N;
-    const double r = R * (1.0 + 0.2 * std::sin(5.0 * a + phase) + 0.05 * std::sin(37.0 * a) + 0.03 * unit(Rng));
+    const double a = (i + 0.3 * unit(Rng)) * orvane::TwoPi / N;
+    const double r = R * (1.0 + 0.2 * std::sin(lobes * a + phase) + 0.04 * std::sin(17.0 * a));
     pts.push_back(Center + TPoint2D(std::cos(a), std::sin(a)) * r);
   }
   pts.push_back(pts.front());

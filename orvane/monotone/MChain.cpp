@@ -71,7 +71,8 @@ namespace {
 // level run there. At such a height each chain covers an x interval: its level run, or the
 // point where its segment passes. Intervals that come within the tolerance are a contact;
 // otherwise one chain lies left of the other, and a chain that changes sides has crossed
-// the other between two stops. Vertices are read straight from the arrays.
+// the other between two stops. Where the chains stay apart in x over a whole stretch of
+// heights, the walk takes the stretch at once. Vertices are read straight from the arrays.
 class TOverlapWalk {
  public:
   TOverlapWalk(const TPoint2D* A, int NA, const TPoint2D* B, int NB) : a(A), na(NA), b(B), nb(NB) {}
@@ -91,7 +92,33 @@ class TOverlapWalk {
     int jEnd = RunEnd(b, nb, j);
     bool sided = false;
     bool side = false;  // true while A lies left of B
+    int tryFrom = 0;    // A's vertex from which a stretch may next be passed over whole
     while (i < na && j < nb) {
+      if (i >= tryFrom && i > 0 && j > 0) {
+        // The next stretch of heights, up to BlockSize vertices of A on: if the chains stay
+        // apart in x over all of it, every stop there finds the same side, so the walk
+        // takes it at once. Runs are passed over whole, so each chain keeps its own runs.
+        const double top = std::max(a[i].Y, a[std::min(i + BlockSize, na - 1)].Y);
+        int i2 = i;
+        while (i2 < na && a[i2].Y <= top) i2 = RunEnd(a, na, i2) + 1;
+        int j2 = j;
+        while (j2 < nb && b[j2].Y <= top) j2 = RunEnd(b, nb, j2) + 1;
+        double aLo, aHi, bLo, bHi;
+        Span(a, i - 1, std::min(i2, na - 1), aLo, aHi);
+        Span(b, j - 1, std::min(j2, nb - 1), bLo, bHi);
+        const bool left = bLo - aHi > MonoTol;
+        if (left || aLo - bHi > MonoTol) {
+          if (sided && left != side) return true;
+          side = left;
+          sided = true;
+          i = i2;
+          j = j2;
+          iEnd = RunEnd(a, na, i);
+          jEnd = RunEnd(b, nb, j);
+          continue;
+        }
+        tryFrom = i2;
+      }
       const double ya = a[i].Y;
       const double yb = b[j].Y;
       double aLo, aHi, bLo, bHi;
@@ -142,6 +169,8 @@ class TOverlapWalk {
   }
 
  private:
+  static constexpr int BlockSize = 8;
+
   // The x range of the vertices that the walk may read: from the one before First up to
   // the first one beyond the reach of a run that starts within the tolerance of Top. Every
   // x that the walk compares lies within it.

@@ -314,10 +314,12 @@ bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
     if (a->FItems.empty()) continue;
     const double aLeft = a->FLeft;
     const double aRight = a->FRight;
+    // This list is sorted by Left as well: no later chain reaches the other polygon.
+    if (aLeft - right > MonoTol) break;
+    if (left - aRight > MonoTol) continue;
     const double aBottom = a->FItems.front().Y;
     const double aTop = a->FItems.back().Y;
-    if (aLeft - right > MonoTol || left - aRight > MonoTol || aBottom - top > MonoTol || bottom - aTop > MonoTol)
-      continue;
+    if (aBottom - top > MonoTol || bottom - aTop > MonoTol) continue;
     for (std::size_t k = 0; k < count; ++k) {
       const TMChain* other = b[k];
       // Sorted by Left: no later chain reaches this one.

@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <initializer_list>
 #include <memory>
+#include <random>
 #include <vector>
+
+#include "MonotoneTestUtils.h"
 
 namespace orvane {
 namespace {
@@ -104,6 +108,43 @@ TEST(MChain, IsOverlapHandCases) {
   ExpectOverlap(point, up, true);
   ExpectOverlap(point, Chain({{1, 0}, {1, 2}}), false);
   ExpectOverlap(point, Chain({{0, 1}}), true);
+}
+
+// Long chains on whole numbers, climbing by 0 to 2 per vertex with level runs that keep
+// their direction, against the brute-force distance of their segments.
+TEST(MChain, IsOverlapAgreesWithBruteForceOnLongChains) {
+  std::mt19937 rng(29);
+  std::uniform_int_distribution<int> count(20, 60), rise(0, 2), step(-1, 1), start(0, 10);
+  auto make = [&](TMChain& Chain, TDynPoints2D& Pts, int Y) {
+    int x = start(rng);
+    int dir = 0;
+    for (int k = 0, n = count(rng); k < n; ++k) {
+      const int dy = k > 0 ? rise(rng) : 0;
+      int dx = step(rng);
+      if (dy == 0 && k > 0) dx = dir != 0 ? dir : (dx >= 0 ? 1 : -1);
+      dir = dy == 0 ? dx : 0;
+      x += dx;
+      Y += dy;
+      Pts.emplace_back(x, Y);
+      Chain.Add(Pts.back());
+    }
+  };
+  int contacts = 0;
+  for (int k = 0; k < 1500; ++k) {
+    TMChain a, b;
+    TDynPoints2D pa, pb;
+    make(a, pa, 0);
+    make(b, pb, 3 * rise(rng));
+    double d = MaxDouble;
+    for (std::size_t i = 0; i + 1 < pa.size(); ++i)
+      for (std::size_t j = 0; j + 1 < pb.size(); ++j)
+        d = std::min(d, testing::SegSegDist(pa[i], pa[i + 1], pb[j], pb[j + 1]));
+    contacts += d == 0.0 ? 1 : 0;
+    ASSERT_EQ(a.IsOverlap(b), d == 0.0) << k;
+    ASSERT_EQ(b.IsOverlap(a), d == 0.0) << k;
+  }
+  EXPECT_GT(contacts, 300);
+  EXPECT_LT(contacts, 1200);
 }
 
 TEST(MChain, GetRangeIdsByPt) {
