@@ -42,6 +42,11 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
     : TVGeometry2DList<TMChain>(AOwnsObjects), OriInf(AOriInf), FBoundBox(TRect2D::Invalid()) {
   const TDynPoints2D& p = Polyline.Points();
   const int n = static_cast<int>(p.size());
+  // A vertex without a place would break the order in y that everything here rests on.
+  for (int k = 0; k < n; ++k) {
+    if (!std::isfinite(p[static_cast<std::size_t>(k)].X) || !std::isfinite(p[static_cast<std::size_t>(k)].Y))
+      throw EParamError("[Error] TMPolygon.Create: vertex %d is not a finite point", k);
+  }
   if (n < 2) return;
 
   // The outline is walked once, from its last vertex; a closed polyline's vertex 0 is its

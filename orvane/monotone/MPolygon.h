@@ -32,8 +32,9 @@ class TMPolygon : public TVGeometry2DList<TMChain> {
   // an open polyline: its polygon holds its edges without the closing edge (so contacts on
   // that edge are not seen, and PointIsIn has no meaning). Add the first vertex at the end
   // first to get the outline.
-  // Fewer than two vertices give no chains. Chains made here are freed with the polygon
-  // also when it does not own its items.
+  // Fewer than two vertices give no chains. A vertex that is not finite raises EParamError
+  // "[Error] TMPolygon.Create: vertex <k> is not a finite point". Chains made here are freed
+  // with the polygon also when it does not own its items.
   TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObjects = true);
 
   std::unique_ptr<TVGeometry2DList<TMChain>> New(bool AOwnsObjects) const override;

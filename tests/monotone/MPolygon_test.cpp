@@ -121,6 +121,8 @@ TEST(MPolygon, SeamsAndDegenerateOutlines) {
   closed.push_back(open.front());
   EXPECT_TRUE(Make(closed)->TestOverlap(acrossLeft));
 
+  EXPECT_THROW(TMPolygon(TVPolyline2D{{0, 0}, {1, std::nan("")}, {0, 1}, {0, 0}}, nullptr), EParamError);
+
   // A polygon that does not own its items still frees the chains it made.
   const TMPolygon borrowed(TVPolyline2D(midEdge), nullptr, false);
   EXPECT_FALSE(borrowed.GetOwnsObjects());
