@@ -1,0 +1,76 @@
+#pragma once
+// TMChain: a run of an outline's vertices that climbs steadily in y, stored in ascending y
+// whichever way the outline travelled. Two chains are compared by one merge walk upward in
+// y that only remembers which chain lies to the left: a point of contact or a change of
+// sides means that the chains touch or cross. TMPolygon cuts an outline into such chains.
+//
+// All tests here use the fixed tolerance 1e-6.
+
+#include <memory>
+
+#include "orvane/foundation/List.h"
+#include "orvane/foundation/Point2D.h"
+#include "orvane/foundation/Rect2D.h"
+#include "orvane/vertex/VPolyline2D.h"
+
+namespace orvane {
+
+class TMPolygon;
+
+class TMChain : public TVPolyline2D {
+ public:
+  // No vertices, climbing along the outline, no successor.
+  TMChain() = default;
+
+  std::unique_ptr<TVPoint2DList> New() const override;
+  // New, every vertex added in order and Positive copied. Next stays nil: the polygon's own
+  // Clone relinks the ring.
+  std::unique_ptr<IVGeometry2D> Clone() const override;
+  // x from Left and Right, y from the first and last vertex, without a scan of the
+  // vertices. The invalid box when there are no vertices.
+  TRect2D BoundBox() const override;
+  // Moves the vertices and the x range alike. The other bulk changes (Rotate, Transform,
+  // Zoom, YMirror, RoundTo ...) keep neither the x range nor the order in y: call
+  // ResetBound after them, and rebuild the polygon.
+  void Translate(const TPoint2D& Vector) override;
+
+  // Recomputes Left and Right from all vertices; both 0.0 without vertices.
+  void ResetBound();
+
+  // True if this chain and Chain touch or cross: one walk upward over the heights of both
+  // chains' vertices that compares, at each, the x that each chain covers there (a level
+  // run covers an interval). x within 1e-6 is a contact, a change of which chain lies left
+  // a crossing; heights within 1e-6 count as one. Chains that stay apart in x over the
+  // heights they share are answered before the walk. Linear in the two vertex counts, free
+  // of allocation; neither chain changes.
+  bool IsOverlap(const TMChain& Chain) const;
+  // The first and last vertex index that bracket Pt's height or match it (1e-6), or
+  // (-1, -1) when the height is out of the chain's range.
+  TPair<int, int> GetRangeIdsByPt(const TPoint2D& Pt) const;
+
+  // The smallest and largest x of the vertices added so far; deleting a vertex narrows
+  // nothing until ResetBound.
+  double GetLeft() const { return FLeft; }
+  double GetRight() const { return FRight; }
+  // True if the run climbs along the outline's own direction of travel; false if it falls
+  // or runs level, in which case its vertices are stored reversed.
+  bool GetPositive() const { return FPositive; }
+  void SetPositive(bool Value) { FPositive = Value; }
+  // The chain that follows in the outline's order of travel; not owned.
+  TMChain* GetNext() const { return FNext; }
+  void SetNext(TMChain* Value) { FNext = Value; }
+
+ protected:
+  // Keeps Left and Right on every added vertex.
+  void Notify(const TPoint2D& Item, TCollectionNotification Action) override;
+
+ private:
+  friend class TMPolygon;
+
+  double FLeft = 0.0;
+  double FRight = 0.0;
+  bool FPositive = true;
+  TMChain* FNext = nullptr;
+};
+
+}  // namespace orvane

@@ -1,0 +1,356 @@
+#include "orvane/monotone/MPolygon.h"
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_map>
+#include <utility>
+
+#include "orvane/foundation/Exception.h"
+#include "orvane/foundation/MathUtils.h"
+
+namespace orvane {
+
+namespace {
+
+// CompareValue and FloatEquals at the chains' one tolerance, inlined for the queries.
+constexpr double MonoTol = 1e-6;
+inline bool MonoEq(double A, double B) { return std::fabs(A - B) <= MonoTol; }
+inline int MonoCmp(double A, double B) { return std::fabs(A - B) <= MonoTol ? 0 : (A < B ? -1 : 1); }
+
+// A step climbs when its end lies higher by more than the tolerance; a level step counts
+// with the falling ones.
+inline bool Climbs(const TPoint2D& From, const TPoint2D& To) { return MonoCmp(To.Y, From.Y) > 0; }
+
+bool IsWhollyLevel(const TMChain& Chain) {
+  const double y0 = Chain.First().Y;
+  for (const TPoint2D& p : Chain) {
+    if (!MonoEq(p.Y, y0)) return false;
+  }
+  return true;
+}
+
+// Appends the vertices of From to To, from index Skip on.
+void AppendChain(TMChain& To, const TMChain& From, int Skip) {
+  for (int k = Skip; k < From.Count(); ++k) To.Add(From[k]);
+}
+
+}  // namespace
+
+TMPolygon::TMPolygon(bool AOwnsObjects) : TVGeometry2DList<TMChain>(AOwnsObjects), FBoundBox(TRect2D::Invalid()) {}
+
+TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObjects)
+    : TVGeometry2DList<TMChain>(AOwnsObjects), OriInf(AOriInf), FBoundBox(TRect2D::Invalid()) {
+  const TDynPoints2D& p = Polyline.Points();
+  const int n = static_cast<int>(p.size());
+  // A vertex without a place would break the order in y that everything here rests on.
+  for (int k = 0; k < n; ++k) {
+    if (!std::isfinite(p[static_cast<std::size_t>(k)].X) || !std::isfinite(p[static_cast<std::size_t>(k)].Y))
+      throw EParamError("[Error] TMPolygon.Create: vertex %d is not a finite point", k);
+  }
+  if (n < 2) return;
+
+  // The outline is walked once, from its last vertex; a closed polyline's vertex 0 is its
+  // last vertex again and is skipped. A new chain starts at every change between climbing
+  // and falling, and neighbouring chains share the turning vertex.
+  const bool closed = Polyline.IsClosed(MonoTol);
+  const int start = closed ? 1 : 0;
+  std::vector<std::unique_ptr<TMChain>> chains;
+  auto newChain = [&](bool Positive) {
+    chains.push_back(std::make_unique<TMChain>());
+    chains.back()->FPositive = Positive;
+    return chains.back().get();
+  };
+  TMChain* newest = newChain(Climbs(p[n - 1], p[start]));
+  newest->Add(p[n - 1]);
+
+  if (n - start <= 2) {
+    // A single step.
+    newest->Add(p[start]);
+    newest->FNext = newest;
+  } else {
+    for (int k = start; k <= n - 2; ++k) {
+      newest->Add(p[k]);
+      const bool kind = Climbs(p[k], p[k + 1]);
+      if (kind != newest->FPositive) {
+        TMChain* next = newChain(kind);
+        newest->FNext = next;
+        newest = next;
+        newest->Add(p[k]);
+      }
+    }
+    if (closed) {
+      // Close the ring at the seam.
+      if (chains.size() == 1) {
+        newest->FNext = newest;
+        newest->Add(newest->First());
+      } else {
+        // A level first chain does not survive on its own: the newest chain takes it over.
+        bool levelTaken = false;
+        if (IsWhollyLevel(*chains.front())) {
+          newest->FNext = chains.front()->FNext;
+          AppendChain(*newest, *chains.front(), 0);
+          chains.erase(chains.begin());
+          levelTaken = true;
+        }
+        TMChain* first = chains.front().get();
+        if (chains.size() > 1 && newest->FPositive == first->FPositive) {
+          // The seam lies inside a run: the first chain joins the newest. After a level
+          // chain was taken over, the newest chain already ends at the first one's start.
+          newest->FNext = first->FNext;
+          AppendChain(*newest, *first, levelTaken ? 1 : 0);
+          chains.erase(chains.begin());
+        } else {
+          newest->FNext = first;
+          if (!newest->Last().Equals(first->First(), MonoTol)) newest->Add(first->First());
+        }
+      }
+    } else {
+      // An open polyline gets no closing edge: the first chain's head, which is the
+      // polyline's last vertex, moves to the end of the newest chain.
+      TMChain* first = chains.front().get();
+      newest->Add(first->First());
+      first->Delete(0);
+      first->ResetBound();
+      if (first->Count() == 1) chains.erase(chains.begin());
+      newest->FNext = chains.front().get();
+    }
+  }
+
+  // Every chain climbs in storage; the box is the union of the chains' boxes.
+  for (const std::unique_ptr<TMChain>& c : chains) {
+    if (!c->FPositive) c->Reverse();
+    if (c.get() == chains.front().get())
+      FBoundBox = c->BoundBox();
+    else
+      FBoundBox.Extend(c->BoundBox());
+  }
+
+  std::stable_sort(chains.begin(), chains.end(),
+                   [](const std::unique_ptr<TMChain>& A, const std::unique_ptr<TMChain>& B) {
+                     return Compare(A.get(), B.get()) < 0;
+                   });
+  SetCapacity(static_cast<int>(chains.size()));
+  if (GetOwnsObjects()) {
+    for (std::unique_ptr<TMChain>& c : chains) Add(std::move(c));
+  } else {
+    for (const std::unique_ptr<TMChain>& c : chains) Add(c.get());
+    FMadeChains = std::move(chains);
+  }
+}
+
+std::unique_ptr<TVGeometry2DList<TMChain>> TMPolygon::New(bool AOwnsObjects) const {
+  return std::make_unique<TMPolygon>(AOwnsObjects);
+}
+
+std::unique_ptr<IVGeometry2D> TMPolygon::Clone() const {
+  std::unique_ptr<IVGeometry2D> result = TVGeometry2DList<TMChain>::Clone();
+  auto* copy = dynamic_cast<TMPolygon*>(result.get());
+  Assert(copy != nullptr, "[Assert] TMPolygon.Clone: New did not make a polygon");
+  copy->FBoundBox = FBoundBox;
+  if (GetOwnsObjects()) {
+    // Each copy follows the image of its original's successor.
+    std::unordered_map<const TMChain*, TMChain*> image;
+    image.reserve(FItems.size());
+    for (std::size_t k = 0; k < FItems.size(); ++k) image.emplace(FItems[k], copy->FItems[k]);
+    for (std::size_t k = 0; k < FItems.size(); ++k) {
+      const auto found = image.find(FItems[k]->FNext);
+      copy->FItems[k]->FNext = found != image.end() ? found->second : nullptr;
+    }
+  }
+  return result;
+}
+
+int TMPolygon::Compare(TMChain* const& A, TMChain* const& B) {
+  const bool aEmpty = A->Count() == 0;
+  const bool bEmpty = B->Count() == 0;
+  if (aEmpty) return bEmpty ? 0 : -1;
+  if (bEmpty) return 1;
+  if (A->FLeft < B->FLeft) return -1;
+  if (A->FLeft > B->FLeft) return 1;
+  return MonoCmp(A->FItems.front().Y, B->FItems.front().Y);
+}
+
+template <class F>
+void TMPolygon::ForEachTravelVertex(F&& Visit, const char* Method) const {
+  const TMChain* first = First();
+  if (Count() == 1) {
+    for (const TPoint2D& v : first->FItems) Visit(v);
+    return;
+  }
+  CheckRing(Method);
+  auto travelStart = [](const TMChain* C) -> const TPoint2D& {
+    return C->FPositive ? C->FItems.front() : C->FItems.back();
+  };
+  auto travelEnd = [](const TMChain* C) -> const TPoint2D& {
+    return C->FPositive ? C->FItems.back() : C->FItems.front();
+  };
+
+  // A ring whose chains all meet is a closed outline and starts at the list's first chain.
+  // An open polyline has one seam where a chain does not start at its predecessor's end,
+  // and starts after it.
+  const TMChain* begin = first;
+  const TMChain* c = first;
+  do {
+    const TMChain* next = c->FNext;
+    if (!c->FItems.empty() && !next->FItems.empty() && !travelEnd(c).Equals(travelStart(next), MonoTol)) {
+      begin = next;
+      break;
+    }
+    c = next;
+  } while (c != first);
+
+  // Shared vertices appear once: a chain's end waits until the next chain's start is known.
+  bool pending = false;
+  TPoint2D last;
+  c = begin;
+  do {
+    const int n = c->Count();
+    if (n > 0) {
+      const TPoint2D* v = c->FItems.data();
+      if (pending && !last.Equals(travelStart(c), MonoTol)) Visit(last);
+      if (c->FPositive) {
+        for (int k = 0; k < n - 1; ++k) Visit(v[k]);
+      } else {
+        for (int k = n - 1; k > 0; --k) Visit(v[k]);
+      }
+      last = travelEnd(c);
+      pending = true;
+    }
+    c = c->FNext;
+  } while (c != begin);
+  if (pending) Visit(last);
+}
+
+void TMPolygon::CheckRing(const char* Method) const {
+  // Next must lead from the first chain through every chain of the list and back.
+  const TMChain* first = FItems.front();
+  const TMChain* c = first;
+  for (std::size_t k = 0; k < FItems.size(); ++k) {
+    c = c->FNext;
+    if (c == nullptr || (c == first && k + 1 < FItems.size())) {
+      throw EAssertionFailed(Format("[Assert] TMPolygon.%s: the ring of chains is broken", Method), "Orvane");
+    }
+  }
+  if (c != first)
+    throw EAssertionFailed(Format("[Assert] TMPolygon.%s: the ring of chains is broken", Method), "Orvane");
+}
+
+double TMPolygon::Area() const {
+  bool any = false;
+  TPoint2D first;
+  TPoint2D prev;
+  double sum = 0.0;
+  ForEachTravelVertex(
+      [&](const TPoint2D& v) {
+        if (!any) {
+          first = v;
+          any = true;
+        } else {
+          sum += prev.X * v.Y - v.X * prev.Y;
+        }
+        prev = v;
+      },
+      "Area");
+  if (any) sum += prev.X * first.Y - first.X * prev.Y;
+  return 0.5 * sum;
+}
+
+bool TMPolygon::IsClockwise() const { return Area() < 0.0; }
+
+std::uint8_t TMPolygon::PointIsIn(const TPoint2D& Pt) const {
+  bool inside = false;
+  for (const TMChain* chain : FItems) {
+    const int n = chain->Count();
+    if (n == 0) continue;
+    const TPoint2D* v = chain->FItems.data();
+    if (MonoCmp(Pt.Y, v[0].Y) < 0 || MonoCmp(Pt.Y, v[n - 1].Y) > 0) continue;
+    const TPair<int, int> range = chain->GetRangeIdsByPt(Pt);
+    int lo = range.Key;
+    int hi = range.Value;
+    if (lo == -1) {
+      // At the height of the chain's top, right of its last vertex: the search falls past
+      // the end, also when the top is a level stretch stored with falling x and the point
+      // lies on it. The top never counts for the ray, but it may hold the point.
+      if (MonoCmp(Pt.Y, v[n - 1].Y) != 0) continue;
+      hi = n - 1;
+      lo = hi;
+      while (lo > 0 && MonoCmp(v[lo - 1].Y, Pt.Y) == 0) --lo;
+    }
+    // -1 left of the chain, 0 on it, 1 right of it.
+    int place;
+    const double dy = v[hi].Y - v[lo].Y;
+    if (hi - lo == 1 && std::fabs(dy) >= MonoTol) {
+      const double x = v[lo].X + (Pt.Y - v[lo].Y) / dy * (v[hi].X - v[lo].X);
+      place = MonoCmp(Pt.X, x);
+    } else {
+      double xMin = v[lo].X;
+      double xMax = v[lo].X;
+      for (int k = lo + 1; k <= hi; ++k) {
+        xMin = std::min(xMin, v[k].X);
+        xMax = std::max(xMax, v[k].X);
+      }
+      place = MonoCmp(Pt.X, xMin) < 0 ? -1 : (MonoCmp(Pt.X, xMax) > 0 ? 1 : 0);
+    }
+    if (place == 0) return 2;
+    // The ray crosses this chain; its top is excluded, so that a ray through a shared
+    // vertex counts once and a level chain never counts.
+    if (place < 0 && MonoCmp(Pt.Y, v[n - 1].Y) != 0) inside = !inside;
+  }
+  return inside ? 1 : 0;
+}
+
+bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
+  const std::vector<TMChain*>& others = MPolygon.FItems;
+  const std::size_t count = others.size();
+  TMChain* const* b = others.data();
+  // The other polygon's extent, from its chains' own bounds as they stand now: a chain of
+  // this polygon that stays clear of it is clear of every chain there.
+  double left = MaxDouble, right = -MaxDouble, bottom = MaxDouble, top = -MaxDouble;
+  for (std::size_t k = 0; k < count; ++k) {
+    const TMChain* other = b[k];
+    if (other->FItems.empty()) continue;
+    left = std::min(left, other->FLeft);
+    right = std::max(right, other->FRight);
+    bottom = std::min(bottom, other->FItems.front().Y);
+    top = std::max(top, other->FItems.back().Y);
+  }
+  if (left > right) return false;
+  for (const TMChain* a : FItems) {
+    if (a->FItems.empty()) continue;
+    const double aLeft = a->FLeft;
+    const double aRight = a->FRight;
+    // This list is sorted by Left as well: no later chain reaches the other polygon.
+    if (aLeft - right > MonoTol) break;
+    if (left - aRight > MonoTol) continue;
+    const double aBottom = a->FItems.front().Y;
+    const double aTop = a->FItems.back().Y;
+    if (aBottom - top > MonoTol || bottom - aTop > MonoTol) continue;
+    for (std::size_t k = 0; k < count; ++k) {
+      const TMChain* other = b[k];
+      // Sorted by Left: no later chain reaches this one.
+      if (other->FLeft - MonoTol > aRight) break;
+      if (aLeft > other->FRight + MonoTol) continue;
+      // IsOverlap's own first test, made here to spare the call.
+      if (other->FItems.empty() || other->FItems.front().Y - aTop > MonoTol ||
+          aBottom - other->FItems.back().Y > MonoTol)
+        continue;
+      if (a->IsOverlap(*other)) return true;
+    }
+  }
+  return false;
+}
+
+bool TMPolygon::PolyIsIn(const TMPolygon* /*AMPoly*/) const { return false; }
+
+std::unique_ptr<TVPolyline2D> TMPolygon::ToVPolyline2D() const {
+  auto result = std::make_unique<TVPolyline2D>();
+  ForEachTravelVertex([&](const TPoint2D& v) { result->Add(v); }, "ToVPolyline2D");
+  return result;
+}
+
+void TMPolygon::Translate(const TPoint2D& Vector) {
+  TVGeometry2DList<TMChain>::Translate(Vector);
+  if (FBoundBox.IsValid()) FBoundBox = FBoundBox.Translate(Vector);
+}
+
+}  // namespace orvane

@@ -1,0 +1,101 @@
+#pragma once
+// TMPolygon: one outline held as y-monotone chains, cut once at every turn between climbing
+// and falling. A point test then looks only at the chains whose height holds the point and
+// finds the edge by binary search; an overlap test between two polygons skips chains by
+// their x ranges and walks the rest pairwise with TMChain::IsOverlap.
+//
+// The polygon keeps two orders of its chains: the list order, sorted by left edge, and the
+// ring through each chain's Next, in the outline's order of travel. All comparisons use the
+// tolerance 1e-6.
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "orvane/foundation/Point2D.h"
+#include "orvane/foundation/Rect2D.h"
+#include "orvane/monotone/MChain.h"
+#include "orvane/vertex/VGeometry2DList.h"
+#include "orvane/vertex/VPolyline2D.h"
+
+namespace orvane {
+
+class TMPolygonList;
+
+class TMPolygon : public TVGeometry2DList<TMChain> {
+ public:
+  // No chains; the box is the invalid one.
+  explicit TMPolygon(bool AOwnsObjects = true);
+  // Cuts Polyline, which stays the caller's, into chains. Closedness is read from the
+  // vertices, as everywhere in the kernel: only a polyline that repeats its first vertex at
+  // the end (1e-6) is a closed outline. A ring given without its closing vertex is taken as
+  // an open polyline: its polygon holds its edges without the closing edge (so contacts on
+  // that edge are not seen, and PointIsIn has no meaning). Add the first vertex at the end
+  // first to get the outline.
+  // Fewer than two vertices give no chains. A vertex that is not finite raises EParamError
+  // "[Error] TMPolygon.Create: vertex <k> is not a finite point". Chains made here are freed
+  // with the polygon also when it does not own its items.
+  TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObjects = true);
+
+  std::unique_ptr<TVGeometry2DList<TMChain>> New(bool AOwnsObjects) const override;
+  // The list's deep copy with the box, and the ring rebuilt on the copies. OriInf and Plug
+  // stay nil.
+  std::unique_ptr<IVGeometry2D> Clone() const override;
+  // The box taken at construction (or set by SetBoundBox), not a scan of the chains.
+  TRect2D BoundBox() const override { return FBoundBox; }
+  void SetBoundBox(const TRect2D& Rect) { FBoundBox = Rect; }
+  // Signed area of the outline in its order of travel, positive counter-clockwise.
+  // EListError without chains.
+  double Area() const override;
+  // True for an outline that travels clockwise: Area below 0, as for TVPolyline2D, so an
+  // outline without area is not clockwise. A corner test where a falling chain meets the
+  // next one would be cheaper, but real outlines have bottoms that are level within the
+  // tolerance, where the chains' stored first edges point along noise. EListError without
+  // chains.
+  bool IsClockwise() const;
+  // 0 outside, 1 inside, 2 on the boundary (1e-6), by a ray toward larger x counted per
+  // chain over the half-open height interval from its bottom to its top. 0 without chains.
+  std::uint8_t PointIsIn(const TPoint2D& Pt) const;
+  // True if any chain of this polygon touches or crosses any chain of MPolygon (1e-6).
+  // Boundaries only: a polygon inside the other without contact gives false. Chains clear
+  // of the other polygon's extent are passed over, the scan of MPolygon's chains stops at
+  // the first that starts right of the chain at hand, and only chains whose boxes meet are
+  // walked. Allocates nothing.
+  bool TestOverlap(const TMPolygon& MPolygon) const;
+  // False for any argument.
+  bool PolyIsIn(const TMPolygon* AMPoly) const;
+  // The outline back in its order of travel, from the list's first chain, owned by the
+  // caller; a closed outline comes back closed, with the same cycle of vertices. An open
+  // polyline comes back as it was. With a single chain, its vertices in stored order.
+  // EListError without chains.
+  std::unique_ptr<TVPolyline2D> ToVPolyline2D() const;
+  // Moves every chain and the box. The sort by left edge survives, since all chains move
+  // alike. The other bulk changes act on the chains only and keep neither the box nor the
+  // chains' order in y: rebuild the polygon after them.
+  void Translate(const TPoint2D& Vector) override;
+
+  // The list's order: an empty chain first, then by Left, then by the first vertex's y
+  // (1e-6). Left is compared exactly, so that Left never decreases along the list and
+  // TestOverlap may stop at the first chain that starts right of the one it tests; a
+  // tolerance there would let chains within 1e-6 of each other stand in either order.
+  static int Compare(TMChain* const& A, TMChain* const& B);
+
+  // Whatever the caller passed at construction; never read here.
+  void* OriInf = nullptr;
+  // The pile that TMPolygonList::Merge has put this polygon in; not owned.
+  TMPolygonList* Plug = nullptr;
+
+ private:
+  // Calls Visit on every vertex of the outline in order of travel, as ToVPolyline2D lists
+  // them; Method names the caller in the assertion on a broken ring.
+  template <class F>
+  void ForEachTravelVertex(F&& Visit, const char* Method) const;
+  // EAssertionFailed unless Next leads from the first chain through every chain and back.
+  void CheckRing(const char* Method) const;
+
+  TRect2D FBoundBox;
+  // The chains built by the polyline constructor of a polygon that does not own its items.
+  std::vector<std::unique_ptr<TMChain>> FMadeChains;
+};
+
+}  // namespace orvane

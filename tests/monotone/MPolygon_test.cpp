@@ -1,0 +1,305 @@
+#include "orvane/monotone/MPolygon.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <random>
+
+#include "MonotoneTestUtils.h"
+#include "orvane/foundation/Exception.h"
+#include "orvane/foundation/PointArray.h"
+#include "orvane/monotone/Monotone.h"
+
+namespace orvane {
+namespace {
+
+using testing::BoundaryDist;
+using testing::SameCycle;
+
+std::unique_ptr<TMPolygon> Make(const TDynPoints2D& Ring) {
+  return std::make_unique<TMPolygon>(TVPolyline2D(Ring), nullptr);
+}
+
+TDynPoints2D Outline(const TMPolygon& Poly) { return Poly.ToVPolyline2D()->ToTDynPoints2D(); }
+
+// The brute-force answer: some edge of one within 1e-6 of some edge of the other. Pairs
+// whose boundaries lie between 1e-9 and 1e-5 apart are left out (nullopt): there the walk
+// measures the tolerance along x, the reference across.
+std::optional<bool> Reference(const TDynPoints2D& A, const TDynPoints2D& B) {
+  const double d = BoundaryDist(A, B);
+  if (d <= 1e-9) return true;
+  if (d >= 1e-5) return false;
+  return std::nullopt;
+}
+
+TEST(MPolygon, RectangleFromLowerLeft) {
+  const TMPolygon poly(TVPolyline2D{{0, 0}, {4, 0}, {4, 2}, {0, 2}, {0, 0}}, nullptr);
+  // One climbing chain of two vertices and one falling chain holding both level edges.
+  ASSERT_EQ(poly.Count(), 2);
+  const TMChain& falling = *poly[0];
+  const TMChain& climbing = *poly[1];
+  EXPECT_TRUE(falling.IsEqualTo(TVPolyline2D{{4, 0}, {0, 0}, {0, 2}, {4, 2}}, 0.0));
+  EXPECT_FALSE(falling.GetPositive());
+  EXPECT_TRUE(climbing.IsEqualTo(TVPolyline2D{{4, 0}, {4, 2}}, 0.0));
+  EXPECT_EQ(falling.GetNext(), &climbing);
+  EXPECT_EQ(climbing.GetNext(), &falling);
+  EXPECT_EQ(poly.BoundBox(), TRect2D(0, 0, 4, 2));
+  EXPECT_DOUBLE_EQ(poly.Area(), 8.0);
+  EXPECT_FALSE(poly.IsClockwise());
+  EXPECT_TRUE(poly.ToVPolyline2D()->IsEqualTo(TVPolyline2D{{4, 2}, {0, 2}, {0, 0}, {4, 0}, {4, 2}}, 0.0));
+
+  EXPECT_EQ(poly.PointIsIn({2, 1}), 1);
+  for (const TPoint2D& on : {TPoint2D(2, 2), TPoint2D(2, 0), TPoint2D(0, 1), TPoint2D(4, 2), TPoint2D(0, 0)})
+    EXPECT_EQ(poly.PointIsIn(on), 2) << on.X << ", " << on.Y;
+  // Rays along the level edges, beside the corners: each chain's top is excluded.
+  for (const TPoint2D& out : {TPoint2D(5, 1), TPoint2D(-1, 0), TPoint2D(-1, 2), TPoint2D(2, 3)})
+    EXPECT_EQ(poly.PointIsIn(out), 0) << out.X << ", " << out.Y;
+
+  EXPECT_TRUE(poly.TestOverlap(poly));
+  EXPECT_FALSE(poly.PolyIsIn(&poly));
+
+  // A clone has its own ring; OriInf is not copied.
+  int tag = 0;
+  const TMPolygon tagged(TVPolyline2D{{0, 0}, {4, 0}, {4, 2}, {0, 0}}, &tag);
+  EXPECT_EQ(tagged.OriInf, &tag);
+  auto copy = tagged.CloneAs<TMPolygon>();
+  ASSERT_NE(copy, nullptr);
+  EXPECT_EQ(copy->OriInf, nullptr);
+  EXPECT_EQ(copy->BoundBox(), tagged.BoundBox());
+  for (TMChain* c : *copy) {
+    EXPECT_TRUE(copy->Contains(c->GetNext()));
+    EXPECT_FALSE(tagged.Contains(c));
+  }
+  EXPECT_TRUE(copy->ToVPolyline2D()->IsEqualTo(*tagged.ToVPolyline2D(), 0.0));
+}
+
+TEST(MPolygon, SeamsAndDegenerateOutlines) {
+  // The seam inside a climbing run: the first and newest chains merge.
+  const TDynPoints2D midEdge{{4, 1}, {4, 2}, {0, 2}, {0, 0}, {4, 0}, {4, 1}};
+  const TMPolygon merged{TVPolyline2D(midEdge), nullptr};
+  ASSERT_EQ(merged.Count(), 2);
+  EXPECT_TRUE(merged[1]->IsEqualTo(TVPolyline2D{{4, 0}, {4, 1}, {4, 2}}, 0.0));
+  EXPECT_TRUE(SameCycle(Outline(merged), midEdge));
+
+  // A level first step after a climb into the seam, then a climb again: the level chain
+  // and the next climbing chain both join the newest, the turning vertex once.
+  const TDynPoints2D steps{{0, 1}, {1, 1}, {1, 2}, {-1, 2}, {-1, 0}, {0, 0}, {0, 1}};
+  const TMPolygon stepped{TVPolyline2D(steps), nullptr};
+  EXPECT_EQ(stepped.Count(), 2);
+  EXPECT_TRUE(SameCycle(Outline(stepped), steps));
+  EXPECT_DOUBLE_EQ(stepped.Area(), PolyArea(steps));
+
+  // A back-and-forth line and a two-vertex polyline: one chain that is its own successor.
+  for (const TVPolyline2D& line : {TVPolyline2D{{0, 0}, {1, 1}, {0, 0}}, TVPolyline2D{{1, 1}, {0, 0}}}) {
+    const TMPolygon one(line, nullptr);
+    ASSERT_EQ(one.Count(), 1);
+    EXPECT_TRUE(one[0]->IsEqualTo(TVPolyline2D{{0, 0}, {1, 1}}, 0.0));
+    EXPECT_EQ(one[0]->GetNext(), one[0]);
+  }
+
+  // Too few vertices, or none: no chains, and the neutral answers.
+  for (const TVPolyline2D& few : {TVPolyline2D(), TVPolyline2D(TPoint2D(1, 1))}) {
+    const TMPolygon none(few, nullptr);
+    EXPECT_EQ(none.Count(), 0);
+    EXPECT_FALSE(none.BoundBox().IsValid());
+    EXPECT_EQ(none.PointIsIn({1, 1}), 0);
+    EXPECT_FALSE(none.TestOverlap(merged));
+    EXPECT_FALSE(merged.TestOverlap(none));
+    EXPECT_THROW(none.Area(), EListError);
+    EXPECT_THROW(none.ToVPolyline2D(), EListError);
+    EXPECT_THROW(none.IsClockwise(), EListError);
+  }
+
+  // A ring without its closing vertex is an open polyline: it comes back as it was, and the
+  // missing closing edge is not part of the boundary.
+  const TDynPoints2D open{{0, 0}, {4, 0}, {4, 4}, {0, 4}};
+  const TMPolygon openPoly{TVPolyline2D(open), nullptr};
+  EXPECT_EQ(openPoly.ToVPolyline2D()->ToTDynPoints2D(), open);
+  const TMPolygon acrossLeft(TVPolyline2D{{-1, 2}, {1, 2.5}, {-1, 3}, {-1, 2}}, nullptr);
+  EXPECT_FALSE(openPoly.TestOverlap(acrossLeft));
+  TDynPoints2D closed = open;
+  closed.push_back(open.front());
+  EXPECT_TRUE(Make(closed)->TestOverlap(acrossLeft));
+
+  EXPECT_THROW(TMPolygon(TVPolyline2D{{0, 0}, {1, std::nan("")}, {0, 1}, {0, 0}}, nullptr), EParamError);
+
+  // A polygon that does not own its items still frees the chains it made.
+  const TMPolygon borrowed(TVPolyline2D(midEdge), nullptr, false);
+  EXPECT_FALSE(borrowed.GetOwnsObjects());
+  EXPECT_TRUE(SameCycle(Outline(borrowed), midEdge));
+
+  // A broken ring is reported, not followed.
+  auto broken = Make(midEdge);
+  (*broken)[0]->SetNext(nullptr);
+  EXPECT_THROW(broken->Area(), EAssertionFailed);
+  (*broken)[0]->SetNext((*broken)[0]);
+  EXPECT_THROW(broken->ToVPolyline2D(), EAssertionFailed);
+}
+
+TEST(MPolygon, OutlineAreaAndOrientationRoundTrip) {
+  std::mt19937 rng(17);
+  std::vector<TDynPoints2D> rings;
+  for (int k = 0; k < 40; ++k) rings.push_back(testing::Star(rng, 3 + k * 2, {k * 1.0, -k * 0.5}, 1.0, 10.0));
+  for (int k = 0; k < 20; ++k) rings.push_back(testing::Histogram(rng, 1 + k, -3.0, 2.0));
+  // A U: its falling chains' highest vertices tie, and one of them ends on a concave bottom.
+  rings.push_back({{0, 0}, {3, 0}, {3, 3}, {2, 3}, {2, 1}, {1, 1}, {1, 3}, {0, 3}, {0, 0}});
+  for (const TDynPoints2D& ccw : rings) {
+    for (const TDynPoints2D& ring : {ccw, testing::Reversed(ccw)}) {
+      for (std::size_t s = 0; s + 1 < ring.size(); s += 3) {
+        const TDynPoints2D from = testing::Rotated(ring, s);
+        const TMPolygon poly{TVPolyline2D(from), nullptr};
+        ASSERT_TRUE(SameCycle(Outline(poly), from));
+        const double area = PolyArea(from);
+        EXPECT_NEAR(poly.Area(), area, 1e-12 * std::fabs(area) + 1e-12);
+        EXPECT_EQ(poly.IsClockwise(), area < 0.0);
+        // Left never decreases along the list, and the box is the outline's.
+        for (int c = 1; c < poly.Count(); ++c) EXPECT_LE(poly[c - 1]->GetLeft(), poly[c]->GetLeft());
+        EXPECT_EQ(poly.BoundBox(), CalcAABB(from));
+        EXPECT_TRUE(SameCycle(Outline(*poly.CloneAs<TMPolygon>()), from));
+      }
+    }
+  }
+}
+
+TEST(MPolygon, PointIsInAgreesWithEvenOdd) {
+  // An arch whose underside peaks in a level stretch: a falling chain tops out in it, stored
+  // with falling x, so that the binary search for a point on it may fall past the end.
+  const TDynPoints2D arch{{0, 0}, {2, 2}, {2.5, 2}, {3, 2}, {3.5, 2}, {4, 2}, {6, 0}, {6, 5}, {0, 5}, {0, 0}};
+  const TMPolygon archPoly{TVPolyline2D(arch), nullptr};
+  for (double x = 2.0; x <= 4.0; x += 0.25) EXPECT_EQ(archPoly.PointIsIn({x, 2}), 2) << x;
+  EXPECT_EQ(archPoly.PointIsIn({1, 2}), 1);
+  EXPECT_EQ(archPoly.PointIsIn({5, 2}), 1);
+  EXPECT_EQ(archPoly.PointIsIn({3, 1}), 0);
+
+  std::mt19937 rng(5);
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
+  for (int k = 0; k < 60; ++k) {
+    const TDynPoints2D ring = k % 3 == 2 ? testing::Histogram(rng, 2 + k / 3, 0.0, 0.0)
+                                         : testing::Star(rng, 4 + k, {0.0, 0.0}, 1.0 + k % 4, 12.0);
+    const auto poly = Make(k % 2 == 0 ? ring : testing::Reversed(ring));
+    const TRect2D box = CalcAABB(ring).InflatedRect(1.0, 1.0);
+    for (int q = 0; q < 300; ++q) {
+      TPoint2D pt(box.XMin + unit(rng) * box.Width(), box.YMin + unit(rng) * box.Height());
+      // Every fifth point on a vertex's height, where the rays graze corners.
+      if (q % 5 == 0) pt.Y = ring[static_cast<std::size_t>(q) % (ring.size() - 1)].Y;
+      if (testing::DistToRing(ring, pt) < 1e-5) continue;
+      ASSERT_EQ(poly->PointIsIn(pt), testing::EvenOddInside(ring, pt) ? 1 : 0) << k << ": " << pt.X << ", " << pt.Y;
+    }
+    for (std::size_t i = 0; i + 1 < ring.size(); ++i) {
+      EXPECT_EQ(poly->PointIsIn(ring[i]), 2);
+      EXPECT_EQ(poly->PointIsIn((ring[i] + ring[i + 1]) * 0.5), 2);
+    }
+  }
+}
+
+TEST(MPolygon, TestOverlapAgreesWithBruteForce) {
+  std::mt19937 rng(11);
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
+  int decided = 0, touching = 0;
+  auto check = [&](const TDynPoints2D& A, const TDynPoints2D& B, std::optional<bool> Want) {
+    const auto pa = Make(A);
+    const auto pb = Make(B);
+    const bool got = pa->TestOverlap(*pb);
+    EXPECT_EQ(got, pb->TestOverlap(*pa));
+    if (!Want) Want = Reference(A, B);
+    if (!Want) return;
+    ++decided;
+    touching += *Want ? 1 : 0;
+    EXPECT_EQ(got, *Want) << "pair " << decided;
+  };
+  for (int k = 0; k < 300; ++k) {
+    // Four corners or more keep the centre inside.
+    const TDynPoints2D a = testing::Star(rng, 4 + k % 40, {0.0, 0.0}, 1.0, 8.0);
+    const TDynPoints2D b = testing::Star(rng, 3 + (k * 7) % 40, {0.0, 0.0}, 1.0, 8.0);
+    const TPoint2D shift((unit(rng) - 0.5) * 30.0, (unit(rng) - 0.5) * 30.0);
+    const TDynPoints2D bMoved = testing::Moved(k % 2 == 0 ? b : testing::Reversed(b), shift);
+    check(a, bMoved, std::nullopt);
+    // Touching at one vertex only: A's rightmost vertex on B's leftmost one.
+    const TPoint2D right = a[static_cast<std::size_t>(TVPolyline2D(a).FindMostValueId(0, true))];
+    const TPoint2D left = b[static_cast<std::size_t>(TVPolyline2D(b).FindMostValueId(0, false))];
+    check(a, testing::Moved(b, right - left), true);
+    check(a, testing::Moved(b, right - left + TPoint2D(1e-4, 0.0)), false);
+    // Nested without contact.
+    TDynPoints2D inner = a;
+    for (TPoint2D& p : inner) p = p * 0.1;
+    check(a, inner, false);
+  }
+  // Histograms on whole numbers: side by side they share a collinear vertical edge; one on
+  // top of the other's highest bar shares a level edge.
+  for (int k = 0; k < 100; ++k) {
+    const TDynPoints2D a = testing::Histogram(rng, 1 + k % 9, 0.0, 0.0);
+    const TDynPoints2D b = testing::Histogram(rng, 1 + k % 5, 0.0, 0.0);
+    const double width = a[1].X;
+    double top = 0;
+    for (const TPoint2D& p : a) top = std::max(top, p.Y);
+    check(a, testing::Moved(b, {width, 0.0}), true);
+    check(a, testing::Moved(b, {width + 0.5, 0.0}), false);
+    check(a, testing::Moved(b, {-0.5, top}), std::nullopt);
+    check(a, testing::Moved(b, {-0.5, top + 0.5}), false);
+    check(testing::Reversed(a), testing::Moved(b, {std::floor(unit(rng) * width), std::floor(unit(rng) * 7.0)}),
+          std::nullopt);
+  }
+  // Corners where level edges meet end to end, each chain reaching its level run at another
+  // height: found by the grid search below, rare in it.
+  const std::vector<std::pair<TDynPoints2D, TDynPoints2D>> corners{
+      {{{3, 2}, {0, 1}, {1, 2}, {3, 2}}, {{7, 2}, {3, 3}, {3, 2}, {6, 2}, {7, 2}}},
+      {{{2, 2}, {4, 2}, {2, 4}, {1, 2}, {2, 2}}, {{0, 0}, {-1, 2}, {1, 2}, {1, 0}, {-1, -2}, {-3, -2}, {0, 0}}},
+      {{{0, 4}, {0, 2}, {2, 2}, {3, 2}, {0, 4}}, {{1, 1}, {-2, 0}, {-3, 3}, {-1, 2}, {1, 2}, {1, 1}}},
+      {{{0, 0}, {0, 3}, {0, 4}, {1, 1}, {2, 1}, {0, 0}}, {{2, 2}, {2, 1}, {3, 1}, {6, 1}, {2, 4}, {4, 2}, {2, 2}}},
+      {{{4, 4}, {4, 1}, {2, 1}, {1, 1}, {0, 1}, {2, 4}, {4, 4}}, {{3, -1}, {6, -2}, {7, 1}, {6, 1}, {3, 1}, {3, -1}}}};
+  for (const auto& [a, b] : corners) check(a, b, true);
+
+  // Small outlines on a coarse grid: corners on edges, collinear edges meeting end to end
+  // and level runs entered at different heights, all exact.
+  std::uniform_int_distribution<int> offset(-3, 3);
+  for (int k = 0; k < 20000; ++k) {
+    const TDynPoints2D a = testing::GridRing(rng, 3 + k % 6, 4);
+    const TDynPoints2D b = testing::GridRing(rng, 3 + k % 7, 4);
+    check(a, testing::Moved(b, TPoint2D(offset(rng), offset(rng))), std::nullopt);
+  }
+  EXPECT_GT(decided, 20000);
+  EXPECT_GT(touching, 8000);
+}
+
+TEST(MPolygon, TranslationFlipsWhereBruteForceDoes) {
+  std::mt19937 rng(23);
+  for (int k = 0; k < 12; ++k) {
+    // Whole-number outlines moved by halves: every contact is exact, none is near.
+    const TDynPoints2D a = testing::Histogram(rng, 3 + k, 0.0, 0.0);
+    TDynPoints2D b = testing::Histogram(rng, 2 + k % 4, -12.0, static_cast<double>(k % 5));
+    const auto pa = Make(a);
+    const auto pb = Make(testing::Reversed(b));
+    int flips = 0;
+    bool before = false;
+    for (int s = 0; s < 2 * (20 + k); ++s) {
+      const bool want = BoundaryDist(a, b) <= 1e-9;
+      const bool got = pb->TestOverlap(*pa);
+      ASSERT_EQ(got, want) << "outline " << k << ", step " << s;
+      ASSERT_EQ(pa->TestOverlap(*pb), want);
+      flips += got != before ? 1 : 0;
+      before = got;
+      pb->Translate({0.5, 0.0});
+      b = testing::Moved(b, {0.5, 0.0});
+      ASSERT_EQ(pb->BoundBox(), CalcAABB(b));
+    }
+    EXPECT_GE(flips, 2);
+  }
+  // Free-form outlines: Translate keeps the sort by left edge that the early exits rely on.
+  for (int k = 0; k < 20; ++k) {
+    const TDynPoints2D a = testing::Star(rng, 5 + 3 * k, {0.0, 0.0}, 2.0, 9.0);
+    TDynPoints2D b = testing::Star(rng, 40 - k, {-25.0, 0.3 * k}, 1.0, 6.0);
+    const auto pa = Make(a);
+    const auto pb = Make(b);
+    const TPoint2D step(0.173, 0.0);
+    for (int s = 0; s < 300; ++s) {
+      if (const std::optional<bool> want = Reference(a, b)) {
+        ASSERT_EQ(pa->TestOverlap(*pb), *want) << k << ", " << s;
+      }
+      pb->Translate(step);
+      b = testing::Moved(b, step);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orvane
