@@ -1,0 +1,190 @@
+#include "Report.h"
+
+#include <algorithm>
+#include <set>
+
+#include "orvane/foundation/Exception.h"
+#include "orvane/foundation/PointArray.h"
+
+namespace orvane::tool {
+
+namespace {
+
+std::string Ms(double Seconds) { return Format("%.2f ms", Seconds * 1e3); }
+
+std::string Indices(const std::vector<int>& Items, std::size_t Most) {
+  std::string text;
+  for (std::size_t k = 0; k < Items.size() && k < Most; ++k) text += Format("%s#%d", k ? " " : "", Items[k]);
+  if (Items.size() > Most) text += " ...";
+  return text;
+}
+
+}  // namespace
+
+void WriteTextReport(std::ostream& Out, const TCheckReport& R, const TCheckOptions& Options, double ParseSeconds) {
+  Out << "layout: " << R.Name << "\n";
+  Out << "parts: " << R.Parts << "\n";
+  Out << "candidate pairs: " << R.CandidatePairs << "\n";
+  Out << Format("pairs in contact: %d (within %g)\n", R.ContactPairs, Options.Tol);
+  Out << Format("overlapping pairs: %d above %g of the smaller part (%d with any common area, total %g)\n",
+                R.OverlapPairs, Options.MaxOverlap, R.PositiveOverlapPairs, R.OverlapAreaTotal);
+  Out << Format("parts inside another: %d%s%s\n", static_cast<int>(R.ContainedParts.size()),
+                R.ContainedParts.empty() ? "" : ": ", Indices(R.ContainedParts, 10));
+  if (R.HasContainer) {
+    Out << Format("parts outside the container: %d (largest protrusion %g)%s%s\n",
+                  static_cast<int>(R.OutsideParts.size()), R.MaxProtrusion, R.OutsideParts.empty() ? "" : ": ",
+                  Indices(R.OutsideParts, 10));
+  } else {
+    Out << "parts outside the container: no container given\n";
+  }
+  if (!R.Overlaps.empty()) {
+    Out << "largest overlaps:\n";
+    for (std::size_t k = 0; k < R.Overlaps.size() && k < 10; ++k) {
+      const TPairOverlap& ov = R.Overlaps[k];
+      Out << Format("  #%d x #%d: area %g, %.4g%% of the smaller part\n", ov.A, ov.B, ov.Area, ov.Relative * 100.0);
+    }
+  }
+  Out << "verdict: " << (R.Clean ? "clean" : "NOT clean") << "\n";
+  const TPhaseSeconds& s = R.Seconds;
+  Out << "time: parse " << Ms(ParseSeconds) << ", build " << Ms(s.Build) << ", candidates " << Ms(s.Candidates)
+      << ", contact " << Ms(s.Contact) << ", containment " << Ms(s.Containment) << ", overlap area "
+      << Ms(s.OverlapArea) << ", container " << Ms(s.Container) << "; check " << Ms(s.Total()) << "\n";
+}
+
+nlohmann::json ReportToJson(const TCheckReport& R, double ParseSeconds) {
+  using nlohmann::json;
+  json overlaps = json::array();
+  for (std::size_t k = 0; k < R.Overlaps.size() && k < 10; ++k) {
+    const TPairOverlap& ov = R.Overlaps[k];
+    overlaps.push_back({{"parts", {ov.A, ov.B}}, {"area", ov.Area}, {"relative_to_smaller_part", ov.Relative}});
+  }
+  const TPhaseSeconds& s = R.Seconds;
+  return {{"layout", R.Name},
+          {"parts", R.Parts},
+          {"candidate_pairs", R.CandidatePairs},
+          {"contact_pairs", R.ContactPairs},
+          {"overlap_pairs", R.OverlapPairs},
+          {"positive_overlap_pairs", R.PositiveOverlapPairs},
+          {"overlap_area_total", R.OverlapAreaTotal},
+          {"overlap_area_max", R.OverlapAreaMax},
+          {"overlap_max_relative_to_smaller_part", R.OverlapMaxRelative},
+          {"largest_overlaps", overlaps},
+          {"contained_parts", R.ContainedParts.size()},
+          {"contained_part_indices", R.ContainedParts},
+          {"outside_container", R.OutsideParts.size()},
+          {"outside_container_indices", R.OutsideParts},
+          {"max_protrusion_outside_container", R.MaxProtrusion},
+          {"clean", R.Clean},
+          {"seconds",
+           {{"parse", ParseSeconds},
+            {"build", s.Build},
+            {"candidates", s.Candidates},
+            {"contact", s.Contact},
+            {"containment", s.Containment},
+            {"overlap_area", s.OverlapArea},
+            {"container", s.Container},
+            {"check", s.Total()}}}};
+}
+
+namespace {
+
+// Text inside SVG elements: names and ids come from the input file.
+std::string XmlText(const std::string& Text) {
+  std::string out;
+  for (char c : Text) {
+    switch (c) {
+      case '&': out += "&amp;"; break;
+      case '<': out += "&lt;"; break;
+      case '>': out += "&gt;"; break;
+      case '"': out += "&quot;"; break;
+      default: out += c;
+    }
+  }
+  return out;
+}
+
+std::string SvgPath(const TDynPoints2D& Ring) {
+  std::string d;
+  for (std::size_t k = 0; k < Ring.size(); ++k) d += Format("%s%.6g %.6g ", k ? "L" : "M", Ring[k].X, Ring[k].Y);
+  return d + "Z";
+}
+
+std::string SvgPath(const TLayoutPart& Part) {
+  std::string d = SvgPath(Part.Outer);
+  for (const TDynPoints2D& hole : Part.Holes) d += " " + SvgPath(hole);
+  return d;
+}
+
+}  // namespace
+
+void WriteSvg(std::ostream& Out, const TLayout& Layout, const TCheckReport& R) {
+  TRect2D box = CalcAABB(Layout.Container);
+  for (const TLayoutPart& p : Layout.Parts) box.Extend(CalcAABB(p.Outer));
+  if (!box.IsValid()) box = TRect2D(0, 0, 1, 1);
+  const double w = std::max(box.Width(), 1e-9);
+  const double h = std::max(box.Height(), 1e-9);
+  const double margin = 0.02 * std::max(w, h);
+  const double stroke = 0.0015 * std::max(w, h);
+  const double legend = 0.08 * std::max(w, h);  // room under the drawing for the legend
+  const double vx = box.XMin - margin;
+  const double vy = -box.YMax - margin;
+  const double vw = w + 2 * margin;
+  const double vh = h + 2 * margin + legend;
+
+  std::set<int> touching;
+  for (const auto& [a, b] : R.Contacts) {
+    touching.insert(a);
+    touching.insert(b);
+  }
+  std::set<int> flagged(R.ContainedParts.begin(), R.ContainedParts.end());
+  for (const TPairOverlap& ov : R.Overlaps) {
+    flagged.insert(ov.A);
+    flagged.insert(ov.B);
+  }
+
+  Out << Format(
+      "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"%.6g %.6g %.6g %.6g\" width=\"1200\" height=\"%d\">\n", vx,
+      vy, vw, vh, static_cast<int>(1200.0 * vh / vw));
+  Out << Format("<rect x=\"%.6g\" y=\"%.6g\" width=\"%.6g\" height=\"%.6g\" fill=\"white\"/>\n", vx, vy, vw, vh);
+  // Drawing y points up; SVG's points down.
+  Out << "<g transform=\"scale(1,-1)\" stroke-linejoin=\"round\">\n";
+  if (!Layout.Container.empty()) {
+    Out << Format("<path d=\"%s\" fill=\"#f4f4f4\" stroke=\"#333\" stroke-width=\"%.6g\"/>\n",
+                  SvgPath(Layout.Container), stroke);
+  }
+  for (std::size_t i = 0; i < Layout.Parts.size(); ++i) {
+    const int idx = static_cast<int>(i);
+    const bool outside = std::find(R.OutsideParts.begin(), R.OutsideParts.end(), idx) != R.OutsideParts.end();
+    const char* fill = flagged.count(idx) ? "#f6c6c6" : (outside ? "#f3d9a4" : "#a9c8e8");
+    const char* line = touching.count(idx) ? "#e08a00" : "#3a5f85";
+    const double width = touching.count(idx) ? 2.5 * stroke : stroke;
+    Out << Format(
+        "<path d=\"%s\" fill=\"%s\" fill-rule=\"evenodd\" stroke=\"%s\" stroke-width=\"%.6g\"><title>part #%d "
+        "(%s)</title></path>\n",
+        SvgPath(Layout.Parts[i]), fill, line, width, idx, XmlText(Layout.Parts[i].Id));
+  }
+  for (const TPairOverlap& ov : R.Overlaps) {
+    std::string d;
+    for (const TDynPoints2D& ring : ov.Region) d += SvgPath(ring) + " ";
+    Out << Format(
+        "<path d=\"%s\" fill=\"#e00000\" fill-rule=\"evenodd\" stroke=\"#e00000\" stroke-width=\"%.6g\"><title>#%d x "
+        "#%d: area %g</title></path>\n",
+        d, stroke, ov.A, ov.B, ov.Area);
+  }
+  Out << "</g>\n";
+  const double fs = legend * 0.3;
+  const double ly = -box.YMin + margin + fs * 1.2;
+  Out << Format("<text x=\"%.6g\" y=\"%.6g\" font-family=\"sans-serif\" font-size=\"%.6g\" fill=\"#222\">", vx + margin,
+                ly, fs)
+      << Format(
+             "%s: %d parts, %d in contact (orange), %d overlapping (red), %d inside another, %d outside the container",
+             XmlText(R.Name), R.Parts, R.ContactPairs, R.OverlapPairs, static_cast<int>(R.ContainedParts.size()),
+             static_cast<int>(R.OutsideParts.size()))
+      << "</text>\n";
+  Out << Format(
+      "<text x=\"%.6g\" y=\"%.6g\" font-family=\"sans-serif\" font-size=\"%.6g\" fill=\"%s\">verdict: %s</text>\n",
+      vx + margin, ly + fs * 1.3, fs, R.Clean ? "#1a7f1a" : "#c00000", R.Clean ? "clean" : "NOT clean");
+  Out << "</svg>\n";
+}
+
+}  // namespace orvane::tool
