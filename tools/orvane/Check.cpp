@@ -231,12 +231,13 @@ TCheckReport CheckLayout(const TLayout& Layout, const TCheckOptions& Options, co
   }
   std::stable_sort(report.Overlaps.begin(), report.Overlaps.end(),
                    [](const TPairOverlap& x, const TPairOverlap& y) { return x.Area > y.Area; });
-  for (const TPairOverlap& ov : report.Overlaps) {
+  for (TPairOverlap& ov : report.Overlaps) {
+    ov.AboveLimit = ov.Relative > Options.MaxOverlap;
     ++report.PositiveOverlapPairs;
     report.OverlapAreaTotal += ov.Area;
     report.OverlapAreaMax = std::max(report.OverlapAreaMax, ov.Area);
     report.OverlapMaxRelative = std::max(report.OverlapMaxRelative, ov.Relative);
-    if (ov.Relative > Options.MaxOverlap) ++report.OverlapPairs;
+    if (ov.AboveLimit) ++report.OverlapPairs;
   }
   for (int i = 0; i < n; ++i) {
     if (contained[static_cast<std::size_t>(i)]) report.ContainedParts.push_back(i);

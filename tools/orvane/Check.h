@@ -23,6 +23,7 @@ struct TPairOverlap {
   int B = 0;
   double Area = 0.0;
   double Relative = 0.0;             // Area / area of the smaller of the two parts
+  bool AboveLimit = false;           // Relative exceeds the allowed overlap
   std::vector<TDynPoints2D> Region;  // the common region, for the picture
 };
 

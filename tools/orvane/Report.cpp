@@ -118,14 +118,21 @@ std::string SvgPath(const TLayoutPart& Part) {
 }  // namespace
 
 void WriteSvg(std::ostream& Out, const TLayout& Layout, const TCheckReport& R) {
-  TRect2D box = CalcAABB(Layout.Container);
-  for (const TLayoutPart& p : Layout.Parts) box.Extend(CalcAABB(p.Outer));
+  TRect2D parts = TRect2D::Invalid();
+  for (const TLayoutPart& p : Layout.Parts) parts.Extend(CalcAABB(p.Outer));
+  TRect2D box = parts.ExtendedRect(CalcAABB(Layout.Container));
+  // A strip whose length is open (a wide board) would dwarf the parts: show the used length.
+  if (parts.IsValid() && box.Width() > 3.0 * parts.Width()) {
+    box.XMin = parts.XMin;
+    box.XMax = parts.XMax;
+  }
   if (!box.IsValid()) box = TRect2D(0, 0, 1, 1);
   const double w = std::max(box.Width(), 1e-9);
   const double h = std::max(box.Height(), 1e-9);
   const double margin = 0.02 * std::max(w, h);
   const double stroke = 0.0015 * std::max(w, h);
-  const double legend = 0.08 * std::max(w, h);  // room under the drawing for the legend
+  const double fs = 0.022 * w;     // legend text size: four lines of up to ~60 characters
+  const double legend = 5.6 * fs;  // room under the drawing for the legend
   const double vx = box.XMin - margin;
   const double vy = -box.YMax - margin;
   const double vw = w + 2 * margin;
@@ -138,6 +145,7 @@ void WriteSvg(std::ostream& Out, const TLayout& Layout, const TCheckReport& R) {
   }
   std::set<int> flagged(R.ContainedParts.begin(), R.ContainedParts.end());
   for (const TPairOverlap& ov : R.Overlaps) {
+    if (!ov.AboveLimit) continue;
     flagged.insert(ov.A);
     flagged.insert(ov.B);
   }
@@ -172,18 +180,19 @@ void WriteSvg(std::ostream& Out, const TLayout& Layout, const TCheckReport& R) {
         d, stroke, ov.A, ov.B, ov.Area);
   }
   Out << "</g>\n";
-  const double fs = legend * 0.3;
-  const double ly = -box.YMin + margin + fs * 1.2;
-  Out << Format("<text x=\"%.6g\" y=\"%.6g\" font-family=\"sans-serif\" font-size=\"%.6g\" fill=\"#222\">", vx + margin,
-                ly, fs)
-      << Format(
-             "%s: %d parts, %d in contact (orange), %d overlapping (red), %d inside another, %d outside the container",
-             XmlText(R.Name), R.Parts, R.ContactPairs, R.OverlapPairs, static_cast<int>(R.ContainedParts.size()),
-             static_cast<int>(R.OutsideParts.size()))
-      << "</text>\n";
-  Out << Format(
-      "<text x=\"%.6g\" y=\"%.6g\" font-family=\"sans-serif\" font-size=\"%.6g\" fill=\"%s\">verdict: %s</text>\n",
-      vx + margin, ly + fs * 1.3, fs, R.Clean ? "#1a7f1a" : "#c00000", R.Clean ? "clean" : "NOT clean");
+  const double lx = vx + margin;
+  double ly = -box.YMin + margin + fs * 1.2;
+  auto line = [&](const std::string& Text, const char* Colour) {
+    Out << Format("<text x=\"%.6g\" y=\"%.6g\" font-family=\"sans-serif\" font-size=\"%.6g\" fill=\"%s\">%s</text>\n",
+                  lx, ly, fs, Colour, XmlText(Text));
+    ly += fs * 1.3;
+  };
+  line(Format("%s: %d parts, %d candidate pairs", R.Name, R.Parts, R.CandidatePairs), "#222");
+  line(Format("%d pairs in contact (orange), %d overlapping (red)", R.ContactPairs, R.OverlapPairs), "#222");
+  line(Format("%d inside another, %d outside the container", static_cast<int>(R.ContainedParts.size()),
+              static_cast<int>(R.OutsideParts.size())),
+       "#222");
+  line(R.Clean ? "verdict: clean" : "verdict: NOT clean", R.Clean ? "#1a7f1a" : "#c00000");
   Out << "</svg>\n";
 }
 
