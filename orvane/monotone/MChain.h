@@ -67,6 +67,20 @@ class TMChain : public TVPolyline2D {
  private:
   friend class TMPolygon;
 
+  // Add for the polygon's construction, which owns the chain alone while it builds it, so
+  // no observer can wait on the notification: the same vertex and bounds, without the
+  // virtual call per vertex.
+  void AddVertex(const TPoint2D& Pt) {
+    FItems.push_back(Pt);
+    if (FItems.size() == 1) {
+      FLeft = FRight = Pt.X;
+    } else {
+      FLeft = Pt.X < FLeft ? Pt.X : FLeft;
+      FRight = Pt.X > FRight ? Pt.X : FRight;
+    }
+  }
+  void ReserveVertices(std::size_t N) { FItems.reserve(N); }
+
   double FLeft = 0.0;
   double FRight = 0.0;
   bool FPositive = true;

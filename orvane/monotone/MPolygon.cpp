@@ -54,35 +54,55 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   // and falling, and neighbouring chains share the turning vertex.
   const bool closed = Polyline.IsClosed(MonoTol);
   const int start = closed ? 1 : 0;
+  // The length of every run first, so that each chain is allocated once at its size (two
+  // more for the vertices the seam may add).
+  std::vector<int> runs;
+  {
+    bool kind = Climbs(p[n - 1], p[start]);
+    int length = 1;
+    for (int k = start; k <= n - 2; ++k) {
+      ++length;
+      const bool next = Climbs(p[k], p[k + 1]);
+      if (next != kind) {
+        runs.push_back(length);
+        kind = next;
+        length = 1;
+      }
+    }
+    runs.push_back(length + 1);
+  }
   std::vector<std::unique_ptr<TMChain>> chains;
+  chains.reserve(runs.size());
   auto newChain = [&](bool Positive) {
     chains.push_back(std::make_unique<TMChain>());
     chains.back()->FPositive = Positive;
+    const std::size_t run = chains.size() - 1;
+    chains.back()->ReserveVertices(static_cast<std::size_t>(run < runs.size() ? runs[run] : 2) + 2);
     return chains.back().get();
   };
   TMChain* newest = newChain(Climbs(p[n - 1], p[start]));
-  newest->Add(p[n - 1]);
+  newest->AddVertex(p[n - 1]);
 
   if (n - start <= 2) {
     // A single step.
-    newest->Add(p[start]);
+    newest->AddVertex(p[start]);
     newest->FNext = newest;
   } else {
     for (int k = start; k <= n - 2; ++k) {
-      newest->Add(p[k]);
+      newest->AddVertex(p[k]);
       const bool kind = Climbs(p[k], p[k + 1]);
       if (kind != newest->FPositive) {
         TMChain* next = newChain(kind);
         newest->FNext = next;
         newest = next;
-        newest->Add(p[k]);
+        newest->AddVertex(p[k]);
       }
     }
     if (closed) {
       // Close the ring at the seam.
       if (chains.size() == 1) {
         newest->FNext = newest;
-        newest->Add(newest->First());
+        newest->AddVertex(newest->First());
       } else {
         // A level first chain does not survive on its own: the newest chain takes it over.
         bool levelTaken = false;
@@ -101,14 +121,14 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
           chains.erase(chains.begin());
         } else {
           newest->FNext = first;
-          if (!newest->Last().Equals(first->First(), MonoTol)) newest->Add(first->First());
+          if (!newest->Last().Equals(first->First(), MonoTol)) newest->AddVertex(first->First());
         }
       }
     } else {
       // An open polyline gets no closing edge: the first chain's head, which is the
       // polyline's last vertex, moves to the end of the newest chain.
       TMChain* first = chains.front().get();
-      newest->Add(first->First());
+      newest->AddVertex(first->First());
       first->Delete(0);
       first->ResetBound();
       if (first->Count() == 1) chains.erase(chains.begin());

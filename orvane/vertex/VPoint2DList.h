@@ -3,6 +3,7 @@
 // vertex polyline and the monotone chain.
 
 #include <memory>
+#include <utility>
 
 #include "orvane/foundation/List.h"
 #include "orvane/vertex/Geometry2D.h"
@@ -14,6 +15,7 @@ class TVPoint2DList : public TList<TPoint2D>, public IVGeometry2D {
   TVPoint2DList() = default;
   TVPoint2DList(std::initializer_list<TPoint2D> Points) : TList<TPoint2D>(Points) {}
   explicit TVPoint2DList(const TDynPoints2D& Points) { FItems = Points; }
+  explicit TVPoint2DList(TDynPoints2D&& Points) { FItems = std::move(Points); }
 
   // An empty list of the receiver's own class; every derived class overrides it, so that
   // Clone keeps the class.

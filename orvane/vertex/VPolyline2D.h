@@ -39,6 +39,8 @@ class TVPolyline2D : public TVPoint2DList {
   // number (EParamError otherwise).
   TVPolyline2D(const TPath64& Path, double Rate);
   explicit TVPolyline2D(const TDynPoints2D& Pts);
+  // Takes the array over without copying it.
+  explicit TVPolyline2D(TDynPoints2D&& Pts) : TVPoint2DList(std::move(Pts)) {}
   explicit TVPolyline2D(const TList<TPoint2D>& Pts);
 
   std::unique_ptr<TVPoint2DList> New() const override;

@@ -25,15 +25,15 @@ double SecondsSince(TClock::time_point Start) { return std::chrono::duration<dou
 constexpr double KernelTol = 1e-6;
 
 std::unique_ptr<TMPolygon> MonotoneRing(const TDynPoints2D& Ring, double Scale) {
-  TVPolyline2D closed;
-  closed.SetCapacity(static_cast<int>(Ring.size()) + 1);
+  TDynPoints2D closed;
+  closed.reserve(Ring.size() + 1);
   if (Scale == 1.0) {
-    for (const TPoint2D& p : Ring) closed.Add(p);
+    closed.assign(Ring.begin(), Ring.end());
   } else {
-    for (const TPoint2D& p : Ring) closed.Add(p * Scale);
+    for (const TPoint2D& p : Ring) closed.push_back(p * Scale);
   }
-  closed.Add(closed.First());  // closed: the first vertex repeated at the end
-  return std::make_unique<TMPolygon>(closed, nullptr, true);
+  closed.push_back(closed.front());  // closed: the first vertex repeated at the end
+  return std::make_unique<TMPolygon>(TVPolyline2D(std::move(closed)), nullptr, true);
 }
 
 struct TPart {

@@ -111,7 +111,7 @@ std::string SvgPath(const TDynPoints2D& Ring) {
 
 std::string SvgPath(const TLayoutPart& Part) {
   std::string d = SvgPath(Part.Outer);
-  for (const TDynPoints2D& hole : Part.Holes) d += " " + SvgPath(hole);
+  for (const TDynPoints2D& hole : Part.Holes) d.append(" ").append(SvgPath(hole));
   return d;
 }
 
