@@ -25,6 +25,8 @@ constexpr double PointTol = 1e-6;
 constexpr double ParallelTol = 1e-9;
 // The fan-out of the segment indexes.
 constexpr int IndexNodeSize = 8;
+// Consecutive segments that the self-intersection test indexes as one entry.
+constexpr int SelfRunLength = 16;
 // Relative size of the rounding that the exact tests may commit, against which the quick
 // rejections below keep a margin: a few hundred units in the last place.
 constexpr double RoundingSlack = 1e-13;
@@ -319,49 +321,94 @@ bool TVPolyline2D::IsSelfIntersect(double AbsTol) const {
   if (n <= 2) return false;
   CheckVertices(FItems, "TVPolyline2D.IsSelfIntersect");
   const int segments = n - 1;
-
-  // Each pair of segments whose boxes meet within AbsTol is examined once, from the later
-  // segment of the two. A tree over all segments at once, asked for the earlier ones, finds
-  // the same pairs as one that grows segment by segment, and packs better.
-  std::vector<int> ids(static_cast<std::size_t>(segments));
-  std::vector<TRect2D> boxes(static_cast<std::size_t>(segments));
   double scale = 0.0;
-  for (int i = 0; i < segments; ++i) {
-    ids[static_cast<std::size_t>(i)] = i;
-    boxes[static_cast<std::size_t>(i)] = TRect2D::CreateNormalize(V(i), V(i + 1));
-    scale = std::max(scale, std::max(std::fabs(V(i).X), std::fabs(V(i).Y)));
+  for (const TPoint2D& p : FItems) scale = std::max(scale, std::max(std::fabs(p.X), std::fabs(p.Y)));
+
+  // Every pair of segments whose boxes meet within AbsTol is examined once, from the later
+  // segment of the two, as a tree that grows segment by segment would offer them. The tree
+  // is fed runs of SelfRunLength consecutive segments, bulk loaded, under the index of the
+  // run: a run's box holds its segments' boxes, so the runs that a run's box meets hold
+  // every segment that meets one of its own, and the pairs are then sorted out with the
+  // same box test. A tree of runs is a fraction of the size of one of segments and answers
+  // each query for many segments at once.
+  const int runs = (segments + SelfRunLength - 1) / SelfRunLength;
+  std::vector<int> ids(static_cast<std::size_t>(runs));
+  std::vector<TRect2D> runBoxes(static_cast<std::size_t>(runs));
+  for (int r = 0; r < runs; ++r) {
+    const int last = std::min((r + 1) * SelfRunLength, segments);
+    TPoint2D lo = V(r * SelfRunLength);
+    TPoint2D hi = lo;
+    for (int k = r * SelfRunLength + 1; k <= last; ++k) {
+      lo = lo.ExtMin(V(k));
+      hi = hi.ExtMax(V(k));
+    }
+    ids[static_cast<std::size_t>(r)] = r;
+    runBoxes[static_cast<std::size_t>(r)] = TRect2D(lo.X, lo.Y, hi.X, hi.Y);
   }
-  scale = std::max(scale, std::max(std::fabs(V(segments).X), std::fabs(V(segments).Y)));
-  const TRTree<int> index(std::span<const int>(ids), std::span<const TRect2D>(boxes), IndexNodeSize);
+  const TRTree<int> index(std::span<const int>(ids), std::span<const TRect2D>(runBoxes), IndexNodeSize);
+
+  // The tree's own test of a box against a query region within AbsTol (a NaN meets nothing).
+  auto meets = [AbsTol](const TRect2D& B, const TRect2D& R) {
+    return (R.XMin - B.XMax <= AbsTol) & (B.XMin - R.XMax <= AbsTol) & (R.YMin - B.YMax <= AbsTol) &
+           (B.YMin - R.YMax <= AbsTol);
+  };
+  auto segmentBoxes = [&](int First, int End, TRect2D* Boxes) {
+    for (int k = First; k < End; ++k) {
+      const TPoint2D& a = V(k);
+      const TPoint2D& b = V(k + 1);
+      Boxes[k - First] = TRect2D(std::min(a.X, b.X), std::min(a.Y, b.Y), std::max(a.X, b.X), std::max(a.Y, b.Y));
+    }
+  };
+  // Whether segments i and j < i meet in a way that counts.
+  auto crosses = [&](int I, int J) {
+    const TPoint2D& a1 = V(I);
+    const TPoint2D& a2 = V(I + 1);
+    const TPoint2D& b1 = V(J);
+    const TPoint2D& b2 = V(J + 1);
+    // Quick answers for the common cases in which the exact test would find nothing that
+    // counts: a neighbour meeting at an angle, and a segment wholly to one side.
+    if (J == I - 1) {
+      if (NeighboursCannotOverlap(a1, a2, b1, b2, AbsTol, ParallelTol)) return false;
+    } else if (ApartBySide(a1, a2, b1, b2, AbsTol, scale)) {
+      return false;
+    }
+    TPoint2D p;
+    TPoint2D q;
+    const int r = TLine2D(a1, a2).RelationWithSegLine(TLine2D(b1, b2), p, q, AbsTol, ParallelTol);
+    if (r == 2) return true;
+    if (r != 1 || I - J == 1) return false;
+    // The last segment meeting the first: only the seam of a closed polyline is allowed.
+    if (I == n - 2 && J == 0) return !(p.Equals(V(0), AbsTol) && p.Equals(V(n - 1), AbsTol));
+    return true;
+  };
 
   std::vector<int> hits;
   hits.reserve(64);
-  for (int i = 0; i < segments; ++i) {
+  TRect2D mine[SelfRunLength];
+  TRect2D theirs[SelfRunLength];
+  for (int r = 0; r < runs; ++r) {
     hits.clear();
-    index.Search(boxes[static_cast<std::size_t>(i)], hits, AbsTol);
-    const TPoint2D& a1 = V(i);
-    const TPoint2D& a2 = V(i + 1);
-    for (int j : hits) {
-      if (j >= i) continue;
-      const TPoint2D& b1 = V(j);
-      const TPoint2D& b2 = V(j + 1);
-      // Quick answers for the common cases in which the exact test would find nothing that
-      // counts: a neighbour meeting at an angle, and a segment wholly to one side.
-      if (j == i - 1) {
-        if (NeighboursCannotOverlap(a1, a2, b1, b2, AbsTol, ParallelTol)) continue;
-      } else if (ApartBySide(a1, a2, b1, b2, AbsTol, scale)) {
-        continue;
+    index.Search(runBoxes[static_cast<std::size_t>(r)], hits, AbsTol);
+    const int first = r * SelfRunLength;
+    const int end = std::min(first + SelfRunLength, segments);
+    segmentBoxes(first, end, mine);
+    for (int s : hits) {
+      if (s > r) continue;
+      const int otherFirst = s * SelfRunLength;
+      const TRect2D* other = mine;
+      if (s != r) {
+        segmentBoxes(otherFirst, otherFirst + SelfRunLength, theirs);
+        other = theirs;
       }
-      TPoint2D p;
-      TPoint2D q;
-      const int r = TLine2D(a1, a2).RelationWithSegLine(TLine2D(b1, b2), p, q, AbsTol, ParallelTol);
-      if (r == 2) return true;
-      if (r != 1 || i - j == 1) continue;
-      if (i == n - 2 && j == 0) {
-        // The last segment meets the first: only the seam of a closed polyline is allowed.
-        if (p.Equals(V(0), AbsTol) && p.Equals(V(n - 1), AbsTol)) continue;
+      const TRect2D& otherBox = runBoxes[static_cast<std::size_t>(s)];
+      for (int i = first; i < end; ++i) {
+        const TRect2D& box = mine[i - first];
+        if (s != r && !meets(otherBox, box)) continue;
+        const int otherEnd = s == r ? i : otherFirst + SelfRunLength;
+        for (int j = otherFirst; j < otherEnd; ++j) {
+          if (meets(other[j - otherFirst], box) && crosses(i, j)) return true;
+        }
       }
-      return true;
     }
   }
   return false;

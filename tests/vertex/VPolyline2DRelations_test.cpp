@@ -79,6 +79,17 @@ double Orient(const TPoint2D& A, const TPoint2D& B, const TPoint2D& C) {
 
 TContact Contact(const TPoint2D& A, const TPoint2D& B, const TPoint2D& C, const TPoint2D& D) {
   TContact c;
+  if (A == B || C == D) {
+    // A point against a segment (or a point).
+    const TPoint2D& p = A == B ? A : C;
+    const TPoint2D& s1 = A == B ? C : A;
+    const TPoint2D& s2 = A == B ? D : B;
+    const bool on = Orient(s1, s2, p) == 0 && p.X >= std::min(s1.X, s2.X) && p.X <= std::max(s1.X, s2.X) &&
+                    p.Y >= std::min(s1.Y, s2.Y) && p.Y <= std::max(s1.Y, s2.Y);
+    c.Kind = on ? 1 : 0;
+    c.P = p;
+    return c;
+  }
   const double o1 = Orient(A, B, C);
   const double o2 = Orient(A, B, D);
   const double o3 = Orient(C, D, A);
@@ -324,16 +335,30 @@ TEST(VPolyline2DRelations, SelfIntersectionAgainstAllPairs) {
   }
   EXPECT_GT(verdicts[0], 300);
   EXPECT_GT(verdicts[1], 300);
-  // Larger simple outlines never cross themselves, open or closed.
-  for (int round = 0; round < 20; ++round) {
-    TDynPoints2D pts = Star(rng, 200 + 100 * round);
-    EXPECT_FALSE(TVPolyline2D(pts).IsSelfIntersect(1e-9));
-    pts.push_back(pts.front());
-    EXPECT_FALSE(TVPolyline2D(pts).IsSelfIntersect(1e-9));
-    // Moving one vertex across the outline makes it cross.
-    pts[pts.size() / 2] = pts[0] * 0.5 + pts[1] * 0.5 + (pts[0] * 0.5 + pts[1] * 0.5) * 0.01;
-    EXPECT_TRUE(TVPolyline2D(pts).IsSelfIntersect(1e-9)) << round;
+  // Long outlines on an integer grid, simple or touched and crossed on purpose somewhere
+  // along them: a vertex moved onto another vertex, onto the middle of a segment, or across.
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
+  int longVerdicts[2] = {0, 0};
+  for (int round = 0; round < 300; ++round) {
+    TDynPoints2D pts = Star(rng, 20 + round % 150);
+    for (TPoint2D& p : pts) p = TPoint2D(2.0 * std::round(p.X * 50.0), 2.0 * std::round(p.Y * 50.0));
+    pts.erase(std::unique(pts.begin(), pts.end()), pts.end());
+    if (round % 2 == 0) pts.push_back(pts.front());
+    const auto pick = [&] { return static_cast<std::size_t>(unit(rng) * static_cast<double>(pts.size() - 1)); };
+    const std::size_t k = pick();
+    const std::size_t m = pick();
+    switch (round % 4) {
+      case 1: pts[k] = pts[m]; break;
+      case 2: pts[k] = (pts[m] + pts[m + 1]) * 0.5; break;
+      case 3: pts[k] = pts[k] * 0.2; break;
+      default: break;
+    }
+    const bool want = BruteSelfIntersect(pts);
+    ASSERT_EQ(TVPolyline2D(pts).IsSelfIntersect(1e-9), want) << "long round " << round;
+    ++longVerdicts[want ? 1 : 0];
   }
+  EXPECT_GT(longVerdicts[0], 60);
+  EXPECT_GT(longVerdicts[1], 60);
 }
 
 TEST(VPolyline2DRelations, CrossWithPolylineAgainstAllPairs) {
