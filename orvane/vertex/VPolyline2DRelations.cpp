@@ -101,26 +101,28 @@ int TVPolyline2D::RelationWithPoint(const TPoint2D& Pt, double Tol) const {
   if (n == 0) return Ordinal(TShapeRelation::srOut);
   const double x = Pt.X;
   const double y = Pt.Y;
-  // An edge that lies wholly above or wholly below the band of height Tol about Pt.Y can
-  // neither hold Pt nor pass its height, so only the edges that meet the band are examined.
-  const double reach = Tol > 0.0 ? Tol : 0.0;
-  const double margin = RoundingSlack * std::fabs(y);
-  auto band = [&](const TPoint2D& P) {
-    const double d = P.Y - y;
-    const double r = reach + margin + RoundingSlack * std::fabs(P.Y);
-    return static_cast<unsigned>(d > r) | (static_cast<unsigned>(-d > r) << 1);
-  };
+  // An edge that lies wholly above or wholly below the band |Y - Pt.Y| <= reach can neither
+  // hold Pt nor pass its height, so only the edges that meet the band are examined. The
+  // reach is Tol widened to cover rounding, relative to |Pt.Y| + |d| for a vertex at height
+  // difference d, which bounds the vertex's own |Y|.
+  const double tol = Tol > 0.0 ? Tol : 0.0;
+  const double reach = (tol + 2.0 * RoundingSlack * std::fabs(y)) / (1.0 - RoundingSlack);
+  const double above = y + reach;
+  const double below = y - reach;
   const TPoint2D* v = FItems.data();
+  auto sideOf = [&](const TPoint2D& P) {
+    return static_cast<unsigned>(P.Y > above) | (static_cast<unsigned>(P.Y < below) << 1);
+  };
   bool inside = false;
-  unsigned prevBand = band(v[n - 1]);
+  unsigned prevSide = sideOf(v[n - 1]);
   for (int j = 0, prev = n - 1; j < n; prev = j++) {
-    const unsigned curBand = band(v[j]);
-    const bool apart = (prevBand & curBand) != 0;
-    prevBand = curBand;
+    const unsigned curSide = sideOf(v[j]);
+    const bool apart = (prevSide & curSide) != 0;
+    prevSide = curSide;
     if (apart) continue;
     const TPoint2D& p = v[prev];
     const TPoint2D& q = v[j];
-    const double rx = reach + RoundingSlack * (std::fabs(x) + std::fabs(p.X) + std::fabs(q.X));
+    const double rx = tol + RoundingSlack * (std::fabs(x) + std::fabs(p.X) + std::fabs(q.X));
     if (x >= std::min(p.X, q.X) - rx && x <= std::max(p.X, q.X) + rx) {
       if (TLine2D(p, q).IsOn(Pt, Tol) || Pt.Equals(p, Tol) || Pt.Equals(q, Tol)) {
         return Ordinal(TShapeRelation::srOn);

@@ -160,6 +160,12 @@ TEST(VPolyline2DRelations, PointRelationHandWorked) {
   EXPECT_EQ(step.RelationWithPoint({-1, 2}, 1e-6), Out);
   EXPECT_EQ(step.RelationWithPoint({2, 1.5}, 1e-6), Out);
   EXPECT_EQ(step.RelationWithPoint({0.5, 1}, 0.6), On);  // the tolerance reaches the left edge
+  // Within the tolerance of a horizontal edge, from either side; just beyond it, not.
+  EXPECT_EQ(step.RelationWithPoint({0.5, 2 - 5e-7}, 1e-6), On);
+  EXPECT_EQ(step.RelationWithPoint({0.5, 2 + 5e-7}, 1e-6), On);
+  EXPECT_EQ(step.RelationWithPoint({2, -9e-7}, 1e-6), On);
+  EXPECT_EQ(step.RelationWithPoint({0.5, 2 - 2e-6}, 1e-6), In);
+  EXPECT_EQ(step.RelationWithPoint({0.5, 2 + 2e-6}, 1e-6), Out);
   // A closed list and an open one are the same outline; one vertex is a point.
   TVPolyline2D closed{{0, 0}, {4, 0}, {4, 2}, {3, 2}, {2, 1}, {1, 2}, {0, 2}, {0, 0}};
   EXPECT_EQ(closed.RelationWithPoint({1, 1}, 1e-6), In);
