@@ -170,7 +170,8 @@ class TVPolyline2D : public TVPoint2DList {
   TNullable<TPoint2D> CrossWithLastPt(const TLine2D& Segline) const;
   // All crossing points and collinear overlaps of the two polylines (1e-6), found through an
   // R-tree over the segments of the polyline with more vertices. Points that agree after
-  // rounding to multiples of 1e-6 are reported once; overlaps are not filtered.
+  // rounding to multiples of 1e-6 are reported once; overlaps are not filtered. A vertex that
+  // is not a finite point raises EParamError.
   void CrossWith(const TVPolyline2D& Polyline, TList<TPoint2D>& CrossPoints, TList<TLine2D>& CrossLines) const;
   // The two polylines touch or cross (1e-6). False when either has fewer than 2 vertices or
   // their boxes do not meet.
@@ -178,7 +179,8 @@ class TVPolyline2D : public TVPoint2DList {
   // The polyline crosses or touches itself within AbsTol anywhere but where neighbouring
   // segments share their vertex and, on a closed polyline, at the seam. Neighbours that fold
   // back along each other count, and so does a repeated vertex, for the segments on either
-  // side of it meet there. False with at most 2 vertices.
+  // side of it meet there. False with at most 2 vertices; EParamError for a vertex that is not
+  // a finite point.
   bool IsSelfIntersect(double AbsTol) const;
   // 0 when the two outlines, each closed, cross or touch; 1 when the other lies inside this
   // one; -1 otherwise. Both must have vertices: the assertion
@@ -239,7 +241,9 @@ class TVPolyline2D : public TVPoint2DList {
   bool TryConnect(const TVPolyline2D& Polyline, TVPolyline2D& ResultPolyline, double Tolerance) const;
   // The union of the two outlines, each closed, computed on integer paths at
   // PathWorkingRate under AFillType: an owning list of new polylines in the order of the
-  // result, without closing vertices.
+  // result, without closing vertices. Both outlines enter as subjects, so under frEvenOdd a
+  // region that both cover drops out. A coordinate that leaves the integer range at that
+  // scale raises EConvertError.
   std::unique_ptr<TVGeometry2DList<TVPolyline2D>> Union(const TVPolyline2D& APoly, TFillRule AFillType) const;
 
  protected:
