@@ -242,8 +242,8 @@ class TVPolyline2D : public TVPoint2DList {
   // The union of the two outlines, each closed, computed on integer paths at
   // PathWorkingRate under AFillType: an owning list of new polylines in the order of the
   // result, without closing vertices. Both outlines enter as subjects, so under frEvenOdd a
-  // region that both cover drops out. A coordinate that leaves the integer range at that
-  // scale raises EConvertError.
+  // region that both cover drops out. A coordinate that leaves the 64-bit range at that scale
+  // raises EConvertError, one beyond the clipper's range its range error.
   std::unique_ptr<TVGeometry2DList<TVPolyline2D>> Union(const TVPolyline2D& APoly, TFillRule AFillType) const;
 
  protected:
