@@ -1,0 +1,502 @@
+// TVPolyline2D: crossings with points, segments and other polylines, the self-intersection
+// test and the local shape of corners.
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_set>
+#include <vector>
+
+#include "orvane/foundation/Enums.h"
+#include "orvane/foundation/Exception.h"
+#include "orvane/foundation/GeTolerance.h"
+#include "orvane/foundation/MathUtils.h"
+#include "orvane/foundation/Point2DUtils.h"
+#include "orvane/foundation/PointL2D.h"
+#include "orvane/spatial/RTree.h"
+#include "orvane/vertex/VPolyline2D.h"
+
+namespace orvane {
+
+namespace {
+
+// The kernel's literal for point coincidence where an operation takes no tolerance.
+constexpr double PointTol = 1e-6;
+// The sine below which the segment tests take two segments as parallel.
+constexpr double ParallelTol = 1e-9;
+// The fan-out of the segment indexes.
+constexpr int IndexNodeSize = 8;
+// Consecutive segments that the self-intersection test indexes as one entry.
+constexpr int SelfRunLength = 16;
+// Relative size of the rounding that the exact tests may commit, against which the quick
+// rejections below keep a margin: a few hundred units in the last place.
+constexpr double RoundingSlack = 1e-13;
+
+constexpr int Ordinal(TShapeRelation R) { return static_cast<int>(R); }
+
+double AbsMax(const TRect2D& B) {
+  return std::max(std::max(std::fabs(B.XMin), std::fabs(B.XMax)), std::max(std::fabs(B.YMin), std::fabs(B.YMax)));
+}
+
+// False only when TLine2D::RelationWithSegLine(Tol, PTol) of two segments with these boxes
+// is sure to find nothing. Whatever it reports lies within 2 Tol of both segments, apart from
+// the drift of a pair it takes as parallel, at most PTol times a length; a box's width plus
+// height bounds the length of its segment.
+bool MayMeet(const TRect2D& A, const TRect2D& B, double Tol, double PTol) {
+  // A negative tolerance only makes the exact test stricter.
+  const double reach = 2.0 * std::max(Tol, 0.0) + PTol * (A.Width() + A.Height() + B.Width() + B.Height()) +
+                       RoundingSlack * std::max(AbsMax(A), AbsMax(B));
+  const double gapX = std::max(B.XMin - A.XMax, A.XMin - B.XMax);
+  const double gapY = std::max(B.YMin - A.YMax, A.YMin - B.YMax);
+  // Written so that a NaN anywhere keeps the pair for the exact test.
+  return !(gapX > reach) && !(gapY > reach);
+}
+
+// True when both ends of Other lie strictly on one side of the line through Seg, farther
+// than Tol from it: RelationWithSegLine(Seg, Other, Tol, ..) then finds nothing, for every
+// common point it may report lies within Tol of Seg's line along a piece of Other's line
+// that is at most Tol longer than Other. Scale bounds the coordinates, for the rounding
+// margin.
+bool ApartBySide(const TPoint2D& S1, const TPoint2D& S2, const TPoint2D& O1, const TPoint2D& O2, double Tol,
+                 double Scale) {
+  const TPoint2D a = S2 - S1;
+  const double c1 = a.CrossMul(O1 - S1);
+  const double c2 = a.CrossMul(O2 - S1);
+  if (!((c1 > 0.0 && c2 > 0.0) || (c1 < 0.0 && c2 < 0.0))) return false;
+  const double m = std::min(std::fabs(c1), std::fabs(c2));
+  const double d = std::max(Tol, 0.0) + RoundingSlack * Scale;
+  return m * m > d * d * a.MagSqr() * (1.0 + 1e-9);
+}
+
+// True when two segments that share the vertex between them cannot overlap: both are
+// longer than Tol and they are not parallel within PTol, so RelationWithSegLine reports at
+// most their common point.
+bool NeighboursCannotOverlap(const TPoint2D& A1, const TPoint2D& A2, const TPoint2D& B1, const TPoint2D& B2, double Tol,
+                             double PTol) {
+  const TPoint2D a = A2 - A1;
+  const TPoint2D b = B2 - B1;
+  const double la2 = a.MagSqr();
+  const double lb2 = b.MagSqr();
+  const double t2 = Tol > 0.0 ? Tol * Tol * (1.0 + 1e-9) : 0.0;
+  if (!(la2 > t2) || !(lb2 > t2)) return false;
+  const double c = a.CrossMul(b);
+  return c * c > PTol * PTol * la2 * lb2 * (1.0 + 1e-9);
+}
+
+// Raises EParamError for a vertex that is not a finite point, before an index is built on
+// the segments.
+void CheckVertices(const TDynPoints2D& Pts, const char* Where) {
+  for (std::size_t i = 0; i < Pts.size(); ++i) {
+    if (!std::isfinite(Pts[i].X) || !std::isfinite(Pts[i].Y)) {
+      throw EParamError("[Error] %s: vertex %d is not a finite point", Where, static_cast<long long>(i));
+    }
+  }
+}
+
+}  // namespace
+
+// Point relation ------------------------------------------------------------------------
+
+int TVPolyline2D::RelationWithPoint(const TPoint2D& Pt, double Tol) const {
+  const int n = Count();
+  if (n == 0) return Ordinal(TShapeRelation::srOut);
+  const double x = Pt.X;
+  const double y = Pt.Y;
+  // An edge that lies wholly above or wholly below the band |Y - Pt.Y| <= reach can neither
+  // hold Pt nor pass its height, so only the edges that meet the band are examined. The
+  // reach is Tol widened to cover rounding, relative to |Pt.Y| + |d| for a vertex at height
+  // difference d, which bounds the vertex's own |Y|.
+  const double tol = Tol > 0.0 ? Tol : 0.0;
+  const double reach = (tol + 2.0 * RoundingSlack * std::fabs(y)) / (1.0 - RoundingSlack);
+  const double above = y + reach;
+  const double below = y - reach;
+  const TPoint2D* v = FItems.data();
+  auto sideOf = [&](const TPoint2D& P) {
+    return static_cast<unsigned>(P.Y > above) | (static_cast<unsigned>(P.Y < below) << 1);
+  };
+  bool inside = false;
+  unsigned prevSide = sideOf(v[n - 1]);
+  for (int j = 0, prev = n - 1; j < n; prev = j++) {
+    const unsigned curSide = sideOf(v[j]);
+    const bool apart = (prevSide & curSide) != 0;
+    prevSide = curSide;
+    if (apart) continue;
+    const TPoint2D& p = v[prev];
+    const TPoint2D& q = v[j];
+    const double rx = tol + RoundingSlack * (std::fabs(x) + std::fabs(p.X) + std::fabs(q.X));
+    if (x >= std::min(p.X, q.X) - rx && x <= std::max(p.X, q.X) + rx) {
+      if (TLine2D(p, q).IsOn(Pt, Tol) || Pt.Equals(p, Tol) || Pt.Equals(q, Tol)) {
+        return Ordinal(TShapeRelation::srOn);
+      }
+    }
+    // Above is strict, so a ray through a vertex counts once.
+    if ((p.Y > y) != (q.Y > y)) {
+      const bool pRight = p.X > x;
+      const bool qRight = q.X > x;
+      if (pRight && qRight) {
+        inside = !inside;
+      } else if (pRight != qRight && TLine2D(p, q).PointAtY(y).X > x) {
+        inside = !inside;
+      }
+    }
+  }
+  return Ordinal(inside ? TShapeRelation::srIn : TShapeRelation::srOut);
+}
+
+int TVPolyline2D::RelationWithPoint(const TPoint2D& Pt, const TGeTolerance& Tol) const {
+  return RelationWithPoint(Pt, Tol.PointTol);
+}
+
+// Crossing with a segment ---------------------------------------------------------------
+
+void TVPolyline2D::RemoveDuplicate(TList<double>& Params) {
+  // Each value against its neighbour in the sorted list, from the back, so that deleting
+  // one leaves the comparisons still to come as they were.
+  for (int i = Params.Count() - 1; i >= 1; --i) {
+    if (TMathUtils::FloatEquals(Params[i], Params[i - 1], PointTol)) Params.Delete(i);
+  }
+}
+
+bool TVPolyline2D::IsPointParamInLineParams(double Param, const TList<TPair<double, double>>& LineParams) {
+  for (const TPair<double, double>& stretch : LineParams) {
+    if (TMathUtils::IsInRange(Param, stretch.Key, stretch.Value, true, true)) return true;
+  }
+  return false;
+}
+
+bool TVPolyline2D::CrossWith(const TLine2D& Line, TList<double>& CrossPoints, TList<TPair<double, double>>& CrossLines,
+                             bool RemoveDuplicate, double Tol) const {
+  const int n = Count();
+  if (n == 0) return false;
+  if (n == 1) {
+    if (Line.IsOn(V(0), Tol)) CrossPoints.Add(Line.ParamOfPoint(V(0)));
+    return CrossPoints.Count() > 0;
+  }
+  if (fEqual(Line.Length(), 0.0, PointTol)) {
+    for (int i = 0; i + 1 < n; ++i) {
+      if (TLine2D(V(i), V(i + 1)).IsOn(Line.P1, Tol)) {
+        CrossPoints.Add(0.0);
+        return true;
+      }
+    }
+    return false;
+  }
+
+  const TRect2D lineBox = Line.GetBoundBox();
+  for (int i = 0; i + 1 < n; ++i) {
+    const TLine2D seg(V(i), V(i + 1));
+    if (!MayMeet(lineBox, seg.GetBoundBox(), Tol, ParallelTol)) continue;
+    TPoint2D a;
+    TPoint2D b;
+    const int r = Line.RelationWithSegLine(seg, a, b, Tol, ParallelTol);
+    if (r == 1) {
+      CrossPoints.Add(Line.ParamOfPoint(a));
+    } else if (r == 2) {
+      const double ta = Line.ParamOfPoint(a);
+      const double tb = Line.ParamOfPoint(b);
+      CrossLines.Add({std::min(ta, tb), std::max(ta, tb)});
+    }
+  }
+
+  CrossPoints.Sort();
+  CrossLines.Sort([](const TPair<double, double>& A, const TPair<double, double>& B) {
+    return A.Key < B.Key ? -1 : (B.Key < A.Key ? 1 : 0);
+  });
+  TVPolyline2D::RemoveDuplicate(CrossPoints);
+  if (RemoveDuplicate) {
+    std::vector<double> kept;
+    kept.reserve(static_cast<std::size_t>(CrossPoints.Count()));
+    for (double t : CrossPoints) {
+      if (!IsPointParamInLineParams(t, CrossLines)) kept.push_back(t);
+    }
+    if (static_cast<int>(kept.size()) != CrossPoints.Count()) {
+      CrossPoints.Clear();
+      CrossPoints.AddRange(kept);
+    }
+  }
+  return CrossPoints.Count() > 0 || CrossLines.Count() > 0;
+}
+
+bool TVPolyline2D::CrossWith(const TLine2D& Line, TList<TPoint2D>& CrossPts, TList<TLine2D>& CrossLines,
+                             bool RemoveDuplicate) const {
+  TList<double> params;
+  TList<TPair<double, double>> stretches;
+  const bool found = CrossWith(Line, params, stretches, RemoveDuplicate, PointTol);
+  for (double t : params) CrossPts.Add(Line.EvalPoint(t));
+  for (const TPair<double, double>& s : stretches) CrossLines.Add({Line.EvalPoint(s.Key), Line.EvalPoint(s.Value)});
+  return found;
+}
+
+TNullable<TPoint2D> TVPolyline2D::CrossWithLastPt(const TLine2D& Segline) const {
+  TList<double> params;
+  TList<TPair<double, double>> stretches;
+  if (!CrossWith(Segline, params, stretches, false, PointTol)) return {};
+  double t = 0.0;
+  if (params.Count() > 0 && stretches.Count() > 0) {
+    t = std::max(params.Last(), stretches.Last().Value);
+  } else if (params.Count() > 0) {
+    t = params.Last();
+  } else {
+    t = stretches.Last().Value;
+  }
+  return {true, Segline.EvalPoint(t)};
+}
+
+// Crossing with a polyline --------------------------------------------------------------
+
+void TVPolyline2D::CrossWith(const TVPolyline2D& Polyline, TList<TPoint2D>& CrossPoints,
+                             TList<TLine2D>& CrossLines) const {
+  const bool indexThis = Count() >= Polyline.Count();
+  const TVPolyline2D& indexed = indexThis ? *this : Polyline;
+  const TVPolyline2D& other = indexThis ? Polyline : *this;
+  if (indexed.Count() < 2 || other.Count() < 2) return;
+  CheckVertices(FItems, "TVPolyline2D.CrossWith");
+  CheckVertices(Polyline.FItems, "TVPolyline2D.CrossWith");
+
+  // Built by insertion in segment order, so that the candidates of each query, and with
+  // them the order of the reported crossings, do not depend on how a bulk load packs.
+  TRTree<int> index(IndexNodeSize);
+  for (int i = 0; i + 1 < indexed.Count(); ++i) {
+    const TLine2D seg(indexed.V(i), indexed.V(i + 1));
+    if (seg.Length() > 0.0) index.Insert(i, seg.GetBoundBox());
+  }
+
+  // Crossings that agree after rounding to multiples of 1e-6 are one crossing.
+  std::unordered_set<TPointL2D> seen;
+  std::vector<int> hits;
+  for (int k = 0; k + 1 < other.Count(); ++k) {
+    const TLine2D query(other.V(k), other.V(k + 1));
+    if (!(query.Length() > 0.0)) continue;
+    hits.clear();
+    index.Search(query.GetBoundBox(), hits, PointTol);
+    for (int j : hits) {
+      TPoint2D a;
+      TPoint2D b;
+      const int r = query.RelationWithSegLine(TLine2D(indexed.V(j), indexed.V(j + 1)), a, b, PointTol, ParallelTol);
+      if (r == 1) {
+        if (seen.insert(TPointL2D(a / PointTol)).second) CrossPoints.Add(a);
+      } else if (r == 2) {
+        CrossLines.Add({a, b});
+      }
+    }
+  }
+}
+
+bool TVPolyline2D::IsCrossWith(const TVPolyline2D& Polyline) const {
+  const int n = Count();
+  const int m = Polyline.Count();
+  if (n < 2 || m < 2) return false;
+  const TRect2D boxThis = BoundBox();
+  const TRect2D boxOther = Polyline.BoundBox();
+  if (!boxThis.Intersect(boxOther).IsValid()) return false;
+
+  // Every pair of segments is a candidate; the boxes only spare the exact test for pairs
+  // that cannot meet. A segment that cannot meet the other polyline's box meets none of its
+  // segments, so each side is first cut down to the segments near the other.
+  struct TSeg {
+    TLine2D Line;
+    TRect2D Box;
+  };
+  auto nearSegments = [](const TVPolyline2D& Poly, const TRect2D& Box) {
+    std::vector<TSeg> segs;
+    for (int i = 0; i + 1 < Poly.Count(); ++i) {
+      const TLine2D line(Poly.V(i), Poly.V(i + 1));
+      const TRect2D box = line.GetBoundBox();
+      if (MayMeet(box, Box, PointTol, ParallelTol)) segs.push_back({line, box});
+    }
+    return segs;
+  };
+  const std::vector<TSeg> mine = nearSegments(*this, boxOther);
+  const std::vector<TSeg> theirs = nearSegments(Polyline, boxThis);
+  for (const TSeg& s : mine) {
+    for (const TSeg& t : theirs) {
+      if (!MayMeet(s.Box, t.Box, PointTol, ParallelTol)) continue;
+      TPoint2D a;
+      TPoint2D b;
+      if (s.Line.RelationWithSegLine(t.Line, a, b, PointTol, ParallelTol) != 0) return true;
+    }
+  }
+  return false;
+}
+
+bool TVPolyline2D::IsSelfIntersect(double AbsTol) const {
+  const int n = Count();
+  if (n <= 2) return false;
+  CheckVertices(FItems, "TVPolyline2D.IsSelfIntersect");
+  const int segments = n - 1;
+  double scale = 0.0;
+  for (const TPoint2D& p : FItems) scale = std::max(scale, std::max(std::fabs(p.X), std::fabs(p.Y)));
+
+  // Every pair of segments whose boxes meet within AbsTol is examined once, from the later
+  // segment of the two, as a tree that grows segment by segment would offer them. The tree
+  // is fed runs of SelfRunLength consecutive segments, bulk loaded, under the index of the
+  // run: a run's box holds its segments' boxes, so the runs that a run's box meets hold
+  // every segment that meets one of its own, and the pairs are then sorted out with the
+  // same box test. A tree of runs is a fraction of the size of one of segments and answers
+  // each query for many segments at once.
+  const int runs = (segments + SelfRunLength - 1) / SelfRunLength;
+  std::vector<int> ids(static_cast<std::size_t>(runs));
+  std::vector<TRect2D> runBoxes(static_cast<std::size_t>(runs));
+  for (int r = 0; r < runs; ++r) {
+    const int last = std::min((r + 1) * SelfRunLength, segments);
+    TPoint2D lo = V(r * SelfRunLength);
+    TPoint2D hi = lo;
+    for (int k = r * SelfRunLength + 1; k <= last; ++k) {
+      lo = lo.ExtMin(V(k));
+      hi = hi.ExtMax(V(k));
+    }
+    ids[static_cast<std::size_t>(r)] = r;
+    runBoxes[static_cast<std::size_t>(r)] = TRect2D(lo.X, lo.Y, hi.X, hi.Y);
+  }
+  const TRTree<int> index(std::span<const int>(ids), std::span<const TRect2D>(runBoxes), IndexNodeSize);
+
+  // The tree's own test of a box against a query region within AbsTol (a NaN meets nothing).
+  auto meets = [AbsTol](const TRect2D& B, const TRect2D& R) {
+    return (R.XMin - B.XMax <= AbsTol) & (B.XMin - R.XMax <= AbsTol) & (R.YMin - B.YMax <= AbsTol) &
+           (B.YMin - R.YMax <= AbsTol);
+  };
+  auto segmentBoxes = [&](int First, int End, TRect2D* Boxes) {
+    for (int k = First; k < End; ++k) {
+      const TPoint2D& a = V(k);
+      const TPoint2D& b = V(k + 1);
+      Boxes[k - First] = TRect2D(std::min(a.X, b.X), std::min(a.Y, b.Y), std::max(a.X, b.X), std::max(a.Y, b.Y));
+    }
+  };
+  // Whether segments i and j < i meet in a way that counts.
+  auto crosses = [&](int I, int J) {
+    const TPoint2D& a1 = V(I);
+    const TPoint2D& a2 = V(I + 1);
+    const TPoint2D& b1 = V(J);
+    const TPoint2D& b2 = V(J + 1);
+    // Quick answers for the common cases in which the exact test would find nothing that
+    // counts: a neighbour meeting at an angle, and a segment wholly to one side.
+    if (J == I - 1) {
+      if (NeighboursCannotOverlap(a1, a2, b1, b2, AbsTol, ParallelTol)) return false;
+    } else if (ApartBySide(a1, a2, b1, b2, AbsTol, scale)) {
+      return false;
+    }
+    TPoint2D p;
+    TPoint2D q;
+    const int r = TLine2D(a1, a2).RelationWithSegLine(TLine2D(b1, b2), p, q, AbsTol, ParallelTol);
+    if (r == 2) return true;
+    if (r != 1 || I - J == 1) return false;
+    // The last segment meeting the first: only the seam of a closed polyline is allowed.
+    if (I == n - 2 && J == 0) return !(p.Equals(V(0), AbsTol) && p.Equals(V(n - 1), AbsTol));
+    return true;
+  };
+
+  std::vector<int> hits;
+  hits.reserve(64);
+  TRect2D mine[SelfRunLength];
+  TRect2D theirs[SelfRunLength];
+  for (int r = 0; r < runs; ++r) {
+    hits.clear();
+    index.Search(runBoxes[static_cast<std::size_t>(r)], hits, AbsTol);
+    const int first = r * SelfRunLength;
+    const int end = std::min(first + SelfRunLength, segments);
+    segmentBoxes(first, end, mine);
+    for (int s : hits) {
+      if (s > r) continue;
+      const int otherFirst = s * SelfRunLength;
+      const TRect2D* other = mine;
+      if (s != r) {
+        segmentBoxes(otherFirst, otherFirst + SelfRunLength, theirs);
+        other = theirs;
+      }
+      const TRect2D& otherBox = runBoxes[static_cast<std::size_t>(s)];
+      for (int i = first; i < end; ++i) {
+        const TRect2D& box = mine[i - first];
+        if (s != r && !meets(otherBox, box)) continue;
+        const int otherEnd = s == r ? i : otherFirst + SelfRunLength;
+        for (int j = otherFirst; j < otherEnd; ++j) {
+          if (meets(other[j - otherFirst], box) && crosses(i, j)) return true;
+        }
+      }
+    }
+  }
+  return false;
+}
+
+int TVPolyline2D::RelationWith(const TVPolyline2D& Polyline) const {
+  Assert(Count() > 0 && Polyline.Count() > 0, "[Assert] TVPolyline2D.RelationWith: 多段线没有数据");
+  std::unique_ptr<TVPolyline2D> self = CloneAs<TVPolyline2D>();
+  std::unique_ptr<TVPolyline2D> other = Polyline.CloneAs<TVPolyline2D>();
+  self->ConnectHeadTail();
+  other->ConnectHeadTail();
+  if (self->IsCrossWith(*other)) return 0;
+  return self->RelationWithPoint(other->First(), PointTol) == Ordinal(TShapeRelation::srIn) ? 1 : -1;
+}
+
+bool TVPolyline2D::NearestCrossPoint(const TVPolyline2D& Polyline, const TPoint2D& FromPoint,
+                                     TPoint2D& ResultPoint) const {
+  TList<TPoint2D> points;
+  TList<TLine2D> overlaps;
+  CrossWith(Polyline, points, overlaps);
+  double best = MaxDouble;
+  bool found = false;
+  TPoint2D nearest;
+  // FromPoint itself is no crossing of its own.
+  for (const TPoint2D& p : points) {
+    const double d = p.DistanceTo(FromPoint);
+    if (d <= PointTol || !(d < best)) continue;
+    best = d;
+    nearest = p;
+    found = true;
+  }
+  for (const TLine2D& o : overlaps) {
+    double u = 0.0;
+    TPoint2D p;
+    const double d = o.DistanceLimit(FromPoint, u, p);
+    if (d <= PointTol || !(d < best)) continue;
+    best = d;
+    nearest = p;
+    found = true;
+  }
+  if (found) ResultPoint = nearest;
+  return found;
+}
+
+// Corners --------------------------------------------------------------------------------
+
+std::uint8_t TVPolyline2D::CornerType(int Id) const {
+  const int n = Count();
+  if (n < 3) return 0;
+  int prev = Id - 1;
+  int next = Id + 1;
+  if (Id == 0 || Id == n - 1) {
+    if (!IsClosed(PointTol)) return 0;
+    prev = n - 2;
+    next = 1;
+  }
+  const double c = TPoint2DUtils::IsLeft(GetItem(prev), GetItem(Id), GetItem(next));
+  if (TMathUtils::FloatEquals(c, 0.0, 1e-12)) return 2;
+  const bool clockwise = IsClockwise();
+  return (clockwise && c > 0.0) || (!clockwise && c <= 0.0) ? 3 : 1;
+}
+
+double TVPolyline2D::CurvatureRadius(double Param) const {
+  CheckFinite(Param, "TVPolyline2D.CurvatureRadius", "Param");
+  const int n = Count();
+  const double last = static_cast<double>(n - 1);
+  // Outside the polyline there is no place to bend.
+  if (n < 2 || Param < 0.0 || Param > last) return 0.0;
+  double a = 0.0;
+  double b = 0.0;
+  if (IsClosed(PointTol)) {
+    a = TMathUtils::CycInc(Param, -1.0, last);
+    b = TMathUtils::CycInc(Param, 1.0, last);
+  } else {
+    if (CompareValue(Param, 0.0, PointTol) == 0 || CompareValue(Param, last, PointTol) == 0) return 0.0;
+    a = std::max(Param - 1.0, 0.0);
+    b = std::min(Param + 1.0, last);
+  }
+  const TPoint2D pa = CalcPointByParam(a);
+  const TPoint2D p = CalcPointByParam(Param);
+  const TPoint2D pb = CalcPointByParam(b);
+  const TLine2D bisector1 = TLine2D(pa, p).PerpendicularBisector();
+  const TLine2D bisector2 = TLine2D(p, pb).PerpendicularBisector();
+  TPoint2D centre;
+  if (bisector1.RelationWithLine(bisector2, centre, PointTol, PointTol) != 1) return 0.0;
+  return centre.DistanceTo(p);
+}
+
+}  // namespace orvane

@@ -1,0 +1,386 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "orvane/foundation/Enums.h"
+#include "orvane/foundation/Exception.h"
+#include "orvane/foundation/GeTolerance.h"
+#include "orvane/foundation/MathUtils.h"
+#include "orvane/vertex/VPolyline2D.h"
+
+namespace orvane {
+namespace {
+
+constexpr int On = static_cast<int>(TShapeRelation::srOn);
+constexpr int In = static_cast<int>(TShapeRelation::srIn);
+constexpr int Out = static_cast<int>(TShapeRelation::srOut);
+
+// ---- independent references -------------------------------------------------------------
+
+// Winding number and boundary distance of the outline closed from the last vertex to the first.
+int Winding(const TDynPoints2D& Poly, const TPoint2D& P) {
+  int wn = 0;
+  for (std::size_t i = 0, prev = Poly.size() - 1; i < Poly.size(); prev = i++) {
+    const TPoint2D& a = Poly[prev];
+    const TPoint2D& b = Poly[i];
+    const double side = (b.X - a.X) * (P.Y - a.Y) - (P.X - a.X) * (b.Y - a.Y);
+    if (a.Y <= P.Y && b.Y > P.Y && side > 0) ++wn;
+    if (a.Y > P.Y && b.Y <= P.Y && side < 0) --wn;
+  }
+  return wn;
+}
+
+double BoundaryDistance(const TDynPoints2D& Poly, const TPoint2D& P) {
+  double best = MaxDouble;
+  for (std::size_t i = 0, prev = Poly.size() - 1; i < Poly.size(); prev = i++) {
+    best = std::min(best, TLine2D(Poly[prev], Poly[i]).DistanceLimit(P));
+  }
+  return best;
+}
+
+// A simple outline: vertices at increasing angles round the origin with random radii.
+TDynPoints2D Star(std::mt19937& Rng, int Corners) {
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
+  TDynPoints2D pts;
+  for (int i = 0; i < Corners; ++i) {
+    const double a = (i + 0.8 * unit(Rng)) * TwoPi / Corners;
+    pts.push_back(TPoint2D(std::cos(a), std::sin(a)) * (1.0 + 9.0 * unit(Rng)));
+  }
+  return pts;
+}
+
+// Exact relation of two segments with small integer coordinates: 0 apart, 1 one common
+// point P, 2 a collinear stretch P..Q of positive length.
+struct TContact {
+  int Kind = 0;
+  TPoint2D P;
+  TPoint2D Q;
+};
+
+double Orient(const TPoint2D& A, const TPoint2D& B, const TPoint2D& C) {
+  return (B.X - A.X) * (C.Y - A.Y) - (C.X - A.X) * (B.Y - A.Y);
+}
+
+TContact Contact(const TPoint2D& A, const TPoint2D& B, const TPoint2D& C, const TPoint2D& D) {
+  auto within = [](const TPoint2D& P, const TPoint2D& S1, const TPoint2D& S2) {
+    return P.X >= std::min(S1.X, S2.X) && P.X <= std::max(S1.X, S2.X) && P.Y >= std::min(S1.Y, S2.Y) &&
+           P.Y <= std::max(S1.Y, S2.Y);
+  };
+  if (A == B || C == D) {
+    const TPoint2D& p = A == B ? A : C;
+    const TPoint2D& s1 = A == B ? C : A;
+    const TPoint2D& s2 = A == B ? D : B;
+    return {Orient(s1, s2, p) == 0 && within(p, s1, s2) ? 1 : 0, p, p};
+  }
+  if (Orient(A, B, C) == 0 && Orient(A, B, D) == 0) {
+    const TPoint2D dir = B - A;
+    auto at = [&](const TPoint2D& P) { return (P - A).DotMul(dir) / dir.MagSqr(); };
+    const double lo = std::max(0.0, std::min(at(C), at(D)));
+    const double hi = std::min(1.0, std::max(at(C), at(D)));
+    if (lo > hi) return {};
+    return {lo < hi ? 2 : 1, A + dir * lo, A + dir * hi};
+  }
+  auto sgn = [](double v) { return (v > 0) - (v < 0); };
+  if (sgn(Orient(A, B, C)) * sgn(Orient(A, B, D)) > 0 || sgn(Orient(C, D, A)) * sgn(Orient(C, D, B)) > 0) return {};
+  const TPoint2D p = A + (B - A) * (Orient(C, D, A) / (Orient(C, D, A) - Orient(C, D, B)));
+  return {1, p, p};
+}
+
+// A random polyline on a small grid without repeated neighbours: crossings, touches at
+// vertices and collinear overlaps are all common.
+TDynPoints2D GridPolyline(std::mt19937& Rng, int Count, int Grid) {
+  std::uniform_int_distribution<int> coord(0, Grid);
+  TDynPoints2D pts;
+  while (static_cast<int>(pts.size()) < Count) {
+    const TPoint2D p(coord(Rng), coord(Rng));
+    if (pts.empty() || !(pts.back() == p)) pts.push_back(p);
+  }
+  return pts;
+}
+
+bool BruteSelfIntersect(const TDynPoints2D& Pts) {
+  const int n = static_cast<int>(Pts.size());
+  for (int i = 1; i + 1 < n; ++i) {
+    for (int j = 0; j < i; ++j) {
+      const TContact c = Contact(Pts[i], Pts[i + 1], Pts[j], Pts[j + 1]);
+      if (c.Kind == 2) return true;
+      if (c.Kind == 0 || i - j == 1) continue;
+      if (Pts.front() == Pts.back() && i == n - 2 && j == 0 && c.P == Pts[0]) continue;  // the seam
+      return true;
+    }
+  }
+  return false;
+}
+
+// ---- point relation -----------------------------------------------------------------------
+
+TEST(VPolyline2DRelations, PointRelation) {
+  // Rays toward +X through the vertices where a diamond's halves meet count once; so does a
+  // ray through the bottom of a notch, where the outline only touches the ray.
+  const TVPolyline2D diamond{{0, 0}, {1, -1}, {2, 0}, {1, 1}};
+  EXPECT_EQ(diamond.RelationWithPoint({1, 0}, 1e-6), In);
+  EXPECT_EQ(diamond.RelationWithPoint({0.5, 0.5 + 5e-6}, 1e-6), Out);
+  EXPECT_EQ(diamond.RelationWithPoint({0.5, 0.5 + 5e-6}, TGeTolerance(1e-5, 1e-6)), On);  // the closing edge
+  const TVPolyline2D notch{{0, 0}, {4, 0}, {4, 2}, {3, 2}, {2, 1}, {1, 2}, {0, 2}};
+  EXPECT_EQ(notch.RelationWithPoint({1, 1}, 1e-6), In);
+  EXPECT_EQ(notch.RelationWithPoint({2, 1.5}, 1e-6), Out);
+  // Beside horizontal edges, from either side, within the tolerance and beyond it.
+  EXPECT_EQ(notch.RelationWithPoint({0.5, 2 - 5e-7}, 1e-6), On);
+  EXPECT_EQ(notch.RelationWithPoint({0.5, 2 + 5e-7}, 1e-6), On);
+  EXPECT_EQ(notch.RelationWithPoint({2, -9e-7}, 1e-6), On);
+  EXPECT_EQ(notch.RelationWithPoint({0.5, 2 - 2e-6}, 1e-6), In);
+  EXPECT_EQ(notch.RelationWithPoint({0.5, 2 + 2e-6}, 1e-6), Out);
+  EXPECT_EQ(TVPolyline2D(TPoint2D(1, 1)).RelationWithPoint({1, 1 + 1e-7}, 1e-6), On);
+  EXPECT_EQ(TVPolyline2D().RelationWithPoint({0, 0}, 1e-6), Out);
+
+  // Random simple outlines, open or closed, either way round, against the winding number:
+  // probes on vertices, on rays through vertices, and across edges within and beyond Tol.
+  std::mt19937 rng(2024);
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
+  constexpr double Tol = 1e-6;
+  int seen[3] = {0, 0, 0};
+  for (int round = 0; round < 60; ++round) {
+    const TDynPoints2D pts = Star(rng, 3 + round % 40);
+    TVPolyline2D poly(pts);
+    if (round % 3 == 0) poly.Reverse();
+    if (round % 2 == 0) poly.Add(poly.First());
+    std::vector<TPoint2D> probes;
+    for (std::size_t i = 0, prev = pts.size() - 1; i < pts.size(); prev = i++) {
+      probes.push_back(pts[i]);
+      probes.emplace_back(-20.0 + 40.0 * unit(rng), pts[i].Y);
+      const TPoint2D d = pts[i] - pts[prev];
+      const TPoint2D normal = d.RotateCcw90().Normal();
+      for (const double offset : {0.0, 0.9, -0.9, 2.0, -2.0, 50.0, -50.0}) {
+        probes.push_back(pts[prev] + d * unit(rng) + normal * (offset * Tol));
+      }
+    }
+    for (int k = 0; k < 50; ++k) probes.emplace_back(-12.0 + 24.0 * unit(rng), -12.0 + 24.0 * unit(rng));
+    for (const TPoint2D& p : probes) {
+      const double dist = BoundaryDistance(pts, p);
+      if (std::fabs(dist - Tol) < 1e-3 * Tol) continue;  // too close to call either way
+      const int want = dist <= Tol ? On : (Winding(pts, p) != 0 ? In : Out);
+      ASSERT_EQ(poly.RelationWithPoint(p, Tol), want) << "round " << round << " at " << p.ToString();
+      ++seen[want];
+    }
+  }
+  for (const int count : seen) EXPECT_GT(count, 1000);
+}
+
+// ---- crossings ----------------------------------------------------------------------------
+
+TEST(VPolyline2DRelations, CrossWithSegment) {
+  const TVPolyline2D square{{0, 0}, {4, 0}, {4, 4}, {0, 4}, {0, 0}};
+  // Along the bottom edge: one stretch; the ends of the neighbouring edges lie on it, and
+  // (0, 0), met by two edges, counts once. A line of length 0 on the outline gives 0.0.
+  const TLine2D along({-2, 0}, {6, 0});
+  TList<double> params;
+  TList<double> kept;
+  TList<TPair<double, double>> stretches;
+  EXPECT_TRUE(square.CrossWith(along, params, stretches, false, 1e-6));
+  EXPECT_TRUE(square.CrossWith(along, kept, stretches, true, 1e-6));
+  EXPECT_TRUE(square.CrossWith(TLine2D({4, 0}, {4, 0}), kept, stretches, false, 1e-6));
+  ASSERT_EQ(stretches.Count(), 2);
+  EXPECT_EQ(std::make_pair(stretches[0].Key, stretches[0].Value), std::make_pair(0.25, 0.75));
+  EXPECT_EQ(params.List(), (std::vector<double>{0.25, 0.75}));
+  EXPECT_EQ(kept.List(), (std::vector<double>{0.0}));
+  TList<double> corners;  // through two vertices, each the end of two edges
+  EXPECT_TRUE(square.CrossWith(TLine2D({-1, -1}, {5, 5}), corners, stretches, false, 1e-6));
+  EXPECT_EQ(corners.Count(), 2);
+  // As points, appended to the caller's; a line ending within the tolerance reaches.
+  TList<TPoint2D> pts;
+  TList<TLine2D> lines;
+  EXPECT_TRUE(square.CrossWith(TLine2D({2, -1}, {2, 5}), pts, lines, true));
+  EXPECT_FALSE(square.CrossWith(TLine2D({5, -1}, {5, 5}), pts, lines, true));
+  EXPECT_TRUE(square.CrossWith(TLine2D({1, -5}, {1, -0.9e-6}), pts, lines, true));
+  EXPECT_EQ(pts.Count(), 3);
+  EXPECT_EQ(square.CrossWithLastPt(TLine2D({2, -1}, {2, 5})).Value, TPoint2D(2, 4));
+  EXPECT_EQ(square.CrossWithLastPt(TLine2D({6, 0}, {-2, 0})).Value, TPoint2D(0, 0));  // the stretch's end
+  EXPECT_TRUE(square.CrossWithLastPt(TLine2D({5, 5}, {6, 6})).GetIsNull());
+}
+
+TEST(VPolyline2DRelations, SelfIntersectionAgainstAllPairs) {
+  TVPolyline2D square{{0, 0}, {4, 0}, {4, 4}, {0, 4}, {0, 0}};
+  EXPECT_FALSE(square.IsSelfIntersect(1e-6));
+  square.SetItem(4, {2, 0});  // the last vertex on the first edge
+  EXPECT_TRUE(square.IsSelfIntersect(1e-6));
+  EXPECT_FALSE((TVPolyline2D{{1, 1}, {1, 1}}).IsSelfIntersect(1e-6));
+  EXPECT_TRUE((TVPolyline2D{{0, 0}, {4, 0}, {2, 0}}).IsSelfIntersect(1e-6));  // folds back
+  EXPECT_TRUE((TVPolyline2D{{0, 0}, {4, 0}, {4, 1}, {2, 1e-7}}).IsSelfIntersect(1e-6));
+  EXPECT_FALSE((TVPolyline2D{{0, 0}, {4, 0}, {4, 1}, {2, 1e-5}}).IsSelfIntersect(1e-6));
+  EXPECT_THROW((TVPolyline2D{{0, 0}, {NAN, 0}, {1, 1}}).IsSelfIntersect(1e-6), EParamError);
+
+  // Short polylines on a small grid, and long outlines on a fine one (many runs of segments),
+  // simple or with a vertex moved onto another, onto the middle of a segment, or across.
+  std::mt19937 rng(5);
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
+  int verdicts[2] = {0, 0};
+  for (int round = 0; round < 3000; ++round) {
+    TDynPoints2D pts = GridPolyline(rng, 3 + round % 8, 3 + round % 5);
+    if (round % 10 == 0) {
+      pts = Star(rng, 20 + round % 150);
+      for (TPoint2D& p : pts) p = TPoint2D(2.0 * std::round(p.X * 50.0), 2.0 * std::round(p.Y * 50.0));
+      pts.erase(std::unique(pts.begin(), pts.end()), pts.end());
+      const auto pick = [&] { return static_cast<std::size_t>(unit(rng) * static_cast<double>(pts.size() - 1)); };
+      const std::size_t k = pick();
+      const std::size_t m = pick();
+      if (round % 40 == 10) pts[k] = pts[m];
+      if (round % 40 == 20) pts[k] = (pts[m] + pts[m + 1]) * 0.5;
+      if (round % 40 == 30) pts[k] = pts[k] * 0.2;
+    }
+    if (round % 3 != 0 && !(pts.back() == pts.front())) pts.push_back(pts.front());
+    const bool want = BruteSelfIntersect(pts);
+    ASSERT_EQ(TVPolyline2D(pts).IsSelfIntersect(1e-9), want) << "round " << round;
+    ++verdicts[want ? 1 : 0];
+  }
+  EXPECT_GT(verdicts[0], 300);
+  EXPECT_GT(verdicts[1], 300);
+}
+
+TEST(VPolyline2DRelations, CrossWithPolylineAgainstAllPairs) {
+  using TKey = std::pair<long long, long long>;
+  auto key = [](const TPoint2D& p) { return TKey(std::llround(p.X * 1e6), std::llround(p.Y * 1e6)); };
+  auto stretch = [&](const TPoint2D& p, const TPoint2D& q) {
+    return std::make_pair(std::min(key(p), key(q)), std::max(key(p), key(q)));
+  };
+  std::mt19937 rng(11);
+  for (int round = 0; round < 1500; ++round) {
+    const TDynPoints2D a = GridPolyline(rng, 2 + round % 7, 5);
+    const TDynPoints2D b = GridPolyline(rng, 2 + (round / 7) % 7, 5);
+    std::set<TKey> wantPoints;
+    std::multiset<std::pair<TKey, TKey>> wantLines;
+    for (std::size_t i = 0; i + 1 < a.size(); ++i) {
+      for (std::size_t j = 0; j + 1 < b.size(); ++j) {
+        const TContact c = Contact(a[i], a[i + 1], b[j], b[j + 1]);
+        if (c.Kind == 1) wantPoints.insert(key(c.P));
+        if (c.Kind == 2) wantLines.insert(stretch(c.P, c.Q));
+      }
+    }
+    const TVPolyline2D pa(a);
+    const TVPolyline2D pb(b);
+    TList<TPoint2D> points;
+    TList<TLine2D> lines;
+    pa.CrossWith(pb, points, lines);
+    std::set<TKey> gotPoints;
+    for (const TPoint2D& p : points) EXPECT_TRUE(gotPoints.insert(key(p)).second) << "reported twice";
+    std::multiset<std::pair<TKey, TKey>> gotLines;
+    for (const TLine2D& l : lines) gotLines.insert(stretch(l.P1, l.P2));
+    ASSERT_EQ(gotPoints, wantPoints) << "round " << round;
+    ASSERT_EQ(gotLines, wantLines) << "round " << round;
+    const bool touch = !wantPoints.empty() || !wantLines.empty();
+    ASSERT_EQ(pa.IsCrossWith(pb), touch) << round;
+    ASSERT_EQ(pb.IsCrossWith(pa), touch) << round;
+  }
+  // Alongside an edge, apart by less than the tolerance, and then by more.
+  const TVPolyline2D square{{0, 0}, {2, 0}, {2, 2}, {0, 2}, {0, 0}};
+  EXPECT_TRUE(square.IsCrossWith(TVPolyline2D{{-1, 1}, {-0.9e-6, 1}, {-0.9e-6, 3}, {1, 3}}));
+  EXPECT_FALSE(square.IsCrossWith(TVPolyline2D{{-1, 1}, {-1.1e-6, 1}, {-1.1e-6, 3}, {1, 3}}));
+}
+
+TEST(VPolyline2DRelations, RelationsNearestCrossingsAndCorners) {
+  // Two squares sharing an edge: the overlap, and the two corners where the others meet it.
+  const TVPolyline2D left{{0, 0}, {2, 0}, {2, 2}, {0, 2}, {0, 0}};
+  const TVPolyline2D right{{2, 0}, {4, 0}, {4, 2}, {2, 2}, {2, 0}};
+  TList<TPoint2D> points;
+  TList<TLine2D> lines;
+  left.CrossWith(right, points, lines);
+  EXPECT_EQ(lines.Count(), 1);
+  EXPECT_EQ(points.Count(), 2);
+  // Open outlines are closed first; a touch is a crossing.
+  const TVPolyline2D inner{{0.5, 0.5}, {1.5, 0.5}, {1.5, 1.5}, {0.5, 1.5}};
+  EXPECT_EQ(std::vector<int>({left.RelationWith(inner), inner.RelationWith(left), left.RelationWith(right),
+                              left.RelationWith(TVPolyline2D{{1, 1}, {3, 3}, {1, 3}})}),
+            std::vector<int>({1, -1, 0, 0}));
+  try {
+    left.RelationWith(TVPolyline2D());
+    ADD_FAILURE() << "nothing raised";
+  } catch (const EAssertionFailed& e) {
+    EXPECT_STREQ(e.what(), "[Assert] TVPolyline2D.RelationWith: 多段线没有数据");
+    EXPECT_EQ(e.Source, "Orvane");
+  }
+  // From a crossing the next one counts, never the start itself; overlaps offer their
+  // nearest point.
+  const TVPolyline2D axis{{-1, 0}, {5, 0}};
+  TPoint2D hit(9, 9);
+  EXPECT_FALSE(axis.NearestCrossPoint(TVPolyline2D{{0, -1}, {0, 1}}, {0, 0}, hit));
+  EXPECT_EQ(hit, TPoint2D(9, 9));
+  ASSERT_TRUE(axis.NearestCrossPoint(TVPolyline2D{{0, -1}, {1, 1}, {2, -1}, {3, 1}}, {0.5, 0}, hit));
+  EXPECT_NEAR(hit.X, 1.5, 1e-12);
+  ASSERT_TRUE(axis.NearestCrossPoint(TVPolyline2D{{2, 0}, {3, 0}}, {0, 0}, hit));
+  EXPECT_EQ(hit, TPoint2D(2, 0));
+
+  // Corners: convex all round a square, one concave corner in an L, either way round.
+  for (const bool clockwise : {false, true}) {
+    TVPolyline2D square(left.Points());
+    TVPolyline2D ell{{0, 0}, {2, 0}, {2, 1}, {1, 1}, {1, 2}, {0, 2}, {0, 0}};
+    square.SetIsClockwise(clockwise);
+    ell.SetIsClockwise(clockwise);
+    for (int id = 0; id < square.Count(); ++id) EXPECT_EQ(square.CornerType(id), 1) << id;
+    for (int id = 0; id < ell.Count(); ++id) EXPECT_EQ(ell.CornerType(id), id == 3 ? 3 : 1) << id;
+  }
+  const TVPolyline2D open{{0, 0}, {1, 0}, {2, 0}, {2, 1}};
+  EXPECT_EQ(std::vector<int>({open.CornerType(0), open.CornerType(1), open.CornerType(2), open.CornerType(3)}),
+            std::vector<int>({0, 2, 1, 0}));
+  EXPECT_THROW(open.CornerType(7), EListError);
+  // Three vertices of a circle of radius 5 give 5, across the seam too. Straight runs and
+  // open ends give 0.
+  TDynPoints2D circle;
+  for (int k = 0; k < 12; ++k) circle.emplace_back(5.0 * std::cos(k * TwoPi / 12), 5.0 * std::sin(k * TwoPi / 12));
+  circle.push_back(circle.front());
+  for (const double t : {0.0, 3.0, 12.0}) EXPECT_NEAR(TVPolyline2D(circle).CurvatureRadius(t), 5.0, 1e-9) << t;
+  EXPECT_EQ(open.CurvatureRadius(0.5), 0.0);
+  EXPECT_EQ(open.CurvatureRadius(3.0), 0.0);
+  EXPECT_NEAR(open.CurvatureRadius(2.0), std::sqrt(0.5), 1e-12);  // (1, 0), (2, 0), (2, 1)
+}
+
+TEST(VPolyline2DRelations, RealOutlines) {
+  const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "outlines";
+  if (!std::filesystem::is_directory(dir)) GTEST_SKIP() << "no outline data at " << dir;
+  std::mt19937 rng(3);
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
+  int parts = 0;
+  int smoothed = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+    std::ifstream in(entry.path());
+    const nlohmann::json doc = nlohmann::json::parse(in);
+    for (const nlohmann::json& part : doc["parts"]) {
+      TVPolyline2D poly;
+      for (const nlohmann::json& xy : part["outer"]) poly.Add({xy[0].get<double>(), xy[1].get<double>()});
+      // Some outlines repeat a vertex, or nearly (1e-13 apart), and the segments on either
+      // side of such a vertex meet there; the parts are simple polygons otherwise.
+      poly.ConnectHeadTail();
+      const double area = poly.Area();
+      const int before = poly.Count();
+      poly.DeleteNeighbourClosed(false, 1e-9);
+      const TRect2D box = poly.BoundBox();
+      const double diagonal = std::hypot(box.Width(), box.Height());
+      EXPECT_LE(std::fabs(poly.Area() - area), 0.5 * 1e-9 * diagonal * (before - poly.Count()));
+      ++parts;
+      ASSERT_FALSE(poly.IsSelfIntersect(1e-9)) << entry.path().filename() << " part " << part["id"];
+      for (int k = 0; k < 40; ++k) {
+        const TPoint2D p(box.XMin + unit(rng) * box.Width(), box.YMin + unit(rng) * box.Height());
+        const double dist = BoundaryDistance(poly.Points(), p);
+        if (std::fabs(dist - 1e-6) < 1e-9) continue;
+        const int want = dist <= 1e-6 ? On : (Winding(poly.Points(), p) != 0 ? In : Out);
+        ASSERT_EQ(poly.RelationWithPoint(p, 1e-6), want) << entry.path().filename();
+      }
+      // Smoothing moves the area by at most half of ATol times a chord times the outline.
+      TVPolyline2D smooth(poly.Points());
+      smooth.CollinearSmooth(1e-4, false);
+      smoothed += poly.Count() - smooth.Count();
+      EXPECT_LE(std::fabs(smooth.Area() - poly.Area()), 0.5 * 1e-4 * diagonal * poly.TotalLength());
+    }
+  }
+  EXPECT_GT(parts, 500);
+  EXPECT_GT(smoothed, 0);
+}
+
+}  // namespace
+}  // namespace orvane
