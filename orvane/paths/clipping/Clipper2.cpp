@@ -205,20 +205,31 @@ bool TClipper64::Execute(TClipType ClipType, TPaths64& Solution, TFillRule FillR
   return Execute(ClipType, FillRule, Solution);
 }
 
+namespace {
+
+// Adds both sets for a one-shot run. With two fill rules each closed set is first united
+// under its own rule, and the run then needs only even-odd; the rule to run with comes back.
+TFillRule AddWithFillRules(TClipper64& C, const TPaths64& SubjPaths, const TPaths64& ClipPaths, bool SubjIsClosed,
+                           bool ClipIsClosed, TFillRule SubjFillRule, TFillRule ClipFillRule) {
+  if (SubjFillRule == ClipFillRule) {
+    C.AddPaths(SubjPaths, TPathType::ptSubject, SubjIsClosed);
+    C.AddPaths(ClipPaths, TPathType::ptClip, ClipIsClosed);
+    return SubjFillRule;
+  }
+  C.AddPaths(UnionIfClosed(SubjPaths, SubjIsClosed, SubjFillRule), TPathType::ptSubject, SubjIsClosed);
+  C.AddPaths(UnionIfClosed(ClipPaths, ClipIsClosed, ClipFillRule), TPathType::ptClip, ClipIsClosed);
+  return TFillRule::frEvenOdd;
+}
+
+}  // namespace
+
 bool TClipper64::Execute(const TPaths64& SubjPaths, const TPaths64& ClipPaths, bool SubjIsClosed, bool ClipIsClosed,
                          TFillRule SubjFillRule, TFillRule ClipFillRule, TClipType ClipType, TInitOptions InitOptions,
                          TPaths64& Solution) {
   TClipper64 c(InitOptions);
   Solution.clear();
-  TFillRule fill = SubjFillRule;
-  if (SubjFillRule == ClipFillRule) {
-    c.AddPaths(SubjPaths, TPathType::ptSubject, SubjIsClosed);
-    c.AddPaths(ClipPaths, TPathType::ptClip, ClipIsClosed);
-  } else {
-    c.AddPaths(UnionIfClosed(SubjPaths, SubjIsClosed, SubjFillRule), TPathType::ptSubject, SubjIsClosed);
-    c.AddPaths(UnionIfClosed(ClipPaths, ClipIsClosed, ClipFillRule), TPathType::ptClip, ClipIsClosed);
-    fill = TFillRule::frEvenOdd;
-  }
+  const TFillRule fill =
+      AddWithFillRules(c, SubjPaths, ClipPaths, SubjIsClosed, ClipIsClosed, SubjFillRule, ClipFillRule);
   return c.Execute(ClipType, fill, Solution);
 }
 
@@ -229,15 +240,8 @@ bool TClipper64::Execute(const TPaths64& SubjPaths, const TPaths64& ClipPaths, b
   TClipper64 c(InitOptions);
   PolyTree->Clear();
   OpenPaths.clear();
-  TFillRule fill = SubjFillRule;
-  if (SubjFillRule == ClipFillRule) {
-    c.AddPaths(SubjPaths, TPathType::ptSubject, SubjIsClosed);
-    c.AddPaths(ClipPaths, TPathType::ptClip, ClipIsClosed);
-  } else {
-    c.AddPaths(UnionIfClosed(SubjPaths, SubjIsClosed, SubjFillRule), TPathType::ptSubject, SubjIsClosed);
-    c.AddPaths(UnionIfClosed(ClipPaths, ClipIsClosed, ClipFillRule), TPathType::ptClip, ClipIsClosed);
-    fill = TFillRule::frEvenOdd;
-  }
+  const TFillRule fill =
+      AddWithFillRules(c, SubjPaths, ClipPaths, SubjIsClosed, ClipIsClosed, SubjFillRule, ClipFillRule);
   return c.Execute(ClipType, fill, PolyTree, OpenPaths);
 }
 

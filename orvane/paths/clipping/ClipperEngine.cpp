@@ -133,34 +133,25 @@ bool TEngineClipper::ExecutePaths(TClipType ClipType, ClipperLib::Paths& Solutio
   Solution.clear();
   if (Locked) return false;
   if (HasOpenPaths) throw Exception(SPolyTreeNeeded);
-  Locked = true;
-  bool ok = true;
-  try {
-    if (StoreIntersection) RecordIntersections();
-    if (ClipType != TClipType::ctNone)
-      ok = Engine.Execute(ToEngine(ClipType), Solution, ToEngine(SubjFill), ToEngine(ClipFill));
-  } catch (const ClipperLib::clipperException& e) {
-    Locked = false;
-    RaiseEngineError(e);
-  } catch (...) {
-    Locked = false;
-    throw;
-  }
-  Locked = false;
-  return ok;
+  return RunLocked(ClipType, Solution, SubjFill, ClipFill);
 }
 
 bool TEngineClipper::ExecuteTree(TClipType ClipType, ClipperLib::PolyTree& Solution, TFillRule SubjFill,
                                  TFillRule ClipFill) {
   if (Locked) return false;
+  if (ClipType == TClipType::ctNone) Solution.Clear();
+  return RunLocked(ClipType, Solution, SubjFill, ClipFill);
+}
+
+template <class TSolution>
+bool TEngineClipper::RunLocked(TClipType ClipType, TSolution& Solution, TFillRule SubjFill, TFillRule ClipFill) {
+  // The engine refuses re-entry; the lock is released on every way out.
   Locked = true;
   bool ok = true;
   try {
     if (StoreIntersection) RecordIntersections();
     if (ClipType != TClipType::ctNone)
       ok = Engine.Execute(ToEngine(ClipType), Solution, ToEngine(SubjFill), ToEngine(ClipFill));
-    else
-      Solution.Clear();
   } catch (const ClipperLib::clipperException& e) {
     Locked = false;
     RaiseEngineError(e);

@@ -82,6 +82,8 @@ class TEngineClipper {
   // False come back as orvane::Exception with the engine's text.
   bool ExecutePaths(TClipType ClipType, ClipperLib::Paths& Solution, TFillRule SubjFill, TFillRule ClipFill);
   bool ExecuteTree(TClipType ClipType, ClipperLib::PolyTree& Solution, TFillRule SubjFill, TFillRule ClipFill);
+  template <class TSolution>
+  bool RunLocked(TClipType ClipType, TSolution& Solution, TFillRule SubjFill, TFillRule ClipFill);
   void RecordIntersections();
   bool AddChecked(const TPath64& Path, TPathType Type, bool Closed);
 
