@@ -5,23 +5,15 @@
 #include <random>
 
 #include "ClipTestUtils.h"
+#include "TestSupport.h"
 #include "orvane/foundation/Exception.h"
 
 using namespace orvane;
+using orvane::testing::MessageOf;
 using namespace orvane::Clipper2;
 using cliptest::Rect;
 
 namespace {
-
-template <class F>
-std::string MessageOf(F&& Body) {
-  try {
-    Body();
-  } catch (const orvane::Exception& e) {
-    return e.Message;
-  }
-  return "<no exception>";
-}
 
 bool InsideRect(const TPaths64& Paths, const TRect64& R) {
   for (const TPath64& p : Paths)

@@ -11,9 +11,11 @@
 #include <set>
 
 #include "ClipTestUtils.h"
+#include "TestSupport.h"
 #include "orvane/foundation/Exception.h"
 
 using namespace orvane;
+using orvane::testing::MessageOf;
 using namespace orvane::Clipper;
 using cliptest::Rect;
 
@@ -26,16 +28,6 @@ double Clip(TClipType Ct, const TPaths64& A, const TPaths64& B, TFillRule Fill) 
   TPaths64 out;
   EXPECT_TRUE(c.Execute(Ct, out, Fill));
   return Core::Area(out);
-}
-
-template <class F>
-std::string MessageOf(F&& Body) {
-  try {
-    Body();
-  } catch (const orvane::Exception& e) {
-    return e.Message;
-  }
-  return "<no exception>";
 }
 
 }  // namespace

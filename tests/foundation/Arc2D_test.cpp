@@ -209,8 +209,10 @@ TEST(Arc2D, CrossingCountsAgreeWithDenseSampling) {
       if ((prev < 0) != (cur < 0)) {
         double param = 0;
         const TPoint2D p = seg.EvalPoint(t);
-        if (arc.IsOn(p, 1e-3, param) && param > 1e-3 && param < 1 - 1e-3) ++brute;
-        else nearTangent = true;  // crossing at an arc end: leave it to the hand-worked cases
+        if (arc.IsOn(p, 1e-3, param) && param > 1e-3 && param < 1 - 1e-3)
+          ++brute;
+        else
+          nearTangent = true;  // crossing at an arc end: leave it to the hand-worked cases
       }
       prev = cur;
     }
@@ -241,7 +243,8 @@ TEST(Arc2D, CrossingsAndOverlapsOfArcs) {
   // External and internal tangency: one point each.
   ASSERT_EQ(unit.Intersect(TArc2D::CreateCircle({2, 0}, {3, 0}, false), i1, i2), 1);
   ExpectNear(i1.Pt, {1, 0});
-  ASSERT_EQ(TArc2D::CreateCircle({0, 0}, {2, 0}, false).Intersect(TArc2D::CreateCircle({1, 0}, {2, 0}, true), i1, i2), 1);
+  ASSERT_EQ(TArc2D::CreateCircle({0, 0}, {2, 0}, false).Intersect(TArc2D::CreateCircle({1, 0}, {2, 0}, true), i1, i2),
+            1);
   ExpectNear(i1.Pt, {2, 0});
   // Crossing of the circles outside one arc's sweep.
   EXPECT_EQ(TArc2D({0, 0}, 1, Pi, 0.5).Intersect(TArc2D::CreateCircle({1, 0}, {2, 0}, false), i1, i2), 0);

@@ -3,21 +3,11 @@
 
 #include <string>
 
+#include "TestSupport.h"
 #include "orvane/Orvane.h"
 
 using namespace orvane;
-
-namespace {
-template <class F>
-std::string MessageOf(F&& Fn) {
-  try {
-    Fn();
-  } catch (const Exception& e) {
-    return e.what();
-  }
-  return "(no exception)";
-}
-}  // namespace
+using orvane::testing::MessageOf;
 
 TEST(DirUtils, MappingsTurnsAndExactErrorTexts) {
   EXPECT_EQ(TDirUtils::WindowsDirToDir(37), TDir::dirLeft);
@@ -42,7 +32,8 @@ TEST(DirUtils, MappingsTurnsAndExactErrorTexts) {
   EXPECT_EQ(TDirUtils::Reverse(TDir::dirLeftUp), TDir::dirRightDown);
 
   EXPECT_EQ(MessageOf([] { TDirUtils::WindowsDirToDir(41); }), "[Error] TDirUtils.WindowsDirToDir: 参数错误");
-  EXPECT_EQ(MessageOf([] { TDirUtils::DirToWindowsDir(TDir::dirLeftUp); }), "[Error] TDirUtils.DirToWindowsDir: 参数错误");
+  EXPECT_EQ(MessageOf([] { TDirUtils::DirToWindowsDir(TDir::dirLeftUp); }),
+            "[Error] TDirUtils.DirToWindowsDir: 参数错误");
   EXPECT_EQ(MessageOf([] { TDirUtils::DirToVec(TDir::dirNone); }), "[Error] TDirUtils.DirToVec: 参数错误");
   EXPECT_EQ(MessageOf([] { TDirUtils::Reverse(TDir::dirNone); }), "[Error] TDirUtils.Reverse: 参数错误");
   EXPECT_EQ(MessageOf([] { TDirUtils::RotateN90Degrees(TDir::dirRightUp, 1); }),

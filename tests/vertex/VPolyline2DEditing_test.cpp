@@ -11,6 +11,7 @@
 #include <random>
 #include <vector>
 
+#include "TestSupport.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/vertex/VPolyline2D.h"
@@ -21,16 +22,7 @@ namespace {
 namespace bg = boost::geometry;
 using BPolygon = bg::model::polygon<bg::model::d2::point_xy<double>, false, true>;
 
-// A simple outline: vertices at increasing angles round the origin with random radii.
-TDynPoints2D Star(std::mt19937& Rng, int Corners) {
-  std::uniform_real_distribution<double> unit(0.0, 1.0);
-  TDynPoints2D pts;
-  for (int i = 0; i < Corners; ++i) {
-    const double a = (i + 0.8 * unit(Rng)) * TwoPi / Corners;
-    pts.push_back(TPoint2D(std::cos(a), std::sin(a)) * (1.0 + 9.0 * unit(Rng)));
-  }
-  return pts;
-}
+TDynPoints2D Star(std::mt19937& Rng, int Corners) { return orvane::testing::RandomStar(Rng, Corners); }
 
 // Runs Edit on a polyline made of Pts and compares the vertices with Want.
 template <class F>

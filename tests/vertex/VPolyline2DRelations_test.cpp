@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "TestSupport.h"
 #include "orvane/foundation/Enums.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/GeTolerance.h"
@@ -46,16 +47,7 @@ double BoundaryDistance(const TDynPoints2D& Poly, const TPoint2D& P) {
   return best;
 }
 
-// A simple outline: vertices at increasing angles round the origin with random radii.
-TDynPoints2D Star(std::mt19937& Rng, int Corners) {
-  std::uniform_real_distribution<double> unit(0.0, 1.0);
-  TDynPoints2D pts;
-  for (int i = 0; i < Corners; ++i) {
-    const double a = (i + 0.8 * unit(Rng)) * TwoPi / Corners;
-    pts.push_back(TPoint2D(std::cos(a), std::sin(a)) * (1.0 + 9.0 * unit(Rng)));
-  }
-  return pts;
-}
+TDynPoints2D Star(std::mt19937& Rng, int Corners) { return orvane::testing::RandomStar(Rng, Corners); }
 
 // Exact relation of two segments with small integer coordinates: 0 apart, 1 one common
 // point P, 2 a collinear stretch P..Q of positive length.

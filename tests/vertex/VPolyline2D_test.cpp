@@ -6,6 +6,7 @@
 #include <random>
 #include <typeinfo>
 
+#include "TestSupport.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 
@@ -19,12 +20,7 @@ void ExpectPoint(const TPoint2D& Got, const TPoint2D& Want, double Tol = 1e-12) 
 
 // A closed star-shaped outline (simple by construction) with a closing vertex.
 TDynPoints2D Star(std::mt19937& Rng, int Corners) {
-  std::uniform_real_distribution<double> unit(0.0, 1.0);
-  TDynPoints2D pts;
-  for (int i = 0; i < Corners; ++i) {
-    const double a = (i + 0.8 * unit(Rng)) * TwoPi / Corners;
-    pts.push_back(TPoint2D(std::cos(a), std::sin(a)) * (1.0 + 9.0 * unit(Rng)));
-  }
+  TDynPoints2D pts = orvane::testing::RandomStar(Rng, Corners);
   pts.push_back(pts.front());
   return pts;
 }
