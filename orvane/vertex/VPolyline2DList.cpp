@@ -40,6 +40,11 @@ void CheckTolerance(double Tol, const char* Where) {
 
 bool IsFinite(const TPoint2D& P) { return std::isfinite(P.X) && std::isfinite(P.Y); }
 
+// A.Equals(B, Tol), with the square root spared where one axis alone is too far apart.
+bool Meet(const TPoint2D& A, const TPoint2D& B, double Tol) {
+  return std::fabs(A.X - B.X) <= Tol && std::fabs(A.Y - B.Y) <= Tol && A.Equals(B, Tol);
+}
+
 // Points hashed by grid cell. A cell is at least four tolerances wide, so the points within
 // the tolerance of a point lie in at most two cells per axis. Cells are also kept coarse
 // enough that their indices stay far inside 64 bits and the rounding of a coordinate is a
@@ -71,17 +76,17 @@ class TPointGrid {
     FMask = buckets - 1;
     FHeads.assign(buckets, -1);
     FNext.assign(Pts.size(), -1);
-    FCellX.assign(Pts.size(), 0);
-    FCellY.assign(Pts.size(), 0);
+    FTags.assign(Pts.size(), 0);
   }
 
   void Add(std::int32_t Id) {
     const TPoint2D& p = FPts[static_cast<std::size_t>(Id)];
     if (!IsFinite(p)) return;
     const auto i = static_cast<std::size_t>(Id);
-    FCellX[i] = static_cast<std::int64_t>(std::floor((p.X - FOrgX) / FCell));
-    FCellY[i] = static_cast<std::int64_t>(std::floor((p.Y - FOrgY) / FCell));
-    std::int32_t& head = FHeads[Bucket(FCellX[i], FCellY[i])];
+    const std::uint64_t h = Hash(static_cast<std::int64_t>(std::floor((p.X - FOrgX) / FCell)),
+                                 static_cast<std::int64_t>(std::floor((p.Y - FOrgY) / FCell)));
+    FTags[i] = static_cast<std::uint32_t>(h >> 32);
+    std::int32_t& head = FHeads[h & FMask];
     FNext[i] = head;
     head = Id;
   }
@@ -99,20 +104,22 @@ class TPointGrid {
     const auto cy1 = static_cast<std::int64_t>(std::floor(qy + FReach));
     for (std::int64_t cx = cx0; cx <= cx1; ++cx) {
       for (std::int64_t cy = cy0; cy <= cy1; ++cy) {
-        for (std::int32_t id = FHeads[Bucket(cx, cy)]; id >= 0; id = FNext[static_cast<std::size_t>(id)]) {
-          const auto i = static_cast<std::size_t>(id);
-          if (FCellX[i] == cx && FCellY[i] == cy) Visit(id);
+        const std::uint64_t h = Hash(cx, cy);
+        const auto tag = static_cast<std::uint32_t>(h >> 32);
+        for (std::int32_t id = FHeads[h & FMask]; id >= 0; id = FNext[static_cast<std::size_t>(id)]) {
+          if (FTags[static_cast<std::size_t>(id)] == tag) Visit(id);
         }
       }
     }
   }
 
  private:
-  std::size_t Bucket(std::int64_t CX, std::int64_t CY) const {
+  // The low bits pick the bucket, the high 32 bits tag the cell, so that a bucket's other
+  // cells are mostly passed over (a tag shared by two cells only adds candidates).
+  static std::uint64_t Hash(std::int64_t CX, std::int64_t CY) {
     std::uint64_t h = static_cast<std::uint64_t>(CX) * 0x9E3779B97F4A7C15ull;
     h ^= (static_cast<std::uint64_t>(CY) + 0x632BE59BD9B4E019ull) * 0xC2B2AE3D27D4EB4Full;
-    h ^= h >> 29;
-    return static_cast<std::size_t>(h) & FMask;
+    return h ^ (h >> 29);
   }
 
   const std::vector<TPoint2D>& FPts;
@@ -120,11 +127,10 @@ class TPointGrid {
   double FOrgY = 0.0;
   double FCell = 1.0;
   double FReach = 0.0;
-  std::size_t FMask = 0;
+  std::uint64_t FMask = 0;
   std::vector<std::int32_t> FHeads;
   std::vector<std::int32_t> FNext;
-  std::vector<std::int64_t> FCellX;
-  std::vector<std::int64_t> FCellY;
+  std::vector<std::uint32_t> FTags;
 };
 
 }  // namespace
@@ -146,7 +152,7 @@ class TJoinPlan {
       if (pts.empty()) continue;
       const auto id = static_cast<std::int32_t>(FSpans.size());
       FSpans.push_back({pts.data(), 0, static_cast<std::int32_t>(pts.size()), -1, -1, false});
-      FChains[k] = {id, id, 1, static_cast<std::int64_t>(pts.size()), false};
+      FChains[k] = {id, id, 1, static_cast<std::int64_t>(pts.size()), false, pts.front(), pts.back()};
     }
   }
 
@@ -241,8 +247,10 @@ class TJoinPlan {
   // they were made for, and a slot that is joined into another forwards to it (a union-find
   // with path compression), which stands for rewriting every link of the joined slot.
   void ConnectSortedEnds(double Tol) {
+    const std::vector<std::int32_t> slots = AliveSlots();
     std::vector<TVPolyline2DList::TPointLink> links;
-    for (const std::int32_t k : AliveSlots()) {
+    links.reserve(2 * slots.size());
+    for (const std::int32_t k : slots) {
       const TChain& c = Chain(k);
       if (c.Count == 0) internal::ListIndexError(0);
       if (IsLoop(c, Tol)) continue;
@@ -272,7 +280,7 @@ class TJoinPlan {
       if (ca.Count == 0 || IsLoop(ca, Tol) || b == a) continue;
       const TChain& cb = Chain(b);
       if (cb.Count == 0 || IsLoop(cb, Tol)) continue;
-      if (!links[i].FPoint.Equals(links[i - 1].FPoint, Tol)) continue;
+      if (!Meet(links[i].FPoint, links[i - 1].FPoint, Tol)) continue;
       // Polyline a takes the join; b stays, empty, until the end.
       if (TryJoin(a, b, Tol, a)) owner[At(b)] = a;
     }
@@ -315,7 +323,7 @@ class TJoinPlan {
           const TChain& cq = Chain(order[q]);
           if (cq.Count > 2 && EndsMeet(cq, Tol)) return;
           const TPoint2D& end = ends[static_cast<std::size_t>(E)];
-          if (end.Equals(head, Tol) || end.Equals(tail, Tol)) best = q;
+          if (Meet(end, head, Tol) || Meet(end, tail, Tol)) best = q;
         };
         grid.ForEachNear(head, consider);
         grid.ForEachNear(tail, consider);
@@ -341,13 +349,16 @@ class TJoinPlan {
     bool Rev;
   };
   // A polyline as spans: the stored order from Head to Tail, read from Tail to Head (each
-  // span the other way round) when Flip. Count vertices in Spans spans.
+  // span the other way round) when Flip. Count vertices in Spans spans. The first and last
+  // vertex read are kept beside, so that testing ends reads no span.
   struct TChain {
     std::int32_t Head = -1;
     std::int32_t Tail = -1;
     std::int32_t Spans = 0;
     std::int64_t Count = 0;
     bool Flip = false;
+    TPoint2D First;
+    TPoint2D Last;
   };
 
   static std::size_t At(std::int32_t K) { return static_cast<std::size_t>(K); }
@@ -366,16 +377,14 @@ class TJoinPlan {
   void Kill(std::int32_t K) { FAlive[At(K)] = 0; }
 
   // First and last vertex of a chain that has vertices.
-  TPoint2D First(const TChain& C) const {
-    const TSpan& s = Span(C.Flip ? C.Tail : C.Head);
-    return s.Rev != C.Flip ? s.Pts[s.Hi - 1] : s.Pts[s.Lo];
+  static const TPoint2D& First(const TChain& C) { return C.First; }
+  static const TPoint2D& Last(const TChain& C) { return C.Last; }
+  static bool EndsMeet(const TChain& C, double Tol) { return Meet(C.First, C.Last, Tol); }
+  static bool IsLoop(const TChain& C, double Tol) { return C.Count >= 3 && EndsMeet(C, Tol); }
+  static void Reverse(TChain& C) {
+    C.Flip = !C.Flip;
+    std::swap(C.First, C.Last);
   }
-  TPoint2D Last(const TChain& C) const {
-    const TSpan& s = Span(C.Flip ? C.Head : C.Tail);
-    return s.Rev != C.Flip ? s.Pts[s.Lo] : s.Pts[s.Hi - 1];
-  }
-  bool EndsMeet(const TChain& C, double Tol) const { return First(C).Equals(Last(C), Tol); }
-  bool IsLoop(const TChain& C, double Tol) const { return C.Count >= 3 && EndsMeet(C, Tol); }
 
   void Unlink(TChain& C, std::int32_t Id) {
     TSpan& s = Span(Id);
@@ -383,7 +392,9 @@ class TJoinPlan {
     (s.Next >= 0 ? Span(s.Next).Prev : C.Tail) = s.Prev;
     --C.Spans;
   }
-  // Drops the first (or last) vertex read; a span left empty leaves the chain.
+  // Drops the first (or last) vertex read; a span left empty leaves the chain. The kept end
+  // vertex on that side goes stale: it is the junction of the join that drops it, and
+  // Concat reads only the ends on the outer sides.
   void DropEnd(TChain& C, bool AtFirst) {
     const std::int32_t id = AtFirst != C.Flip ? C.Head : C.Tail;
     TSpan& s = Span(id);
@@ -421,7 +432,7 @@ class TJoinPlan {
     const TChain& b = X.Flip ? X : Y;
     Span(a.Tail).Next = b.Head;
     Span(b.Head).Prev = a.Tail;
-    return {a.Head, b.Tail, X.Spans + Y.Spans, X.Count + Y.Count, X.Flip};
+    return {a.Head, b.Tail, X.Spans + Y.Spans, X.Count + Y.Count, X.Flip, X.First, Y.Last};
   }
 
   // TVPolyline2D::TryConnect of slot S (the receiver) with slot O: the first pair of ends
@@ -431,23 +442,19 @@ class TJoinPlan {
     TChain s = Chain(S);
     TChain o = Chain(O);
     if (s.Count == 0 || o.Count == 0) return false;
-    const TPoint2D sf = First(s);
-    const TPoint2D sl = Last(s);
-    const TPoint2D of = First(o);
-    const TPoint2D ol = Last(o);
     TChain joined;
-    if (sf.Equals(of, Tol)) {
-      o.Flip = !o.Flip;
+    if (Meet(s.First, o.First, Tol)) {
+      Reverse(o);
       DropEnd(o, false);
       joined = Concat(o, s);
-    } else if (sf.Equals(ol, Tol)) {
+    } else if (Meet(s.First, o.Last, Tol)) {
       DropEnd(o, false);
       joined = Concat(o, s);
-    } else if (sl.Equals(of, Tol)) {
+    } else if (Meet(s.Last, o.First, Tol)) {
       DropEnd(s, false);
       joined = Concat(s, o);
-    } else if (sl.Equals(ol, Tol)) {
-      o.Flip = !o.Flip;
+    } else if (Meet(s.Last, o.Last, Tol)) {
+      Reverse(o);
       DropEnd(o, true);
       joined = Concat(s, o);
     } else {
@@ -600,17 +607,22 @@ void TVPolyline2DList::SortByArea(bool Descending) {
 
 void TVPolyline2DList::Apply(const internal::TJoinPlan& Plan) {
   // Every joined chain is built before any polyline changes, for chains read the vertices
-  // of the polylines they were made from.
+  // of the polylines they were made from. (Vectors are sized at once: growing large ones
+  // step by step costs more in fresh pages than the joining itself.)
+  const int n = Plan.Size();
+  const int alive = Plan.AliveCount();
   std::vector<std::pair<TVPolyline2D*, TDynPoints2D>> joined;
-  for (int k = 0; k < Plan.Size(); ++k) {
+  joined.reserve(static_cast<std::size_t>(alive));
+  for (int k = 0; k < n; ++k) {
     if (Plan.IsAlive(k) && Plan.IsChanged(k)) joined.emplace_back(FItems[static_cast<std::size_t>(k)], Plan.Build(k));
   }
   for (auto& [item, pts] : joined) item->Assign(pts);
+  if (alive == n) return;
   std::vector<TVPolyline2D*> kept;
   std::vector<TVPolyline2D*> gone;
-  kept.reserve(FItems.size());
-  for (int k = 0; k < Plan.Size(); ++k) (Plan.IsAlive(k) ? kept : gone).push_back(FItems[static_cast<std::size_t>(k)]);
-  if (gone.empty()) return;
+  kept.reserve(static_cast<std::size_t>(alive));
+  gone.reserve(static_cast<std::size_t>(n - alive));
+  for (int k = 0; k < n; ++k) (Plan.IsAlive(k) ? kept : gone).push_back(FItems[static_cast<std::size_t>(k)]);
   FItems.swap(kept);
   for (auto it = gone.rbegin(); it != gone.rend(); ++it) Notify(*it, TCollectionNotification::cnRemoved);
 }

@@ -57,25 +57,27 @@ class TVPolyline2DList : public TVGeometry2DList<TVPolyline2D> {
   // Joins open pieces whose ends meet within Tolerance into longer polylines: repeated
   // pieces go first, pieces that follow each other in the list are joined next, then every
   // end is sorted by its point so that coincident ends become neighbours, and neighbours
-  // are joined in one pass from the back. A polyline counts as a closed loop when it has 3
-  // or more vertices and its first vertex Equals its last. Nothing happens with fewer than
-  // two polylines. EParamError when Tolerance is not a finite number of at least 0; an empty
+  // are joined in one pass from the back. Only neighbours in that order are tried: ends
+  // within Tolerance of each other that another end parts in the order (one lying between
+  // them in X, beyond Tolerance from the first) stay apart. A polyline counts as a closed
+  // loop when it has 3 or more vertices and its first vertex Equals its last. Nothing
+  // happens with fewer than two polylines. EParamError when Tolerance is not a finite number of at least 0; an empty
   // polyline that a join would read raises the list's index error. Either way the list
   // stays as it was.
   //
   // Left to the implementer: a polyline that takes a join keeps its identity (and class)
   // and receives the joined vertices through Assign; a polyline joined into another is
-  // deleted (an owning list frees it) once all joins are done. A join is recorded as a
-  // splice of vertex ranges and only written out at the end, so long chains cost no more
-  // than short ones.
+  // deleted (an owning list frees it, and is notified) once all joins are done. A join is
+  // recorded as a splice of vertex ranges and written out only at the end, so that the
+  // whole costs about n log n however long the chains grow.
   void ConnectPolylines(double Tolerance);
   // Sorts by the absolute Area of each polyline, each computed once. The sort is stable.
   void SortByArea(bool Descending);
 
  protected:
   // The three joiners behind ConnectPolylines. Left to the implementer: they are protected
-  // rather than private, so that derived lists (and their checks) can run one on its own.
-  // Each keeps the list as it was when it raises, like ConnectPolylines.
+  // rather than private, so that a derived list can run one on its own. Each keeps the list
+  // as it was when it raises, like ConnectPolylines.
   //
   // The simple greedy joiner: each polyline in turn is joined with the first later one
   // that meets one of its ends, again and again, until it closes or nothing meets it.
