@@ -223,8 +223,9 @@ TEST(VPolyline2DList, LoosePiecesJoinBackIntoTheirRings) {
   if (!std::filesystem::is_directory(dir)) GTEST_SKIP() << "no outline data at " << dir;
   for (const auto& entry : std::filesystem::directory_iterator(dir)) {
     std::ifstream in(entry.path());
+    const nlohmann::json doc = nlohmann::json::parse(in);
     std::vector<TDynPoints2D> rings;
-    for (const nlohmann::json& part : nlohmann::json::parse(in)["parts"]) {
+    for (const nlohmann::json& part : doc["parts"]) {
       TVPolyline2D poly;
       for (const nlohmann::json& xy : part["outer"]) poly.Add({xy[0].get<double>(), xy[1].get<double>()});
       // Vertices that nearly repeat merged: every edge is far longer than the tolerance.
