@@ -280,13 +280,6 @@ TEST(VPolyline2DList, ListEdgesAndFailures) {
   EXPECT_EQ(list.Count(), 3);
   list.DeleteRepeat(true, 1e-6);
   ASSERT_EQ(list.Count(), 2);
-  for (const double side : {2.0, 1.0, 3.0}) list.Add(std::make_unique<TVPolyline2D>(TRect2D(0, 0, side, side)));
-  list.SortByArea(true);
-  EXPECT_EQ(list[0]->Area(), 9.0);
-  EXPECT_EQ(list[1]->Area(), 4.0);
-  // Union answers a list of the same class, which Clone keeps.
-  auto u = TVPolyline2D(TRect2D(0, 0, 2, 2)).Union(TVPolyline2D(TRect2D(1, 1, 3, 3)), TFillRule::frNonZero);
-  EXPECT_NE(u->CloneAs<TVPolyline2DList>(), nullptr);
 }
 
 }  // namespace
