@@ -29,5 +29,7 @@
 #include "orvane/vertex/Geometry2D.h"
 #include "orvane/vertex/MultiTree.h"
 #include "orvane/vertex/VGeometry2DList.h"
+#include "orvane/vertex/VHPolygon.h"
 #include "orvane/vertex/VPoint2DList.h"
 #include "orvane/vertex/VPolyline2D.h"
+#include "orvane/vertex/VPolyline2DList.h"

@@ -26,6 +26,7 @@
 namespace orvane {
 
 struct TGeTolerance;
+class TVPolyline2DList;
 
 class TVPolyline2D : public TVPoint2DList {
  public:
@@ -246,7 +247,7 @@ class TVPolyline2D : public TVPoint2DList {
   // result, without closing vertices. Both outlines enter as subjects, so under frEvenOdd a
   // region that both cover drops out. A coordinate that leaves the 64-bit range at that scale
   // raises EConvertError, one beyond the clipper's range its range error.
-  std::unique_ptr<TVGeometry2DList<TVPolyline2D>> Union(const TVPolyline2D& APoly, TFillRule AFillType) const;
+  std::unique_ptr<TVPolyline2DList> Union(const TVPolyline2D& APoly, TFillRule AFillType) const;
 
  protected:
   void CopyFrom(const TVPoint2DList& Source) override;
@@ -261,3 +262,7 @@ class TVPolyline2D : public TVPoint2DList {
 };
 
 }  // namespace orvane
+
+// Union answers a TVPolyline2DList, which is built on this class: its header comes last, so
+// that every caller of Union has the complete type.
+#include "orvane/vertex/VPolyline2DList.h"  // IWYU pragma: export

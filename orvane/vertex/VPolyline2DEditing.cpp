@@ -170,14 +170,13 @@ bool TVPolyline2D::TryConnect(const TVPolyline2D& Polyline, TVPolyline2D& Result
   return true;
 }
 
-std::unique_ptr<TVGeometry2DList<TVPolyline2D>> TVPolyline2D::Union(const TVPolyline2D& APoly,
-                                                                    TFillRule AFillType) const {
+std::unique_ptr<TVPolyline2DList> TVPolyline2D::Union(const TVPolyline2D& APoly, TFillRule AFillType) const {
   Clipper::TClipper clipper;
   clipper.AddPath(ToPath(PathWorkingRate), TPathType::ptSubject, true);
   clipper.AddPath(APoly.ToPath(PathWorkingRate), TPathType::ptSubject, true);
   TPaths64 solution;
   clipper.Execute(TClipType::ctUnion, solution, AFillType);
-  auto result = std::make_unique<TVGeometry2DList<TVPolyline2D>>(true);
+  auto result = std::make_unique<TVPolyline2DList>(true);
   for (const TPath64& path : solution) result->Add(std::make_unique<TVPolyline2D>(path, PathWorkingRate));
   return result;
 }
