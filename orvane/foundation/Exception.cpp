@@ -13,7 +13,6 @@ struct TSpec {
   bool LeftAlign = false;
   bool Plus = false;
   bool Space = false;
-  bool Alt = false;
   bool ZeroPad = false;
   int Width = 0;
   int Precision = -1;
@@ -142,7 +141,7 @@ std::string internal::FormatArgs(std::string_view Fmt, const std::vector<TFormat
       else if (c == ' ')
         spec.Space = true;
       else if (c == '#')
-        spec.Alt = true;
+        continue;  // the alternate forms are not needed by any message: accepted, ignored
       else if (c == '0')
         spec.ZeroPad = true;
       else

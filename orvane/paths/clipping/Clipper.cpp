@@ -356,10 +356,7 @@ int PointInPolygon(const TPoint64& Pt, const TPath64& Path) {
 TPath64 ReversePath(const TPath64& Path) { return TPath64(Path.rbegin(), Path.rend()); }
 
 TPaths64 ReversePaths(const TPaths64& Paths) {
-  TPaths64 out;
-  out.reserve(Paths.size());
-  for (const TPath64& p : Paths) out.push_back(ReversePath(p));
-  return out;
+  return internal::MapPaths(Paths, [&](const TPath64& p) { return ReversePath(p); });
 }
 
 TRect64 GetBounds(const TPaths64& Paths) { return Core::GetBounds(Paths); }

@@ -272,10 +272,7 @@ TPath64 ScalePath(const TPathD& Path, double Scale) {
 }
 
 TPaths64 ScalePaths(const TPathsD& Paths, double Scale) {
-  TPaths64 out;
-  out.reserve(Paths.size());
-  for (const TPathD& p : Paths) out.push_back(ScalePath(p, Scale));
-  return out;
+  return internal::MapPaths(Paths, [&](const TPathD& p) { return ScalePath(p, Scale); });
 }
 
 TPathD UnscalePath(const TPath64& Path, double Scale) {
@@ -286,10 +283,7 @@ TPathD UnscalePath(const TPath64& Path, double Scale) {
 }
 
 TPathsD UnscalePaths(const TPaths64& Paths, double Scale) {
-  TPathsD out;
-  out.reserve(Paths.size());
-  for (const TPath64& p : Paths) out.push_back(UnscalePath(p, Scale));
-  return out;
+  return internal::MapPaths(Paths, [&](const TPath64& p) { return UnscalePath(p, Scale); });
 }
 
 double PrecisionScale(int Precision) { return std::pow(10.0, CheckPrecision(Precision)); }
@@ -495,10 +489,7 @@ TPath64 TranslatePath(const TPath64& Path, std::int64_t DX, std::int64_t DY) {
 }
 
 TPaths64 TranslatePaths(const TPaths64& Paths, std::int64_t DX, std::int64_t DY) {
-  TPaths64 out;
-  out.reserve(Paths.size());
-  for (const TPath64& p : Paths) out.push_back(TranslatePath(p, DX, DY));
-  return out;
+  return internal::MapPaths(Paths, [&](const TPath64& p) { return TranslatePath(p, DX, DY); });
 }
 
 TPathD TranslatePath(const TPathD& Path, double DX, double DY) {
@@ -511,10 +502,7 @@ TPathD TranslatePath(const TPathD& Path, double DX, double DY) {
 }
 
 TPathsD TranslatePaths(const TPathsD& Paths, double DX, double DY) {
-  TPathsD out;
-  out.reserve(Paths.size());
-  for (const TPathD& p : Paths) out.push_back(TranslatePath(p, DX, DY));
-  return out;
+  return internal::MapPaths(Paths, [&](const TPathD& p) { return TranslatePath(p, DX, DY); });
 }
 
 TPaths64 MinkowskiSum(const TPath64& Pattern, const TPath64& Path, bool PathIsClosed) {

@@ -13,6 +13,15 @@
 
 namespace orvane::internal {
 
+// Applies Fn to every path of a path list, giving the list of the results.
+template <class TPathsIn, class F>
+auto MapPaths(const TPathsIn& Paths, F&& Fn) {
+  std::vector<std::decay_t<decltype(Fn(Paths.front()))>> out;
+  out.reserve(Paths.size());
+  for (const auto& p : Paths) out.push_back(Fn(p));
+  return out;
+}
+
 static_assert(sizeof(ClipperLib::IntPoint) == sizeof(TPoint64) && std::is_trivially_copyable_v<ClipperLib::IntPoint> &&
                   std::is_trivially_copyable_v<TPoint64>,
               "TPoint64 and the engine's point must share one layout for bulk conversion");

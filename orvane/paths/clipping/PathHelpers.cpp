@@ -9,6 +9,7 @@
 #include <tuple>
 
 #include "orvane/paths/clipping/Clipper2.h"
+#include "orvane/paths/clipping/ClipperEngine.h"
 
 namespace orvane::Clipper2 {
 
@@ -385,10 +386,7 @@ TPath64 SimplifyPath(const TPath64& Path, double ShapeTolerance, bool IsClosedPa
 }
 
 TPaths64 SimplifyPaths(const TPaths64& Paths, double ShapeTolerance, bool IsClosedPaths) {
-  TPaths64 out;
-  out.reserve(Paths.size());
-  for (const TPath64& p : Paths) out.push_back(SimplifyPath(p, ShapeTolerance, IsClosedPaths));
-  return out;
+  return internal::MapPaths(Paths, [&](const TPath64& p) { return SimplifyPath(p, ShapeTolerance, IsClosedPaths); });
 }
 
 }  // namespace orvane::Clipper2
