@@ -9,9 +9,8 @@ namespace orvane {
 
 namespace {
 
-// The chains' one tolerance, with CompareValue's and FloatEquals' meaning, inlined for the walk.
+// The chains' one tolerance, with CompareValue's meaning, inlined for the walk.
 constexpr double MonoTol = 1e-6;
-inline bool MonoEq(double A, double B) { return std::fabs(A - B) <= MonoTol; }
 inline int MonoCmp(double A, double B) { return std::fabs(A - B) <= MonoTol ? 0 : (A < B ? -1 : 1); }
 
 }  // namespace
@@ -66,12 +65,32 @@ void TMChain::Translate(const TPoint2D& Vector) {
 
 namespace {
 
-// The merge walk over two chains A and B, upward in y. The walk stops at every height where
-// either chain has a vertex; vertices within the tolerance of a run's first height form one
-// level run there. At such a height each chain covers an x interval: its level run, or the
-// point where its segment passes. Intervals that come within the tolerance are a contact;
-// otherwise one chain lies left of the other, and a chain that changes sides has crossed
-// the other between two stops. Where the chains stay apart in x over a whole stretch of
+// Squared distance from P to segment S-E.
+inline double SegDist2(const TPoint2D& P, const TPoint2D& S, const TPoint2D& E) {
+  const double dx = E.X - S.X;
+  const double dy = E.Y - S.Y;
+  const double px = P.X - S.X;
+  const double py = P.Y - S.Y;
+  const double len2 = dx * dx + dy * dy;
+  double t = len2 > 0.0 ? (px * dx + py * dy) / len2 : 0.0;
+  t = t < 0.0 ? 0.0 : (t > 1.0 ? 1.0 : t);
+  const double ex = px - t * dx;
+  const double ey = py - t * dy;
+  return ex * ex + ey * ey;
+}
+
+// The merge walk over two chains A and B, upward in y. Both store their vertices in
+// non-decreasing y, so at every height each chain covers one x interval: a point, or a
+// level run. The walk stops at every vertex of either chain and settles two questions
+// there:
+//  - a crossing: where both chains cover the height, the vertex lies left or right of the
+//    other chain's interval, exactly, with no tolerance. Between two stops both chains are
+//    straight, so a change of sides means that they crossed, and a vertex inside the other
+//    interval means that they meet.
+//  - a contact: chains that do not cross come nearest at a vertex of one of them, so each
+//    vertex is measured against the other chain's segments within the tolerance of its
+//    height, by Euclidean distance.
+// Where the chains stay apart in x by more than the tolerance over a whole stretch of
 // heights, the walk takes the stretch at once. Vertices are read straight from the arrays.
 class TOverlapWalk {
  public:
@@ -79,91 +98,45 @@ class TOverlapWalk {
 
   bool Run() const {
     if (na == 0 || nb == 0) return false;
-    // y ranges apart.
     if (b[0].Y - a[na - 1].Y > MonoTol || a[0].Y - b[nb - 1].Y > MonoTol) return false;
-
-    int i = 0;  // first vertex of A's current run
-    int j = 0;
-    // The vertices of the chain that starts lower, up to the other's start, meet nothing.
-    while (i < na && b[0].Y - a[i].Y > MonoTol) ++i;
-    while (j < nb && a[0].Y - b[j].Y > MonoTol) ++j;
-    if (Apart(a, na, i, b[nb - 1].Y, b, nb, j, a[na - 1].Y)) return false;
-    int iEnd = RunEnd(a, na, i);  // its last vertex
-    int jEnd = RunEnd(b, nb, j);
-    bool sided = false;
-    bool side = false;  // true while A lies left of B
-    int tryFrom = 0;    // A's vertex from which a stretch may next be passed over whole
-    while (i < na && j < nb) {
-      if (i >= tryFrom && i > 0 && j > 0) {
-        // The next stretch of heights, up to BlockSize vertices of A on: if the chains stay
-        // apart in x over all of it, every stop there finds the same side, so the walk
-        // takes it at once. Runs are passed over whole, so each chain keeps its own runs.
-        const double top = std::max(a[i].Y, a[std::min(i + BlockSize, na - 1)].Y);
-        int i2 = i;
-        while (i2 < na && a[i2].Y <= top) i2 = RunEnd(a, na, i2) + 1;
-        int j2 = j;
-        while (j2 < nb && b[j2].Y <= top) j2 = RunEnd(b, nb, j2) + 1;
-        double aLo, aHi, bLo, bHi;
-        Span(a, i - 1, std::min(i2, na - 1), aLo, aHi);
-        Span(b, j - 1, std::min(j2, nb - 1), bLo, bHi);
-        const bool left = bLo - aHi > MonoTol;
-        if (left || aLo - bHi > MonoTol) {
-          if (sided && left != side) return true;
-          side = left;
-          sided = true;
-          i = i2;
-          j = j2;
-          iEnd = RunEnd(a, na, i);
-          jEnd = RunEnd(b, nb, j);
+    // Only vertices in the band of heights that both chains reach within the tolerance can
+    // meet the other chain.
+    const double lo = std::max(a[0].Y, b[0].Y) - MonoTol;
+    const double hi = std::min(a[na - 1].Y, b[nb - 1].Y) + MonoTol;
+    TCursor ca{a, na, FirstAtOrAbove(a, na, lo), LastAtOrBelow(a, na, hi)};
+    TCursor cb{b, nb, FirstAtOrAbove(b, nb, lo), LastAtOrBelow(b, nb, hi)};
+    if (ca.Next > ca.Last && cb.Next > cb.Last) return false;
+    {
+      double aLo, aHi, bLo, bHi;
+      Span(a, std::max(ca.Next - 1, 0), std::min(ca.Last + 1, na - 1), aLo, aHi);
+      Span(b, std::max(cb.Next - 1, 0), std::min(cb.Last + 1, nb - 1), bLo, bHi);
+      if (bLo - aHi > MonoTol || aLo - bHi > MonoTol) return false;
+    }
+    // The heights that both chains cover; sides are compared only there.
+    const double common0 = std::max(a[0].Y, b[0].Y);
+    const double common1 = std::min(a[na - 1].Y, b[nb - 1].Y);
+    TSide side;
+    int tryFrom = 0;  // the stop count from which a stretch may next be taken whole
+    int stops = 0;
+    while (ca.Next <= ca.Last || cb.Next <= cb.Last) {
+      if (stops >= tryFrom) {
+        const int skipped = TakeStretch(ca, cb, common0, common1, side);
+        if (skipped < 0) return true;
+        if (skipped > 0) {
+          stops += skipped;
+          tryFrom = stops;
           continue;
         }
-        tryFrom = i2;
+        tryFrom = stops + BlockSize;
       }
-      const double ya = a[i].Y;
-      const double yb = b[j].Y;
-      double aLo, aHi, bLo, bHi;
-      bool compare = true;
-      if (std::fabs(ya - yb) <= MonoTol) {
-        // Both chains have a run at this height.
-        Span(a, i, iEnd, aLo, aHi);
-        Span(b, j, jEnd, bLo, bHi);
-        i = iEnd + 1;
-        j = jEnd + 1;
-      } else if (ya < yb) {
-        // A's run against B's segment that passes its height, once B has begun.
-        if (j > 0) {
-          Span(a, i, iEnd, aLo, aHi);
-          bLo = bHi = XAt(b[j - 1], b[j], ya);
-        } else {
-          compare = false;
-        }
-        i = iEnd + 1;
+      ++stops;
+      if (cb.Next > cb.Last || (ca.Next <= ca.Last && a[ca.Next].Y <= b[cb.Next].Y)) {
+        if (Meets(a[ca.Next], cb, true, side)) return true;
+        ++ca.Next;
       } else {
-        if (i > 0) {
-          Span(b, j, jEnd, bLo, bHi);
-          aLo = aHi = XAt(a[i - 1], a[i], yb);
-        } else {
-          compare = false;
-        }
-        j = jEnd + 1;
+        if (Meets(b[cb.Next], ca, false, side)) return true;
+        ++cb.Next;
       }
-      if (compare) {
-        bool left;
-        if (bLo - aHi > MonoTol)
-          left = true;
-        else if (aLo - bHi > MonoTol)
-          left = false;
-        else
-          return true;
-        if (!sided) {
-          side = left;
-          sided = true;
-        } else if (left != side) {
-          return true;
-        }
-      }
-      if (i > iEnd) iEnd = RunEnd(a, na, i);
-      if (j > jEnd) jEnd = RunEnd(b, nb, j);
     }
     return false;
   }
@@ -171,36 +144,35 @@ class TOverlapWalk {
  private:
   static constexpr int BlockSize = 8;
 
-  // The x range of the vertices that the walk may read: from the one before First up to
-  // the first one beyond the reach of a run that starts within the tolerance of Top. Every
-  // x that the walk compares lies within it.
-  static void Reach(const TPoint2D* V, int N, int First, double Top, double& Lo, double& Hi) {
-    int k = First > 0 ? First - 1 : 0;
-    Lo = Hi = V[k].X;
-    for (++k; k < N; ++k) {
-      Lo = std::min(Lo, V[k].X);
-      Hi = std::max(Hi, V[k].X);
-      if (V[k].Y - Top > 2.0 * MonoTol) break;
+  // A chain's vertices still to visit, Next to Last, and Window: the first of its segments
+  // (Window, Window + 1) that may still come within the tolerance of the other chain's
+  // next vertex. Both only move up.
+  struct TCursor {
+    const TPoint2D* V;
+    int N;
+    int Next;
+    int Last;
+    int Window = 0;
+  };
+
+  // The side found so far: true while A lies left of B.
+  struct TSide {
+    bool Known = false;
+    bool Left = false;
+    // False when Left contradicts the side known before: the chains have crossed.
+    bool Keep(bool L) {
+      if (Known) return L == Left;
+      Known = true;
+      Left = L;
+      return true;
     }
-  }
+  };
 
-  // The two chains stay apart in x over all the heights they share: the walk would find
-  // the same side everywhere. Cheaper than the walk, which it spares for most chains that
-  // merely face each other.
-  static bool Apart(const TPoint2D* A, int NA, int I, double TopB, const TPoint2D* B, int NB, int J, double TopA) {
-    if (I >= NA || J >= NB) return true;
-    double aLo, aHi, bLo, bHi;
-    Reach(A, NA, I, TopB, aLo, aHi);
-    Reach(B, NB, J, TopA, bLo, bHi);
-    return bLo - aHi > MonoTol || aLo - bHi > MonoTol;
+  static int FirstAtOrAbove(const TPoint2D* V, int N, double Y) {
+    return static_cast<int>(std::partition_point(V, V + N, [Y](const TPoint2D& P) { return P.Y < Y; }) - V);
   }
-
-  // The last vertex of the run of vertices within the tolerance of vertex Start's height.
-  static int RunEnd(const TPoint2D* V, int N, int Start) {
-    if (Start >= N) return Start;
-    int e = Start;
-    while (e + 1 < N && MonoEq(V[e + 1].Y, V[Start].Y)) ++e;
-    return e;
+  static int LastAtOrBelow(const TPoint2D* V, int N, double Y) {
+    return static_cast<int>(std::partition_point(V, V + N, [Y](const TPoint2D& P) { return P.Y <= Y; }) - V) - 1;
   }
 
   static void Span(const TPoint2D* V, int First, int Last, double& Lo, double& Hi) {
@@ -211,13 +183,83 @@ class TOverlapWalk {
     }
   }
 
-  // The x of segment S-E at height Y, kept within the segment: the heights of neighbouring
-  // runs may overlap within the tolerance.
-  static double XAt(const TPoint2D& S, const TPoint2D& E, double Y) {
-    const double dy = E.Y - S.Y;
-    if (!(dy > 0.0)) return S.X;
-    const double t = std::clamp((Y - S.Y) / dy, 0.0, 1.0);
-    return S.X + t * (E.X - S.X);
+  // Vertex P of one chain against the other chain O, at P's height. True when P lies
+  // within the tolerance of O, inside O's interval there, or on the other side of O than
+  // the walk found before. PIsA tells which chain P belongs to.
+  static bool Meets(const TPoint2D& P, TCursor& O, bool PIsA, TSide& Side) {
+    const TPoint2D* v = O.V;
+    const int n = O.N;
+    const double y = P.Y;
+    if (n == 1) return SegDist2(P, v[0], v[0]) <= MonoTol * MonoTol;
+    int& w = O.Window;
+    if (w < n - 2 && v[w + 1].Y < y - MonoTol) {
+      // A stretch taken whole may leave the window far behind: search, do not step.
+      const double floor = y - MonoTol;
+      w = static_cast<int>(std::partition_point(v + w + 1, v + n - 1, [floor](const TPoint2D& Q) { return Q.Y < floor; }) - v) - 1;
+    }
+    for (int k = w; k < n - 1 && v[k].Y <= y + MonoTol; ++k) {
+      const double xLo = std::min(v[k].X, v[k + 1].X);
+      const double xHi = std::max(v[k].X, v[k + 1].X);
+      if (P.X < xLo - MonoTol || P.X > xHi + MonoTol) continue;
+      if (SegDist2(P, v[k], v[k + 1]) <= MonoTol * MonoTol) return true;
+    }
+    if (y < v[0].Y || y > v[n - 1].Y) return false;
+    // O's interval at height y: the segment that passes it, or the vertices that lie on it.
+    int k = w;
+    while (v[k + 1].Y < y) ++k;
+    double lo, hi;
+    int run = v[k].Y == y ? k : (v[k + 1].Y == y ? k + 1 : -1);
+    if (run < 0) {
+      lo = hi = v[k].X + (y - v[k].Y) / (v[k + 1].Y - v[k].Y) * (v[k + 1].X - v[k].X);
+    } else {
+      lo = hi = v[run].X;
+      for (++run; run < n && v[run].Y == y; ++run) {
+        lo = std::min(lo, v[run].X);
+        hi = std::max(hi, v[run].X);
+      }
+    }
+    if (P.X >= lo && P.X <= hi) return true;
+    const bool pLeft = P.X < lo;
+    return !Side.Keep(PIsA ? pLeft : !pLeft);
+  }
+
+  // Tries to take the stretch of heights up to BlockSize vertices of A (or B) above the
+  // walk's next stop at once: when the chains' vertices that can matter there stay apart in
+  // x by more than the tolerance, no vertex there is near the other chain and every stop
+  // finds the same side. Answers the number of stops taken, 0 when the chains come near
+  // in x, and -1 when the stretch finds a side that contradicts the known one.
+  int TakeStretch(TCursor& A, TCursor& B, double Common0, double Common1, TSide& Side) const {
+    const bool aLeft = A.Next <= A.Last;
+    const bool bLeft = B.Next <= B.Last;
+    const double bottom = std::min(aLeft ? a[A.Next].Y : MaxDouble, bLeft ? b[B.Next].Y : MaxDouble);
+    const double top = aLeft ? a[std::min(A.Next + BlockSize, A.Last)].Y : b[std::min(B.Next + BlockSize, B.Last)].Y;
+    int a2 = A.Next;
+    while (a2 <= A.Last && a[a2].Y <= top) ++a2;
+    int b2 = B.Next;
+    while (b2 <= B.Last && b[b2].Y <= top) ++b2;
+    if (a2 - A.Next + b2 - B.Next < 2) return 0;
+    double aLo, aHi, bLo, bHi;
+    Reach(a, na, A.Next, a2, bottom, top, aLo, aHi);
+    Reach(b, nb, B.Next, b2, bottom, top, bLo, bHi);
+    const bool left = bLo - aHi > MonoTol;
+    if (!left && !(aLo - bHi > MonoTol)) return 0;
+    // A side counts only where a stop lies at heights both chains cover.
+    if (top >= Common0 && bottom <= Common1 && !Side.Keep(left)) return -1;
+    const int taken = a2 - A.Next + b2 - B.Next;
+    A.Next = a2;
+    B.Next = b2;
+    return taken;
+  }
+
+  // The x range of chain V's part that stops from Bottom to Top can reach within the
+  // tolerance: from the last vertex below Bottom - tol to the first above Top + tol. From
+  // is the chain's next vertex, To the first vertex above Top.
+  static void Reach(const TPoint2D* V, int N, int From, int To, double Bottom, double Top, double& Lo, double& Hi) {
+    int first = std::min(From, N - 1);
+    while (first > 0 && V[first].Y >= Bottom - MonoTol) --first;
+    int last = std::min(To, N - 1);
+    while (last < N - 1 && V[last].Y <= Top + MonoTol) ++last;
+    Span(V, first, last, Lo, Hi);
   }
 
   const TPoint2D* a;

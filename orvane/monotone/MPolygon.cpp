@@ -12,21 +12,35 @@ namespace orvane {
 
 namespace {
 
-// CompareValue and FloatEquals at the chains' one tolerance, inlined for the queries.
+// CompareValue at the chains' one tolerance, inlined for the list order.
 constexpr double MonoTol = 1e-6;
-inline bool MonoEq(double A, double B) { return std::fabs(A - B) <= MonoTol; }
 inline int MonoCmp(double A, double B) { return std::fabs(A - B) <= MonoTol ? 0 : (A < B ? -1 : 1); }
 
-// A step climbs when its end lies higher by more than the tolerance; a level step counts
-// with the falling ones.
-inline bool Climbs(const TPoint2D& From, const TPoint2D& To) { return MonoCmp(To.Y, From.Y) > 0; }
+// A step climbs when its end lies higher, by the exact sign of the step: a tolerance here
+// would let a run that climbs in steps below it pass for level, and a chain stored in
+// reverse would then fall. A level step counts with the falling ones.
+inline bool Climbs(const TPoint2D& From, const TPoint2D& To) { return To.Y > From.Y; }
 
 bool IsWhollyLevel(const TMChain& Chain) {
   const double y0 = Chain.First().Y;
   for (const TPoint2D& p : Chain) {
-    if (!MonoEq(p.Y, y0)) return false;
+    if (p.Y != y0) return false;
   }
   return true;
+}
+
+// Squared distance from P to segment S-E.
+inline double SegDist2(const TPoint2D& P, const TPoint2D& S, const TPoint2D& E) {
+  const double dx = E.X - S.X;
+  const double dy = E.Y - S.Y;
+  const double px = P.X - S.X;
+  const double py = P.Y - S.Y;
+  const double len2 = dx * dx + dy * dy;
+  double t = len2 > 0.0 ? (px * dx + py * dy) / len2 : 0.0;
+  t = t < 0.0 ? 0.0 : (t > 1.0 ? 1.0 : t);
+  const double ex = px - t * dx;
+  const double ey = py - t * dy;
+  return ex * ex + ey * ey;
 }
 
 // Appends the vertices of From to To, from index Skip on.
@@ -121,7 +135,7 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
           chains.erase(chains.begin());
         } else {
           newest->FNext = first;
-          if (!newest->Last().Equals(first->First(), MonoTol)) newest->AddVertex(first->First());
+          if (!(newest->Last() == first->First())) newest->AddVertex(first->First());
         }
       }
     } else {
@@ -278,43 +292,43 @@ double TMPolygon::Area() const {
 bool TMPolygon::IsClockwise() const { return Area() < 0.0; }
 
 std::uint8_t TMPolygon::PointIsIn(const TPoint2D& Pt) const {
+  constexpr double tol2 = MonoTol * MonoTol;
   bool inside = false;
   for (const TMChain* chain : FItems) {
     const int n = chain->Count();
     if (n == 0) continue;
     const TPoint2D* v = chain->FItems.data();
-    if (MonoCmp(Pt.Y, v[0].Y) < 0 || MonoCmp(Pt.Y, v[n - 1].Y) > 0) continue;
-    const TPair<int, int> range = chain->GetRangeIdsByPt(Pt);
-    int lo = range.Key;
-    int hi = range.Value;
-    if (lo == -1) {
-      // At the height of the chain's top, right of its last vertex: the search falls past
-      // the end, also when the top is a level stretch stored with falling x and the point
-      // lies on it. The top never counts for the ray, but it may hold the point.
-      if (MonoCmp(Pt.Y, v[n - 1].Y) != 0) continue;
-      hi = n - 1;
-      lo = hi;
-      while (lo > 0 && MonoCmp(v[lo - 1].Y, Pt.Y) == 0) --lo;
-    }
-    // -1 left of the chain, 0 on it, 1 right of it.
-    int place;
-    const double dy = v[hi].Y - v[lo].Y;
-    if (hi - lo == 1 && std::fabs(dy) >= MonoTol) {
-      const double x = v[lo].X + (Pt.Y - v[lo].Y) / dy * (v[hi].X - v[lo].X);
-      place = MonoCmp(Pt.X, x);
-    } else {
-      double xMin = v[lo].X;
-      double xMax = v[lo].X;
-      for (int k = lo + 1; k <= hi; ++k) {
-        xMin = std::min(xMin, v[k].X);
-        xMax = std::max(xMax, v[k].X);
+    if (Pt.Y < v[0].Y - MonoTol || Pt.Y > v[n - 1].Y + MonoTol) continue;
+    // A chain wholly left of the point neither holds it nor crosses the ray.
+    if (Pt.X > chain->FRight + MonoTol) continue;
+    if (Pt.X >= chain->FLeft - MonoTol) {
+      // On the boundary: within the tolerance of a segment, by Euclidean distance, so that
+      // a nearly level edge holds the points beside it as a steep one does.
+      if (n == 1) {
+        if (SegDist2(Pt, v[0], v[0]) <= tol2) return 2;
+        continue;
       }
-      place = MonoCmp(Pt.X, xMin) < 0 ? -1 : (MonoCmp(Pt.X, xMax) > 0 ? 1 : 0);
+      const double floor = Pt.Y - MonoTol;
+      int k = static_cast<int>(std::partition_point(v + 1, v + n - 1, [floor](const TPoint2D& Q) { return Q.Y < floor; }) - v) - 1;
+      for (; k < n - 1 && v[k].Y <= Pt.Y + MonoTol; ++k) {
+        if (SegDist2(Pt, v[k], v[k + 1]) <= tol2) return 2;
+      }
     }
-    if (place == 0) return 2;
-    // The ray crosses this chain; its top is excluded, so that a ray through a shared
-    // vertex counts once and a level chain never counts.
-    if (place < 0 && MonoCmp(Pt.Y, v[n - 1].Y) != 0) inside = !inside;
+    // The ray toward larger x, against the chain over the half-open heights from its
+    // bottom to its top: a ray through a shared vertex counts once, a level chain never.
+    // The point lies farther than the tolerance from every segment, so the exact sides
+    // below are not at the mercy of round-off.
+    if (Pt.Y < v[0].Y || Pt.Y >= v[n - 1].Y) continue;
+    if (Pt.X < chain->FLeft) {
+      inside = !inside;
+      continue;
+    }
+    const double y = Pt.Y;
+    const int k = static_cast<int>(std::partition_point(v, v + n, [y](const TPoint2D& Q) { return Q.Y <= y; }) - v) - 1;
+    const TPoint2D& s = v[k];
+    const TPoint2D& e = v[k + 1];
+    const double x = s.X + (y - s.Y) / (e.Y - s.Y) * (e.X - s.X);
+    if (Pt.X < x) inside = !inside;
   }
   return inside ? 1 : 0;
 }
