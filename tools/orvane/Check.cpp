@@ -20,30 +20,82 @@ using TClock = std::chrono::steady_clock;
 
 double SecondsSince(TClock::time_point Start) { return std::chrono::duration<double>(TClock::now() - Start).count(); }
 
-// The kernel's boundary tests compare at 1e-6; a contact distance of Tol is reached by
-// building the monotone polygons in coordinates scaled by 1e-6 / Tol.
+// The distance at which the kernel's boundary test counts two outlines as touching.
 constexpr double KernelTol = 1e-6;
 
-std::unique_ptr<TMPolygon> MonotoneRing(const TDynPoints2D& Ring, double Scale) {
+std::unique_ptr<TMPolygon> MonotoneRing(const TDynPoints2D& Ring) {
   TDynPoints2D closed;
   closed.reserve(Ring.size() + 1);
-  if (Scale == 1.0) {
-    closed.assign(Ring.begin(), Ring.end());
-  } else {
-    for (const TPoint2D& p : Ring) closed.push_back(p * Scale);
-  }
+  closed.assign(Ring.begin(), Ring.end());
   closed.push_back(closed.front());  // closed: the first vertex repeated at the end
   return std::make_unique<TMPolygon>(TVPolyline2D(std::move(closed)), nullptr, true);
 }
 
+// Whether two segments come within a distance: zero when they cross, else the smallest
+// distance from an end of one to the other.
+double SegPointDist2(const TPoint2D& P, const TPoint2D& S, const TPoint2D& E) {
+  const TPoint2D d = E - S;
+  const double len2 = d.X * d.X + d.Y * d.Y;
+  const double t = len2 > 0.0 ? std::clamp(((P.X - S.X) * d.X + (P.Y - S.Y) * d.Y) / len2, 0.0, 1.0) : 0.0;
+  const TPoint2D q = S + d * t;
+  return (P.X - q.X) * (P.X - q.X) + (P.Y - q.Y) * (P.Y - q.Y);
+}
+
+double Cross(const TPoint2D& A, const TPoint2D& B, const TPoint2D& C) {
+  return (B.X - A.X) * (C.Y - A.Y) - (B.Y - A.Y) * (C.X - A.X);
+}
+
+bool SegmentsWithin(const TPoint2D& A, const TPoint2D& B, const TPoint2D& C, const TPoint2D& D, double Dist) {
+  const double c1 = Cross(A, B, C), c2 = Cross(A, B, D), c3 = Cross(C, D, A), c4 = Cross(C, D, B);
+  if (((c1 > 0 && c2 < 0) || (c1 < 0 && c2 > 0)) && ((c3 > 0 && c4 < 0) || (c3 < 0 && c4 > 0))) return true;
+  const double d2 = Dist * Dist;
+  return SegPointDist2(A, C, D) <= d2 || SegPointDist2(B, C, D) <= d2 || SegPointDist2(C, A, B) <= d2 ||
+         SegPointDist2(D, A, B) <= d2;
+}
+
+// One ring's segments under an R-tree, made for the rings whose distance to another is
+// asked: segment k runs from vertex k to vertex k + 1, the last one back to vertex 0.
+class TSegmentIndex {
+ public:
+  explicit TSegmentIndex(const TDynPoints2D& Ring) : FRing(Ring) {
+    const int n = static_cast<int>(Ring.size());
+    std::vector<int> ids(static_cast<std::size_t>(n));
+    std::vector<TRect2D> boxes(static_cast<std::size_t>(n));
+    for (int k = 0; k < n; ++k) {
+      ids[static_cast<std::size_t>(k)] = k;
+      boxes[static_cast<std::size_t>(k)] = TRect2D::CreateNormal(Vertex(k), Vertex(k + 1));
+    }
+    FTree = std::make_unique<TRTree<int>>(std::span<const int>(ids), std::span<const TRect2D>(boxes), 8);
+  }
+  const TPoint2D& Vertex(int K) const { return FRing[static_cast<std::size_t>(K) % FRing.size()]; }
+  int Count() const { return static_cast<int>(FRing.size()); }
+
+  // Some segment of this ring and some of Other come within Dist.
+  bool Within(const TSegmentIndex& Other, double Dist, std::vector<int>& Hits) const {
+    for (int k = 0; k < Count(); ++k) {
+      const TPoint2D& a = Vertex(k);
+      const TPoint2D& b = Vertex(k + 1);
+      Hits.clear();
+      Other.FTree->Search(TRect2D::CreateNormal(a, b), Hits, Dist);
+      for (int m : Hits) {
+        if (SegmentsWithin(a, b, Other.Vertex(m), Other.Vertex(m + 1), Dist)) return true;
+      }
+    }
+    return false;
+  }
+
+ private:
+  const TDynPoints2D& FRing;
+  std::unique_ptr<TRTree<int>> FTree;
+};
+
 struct TPart {
   const TLayoutPart* Source = nullptr;
-  std::vector<std::unique_ptr<TMPolygon>> Rings;  // outer first, then holes (scaled)
-  TRect2D Box;                                    // drawing units
-  TPoint2D Probe;                                 // a vertex of the outer ring, scaled
+  std::vector<std::unique_ptr<TMPolygon>> Rings;  // outer first, then holes
+  TRect2D Box;
 
-  // Net area in drawing units and the rings at the working rate, made only for the few
-  // parts that take part in an area computation.
+  // Net area, the rings at the working rate and the segment indexes, made only for the
+  // parts that take part in an area or a distance computation.
   double Area() const {
     if (FArea < 0.0) {
       FArea = std::fabs(PolyArea(Source->Outer));
@@ -58,23 +110,32 @@ struct TPart {
     }
     return FPaths;
   }
+  const std::vector<TSegmentIndex>& Segments() const {
+    if (FSegments.empty()) {
+      FSegments.reserve(1 + Source->Holes.size());
+      FSegments.emplace_back(Source->Outer);
+      for (const TDynPoints2D& hole : Source->Holes) FSegments.emplace_back(hole);
+    }
+    return FSegments;
+  }
 
  private:
   mutable double FArea = -1.0;
   mutable TPaths64 FPaths;
+  mutable std::vector<TSegmentIndex> FSegments;
 };
 
-TPart BuildPart(const TLayoutPart& Source, double Scale) {
+TPart BuildPart(const TLayoutPart& Source) {
   TPart part;
   part.Source = &Source;
-  part.Rings.push_back(MonotoneRing(Source.Outer, Scale));
-  for (const TDynPoints2D& hole : Source.Holes) part.Rings.push_back(MonotoneRing(hole, Scale));
+  part.Rings.push_back(MonotoneRing(Source.Outer));
+  for (const TDynPoints2D& hole : Source.Holes) part.Rings.push_back(MonotoneRing(hole));
   part.Box = CalcAABB(Source.Outer);
-  part.Probe = Source.Outer.front() * Scale;
   return part;
 }
 
-bool BoundariesMeet(const TPart& A, const TPart& B) {
+// The kernel's test: some ring of A touches or crosses some ring of B (within 1e-6).
+bool KernelContact(const TPart& A, const TPart& B) {
   for (const auto& ra : A.Rings) {
     for (const auto& rb : B.Rings) {
       if (ra->BoundBox().RelationWithRect(rb->BoundBox(), KernelTol) != 0 && ra->TestOverlap(*rb)) return true;
@@ -83,12 +144,33 @@ bool BoundariesMeet(const TPart& A, const TPart& B) {
   return false;
 }
 
+bool BoundariesWithin(const TPart& A, const TPart& B, double Dist, std::vector<int>& Hits) {
+  for (std::size_t i = 0; i < A.Rings.size(); ++i) {
+    for (std::size_t j = 0; j < B.Rings.size(); ++j) {
+      if (A.Rings[i]->BoundBox().RelationWithRect(B.Rings[j]->BoundBox(), Dist) == 0) continue;
+      if (A.Segments()[i].Within(B.Segments()[j], Dist, Hits)) return true;
+    }
+  }
+  return false;
+}
+
+// Contact at distance Tol: the kernel's exact test answers at its own tolerance; a true
+// distance between the boundaries decides what lies between that and Tol, whichever is
+// larger. So a larger Tol never loses a contact, and coordinates are never scaled.
+bool BoundariesMeet(const TPart& A, const TPart& B, double Tol, std::vector<int>& Hits) {
+  const bool kernel = KernelContact(A, B);
+  if (Tol == KernelTol) return kernel;
+  if (Tol < KernelTol) return kernel && BoundariesWithin(A, B, Tol, Hits);
+  return kernel || BoundariesWithin(A, B, Tol, Hits);
+}
+
 // Inner lies wholly inside Outer, given that their boundaries do not meet: one vertex of
 // Inner is inside Outer's outline and outside each of its holes.
 bool LiesInside(const TPart& Inner, const TPart& Outer) {
-  if (Outer.Rings.front()->PointIsIn(Inner.Probe) != 1) return false;
+  const TPoint2D probe = Inner.Source->Outer.front();
+  if (Outer.Rings.front()->PointIsIn(probe) != 1) return false;
   for (std::size_t h = 1; h < Outer.Rings.size(); ++h) {
-    if (Outer.Rings[h]->PointIsIn(Inner.Probe) != 0) return false;
+    if (Outer.Rings[h]->PointIsIn(probe) != 0) return false;
   }
   return true;
 }
@@ -124,149 +206,169 @@ bool IsAxisRectangle(const TDynPoints2D& Ring) {
   return true;
 }
 
-}  // namespace
+std::size_t At(int I) { return static_cast<std::size_t>(I); }
 
-TCheckReport CheckLayout(const TLayout& Layout, const TCheckOptions& Options, const TProgress& Progress) {
-  auto progress = [&](const char* phase, double done) {
-    if (Progress) Progress(phase, done);
-  };
-  TCheckReport report;
-  report.Name = Layout.Name;
-  const int n = static_cast<int>(Layout.Parts.size());
-  report.Parts = n;
-  const double scale = KernelTol / Options.Tol;
+// The phases of a check, in order; each fills its part of the report and its time.
+class TChecker {
+ public:
+  TChecker(const TLayout& Layout, const TCheckOptions& Options, const TProgress& Progress, TCheckReport& Report)
+      : FLayout(Layout), FOptions(Options), FProgress(Progress), R(Report) {}
 
-  // Build: one monotone polygon per ring, once.
-  auto start = TClock::now();
-  std::vector<TPart> parts;
-  parts.reserve(static_cast<std::size_t>(n));
-  for (int i = 0; i < n; ++i) {
-    parts.push_back(BuildPart(Layout.Parts[static_cast<std::size_t>(i)], scale));
-    if ((i & 63) == 0) progress("build", static_cast<double>(i) / n);
+  void Run() {
+    R.Name = FLayout.Name;
+    R.Parts = static_cast<int>(FLayout.Parts.size());
+    Timed(R.Seconds.Build, [&] { Build(); });
+    Timed(R.Seconds.Candidates, [&] { FindCandidates(); });
+    Timed(R.Seconds.Contact, [&] { FindContacts(); });
+    Timed(R.Seconds.Containment, [&] { FindContainment(); });
+    Timed(R.Seconds.OverlapArea, [&] { MeasureOverlaps(); });
+    Timed(R.Seconds.Container, [&] { MeasureProtrusion(); });
+    R.Clean = R.OverlapPairs == 0 && R.ContainedParts.empty() && R.OutsideParts.empty();
+    Progress("done", 1.0);
   }
-  report.Seconds.Build = SecondsSince(start);
 
-  // Candidates: pairs of parts whose boxes meet within Tol.
-  start = TClock::now();
-  std::vector<std::pair<int, int>> candidates;
-  {
-    std::vector<int> ids(static_cast<std::size_t>(n));
-    std::vector<TRect2D> boxes(static_cast<std::size_t>(n));
+ private:
+  template <class F>
+  static void Timed(double& Seconds, F&& Phase) {
+    const auto start = TClock::now();
+    Phase();
+    Seconds = SecondsSince(start);
+  }
+  void Progress(const char* Phase, double Done) const {
+    if (FProgress) FProgress(Phase, Done);
+  }
+  const TPart& Part(int I) const { return FParts[At(I)]; }
+
+  // One monotone polygon per ring, once.
+  void Build() {
+    const int n = R.Parts;
+    FParts.reserve(At(n));
     for (int i = 0; i < n; ++i) {
-      ids[static_cast<std::size_t>(i)] = i;
-      boxes[static_cast<std::size_t>(i)] = parts[static_cast<std::size_t>(i)].Box;
+      FParts.push_back(BuildPart(FLayout.Parts[At(i)]));
+      if ((i & 63) == 0) Progress("build", static_cast<double>(i) / n);
+    }
+    FContained.assign(At(n), 0);
+  }
+
+  // Pairs of parts whose boxes meet within the contact distance.
+  void FindCandidates() {
+    const int n = R.Parts;
+    std::vector<int> ids(At(n));
+    std::vector<TRect2D> boxes(At(n));
+    for (int i = 0; i < n; ++i) {
+      ids[At(i)] = i;
+      boxes[At(i)] = Part(i).Box;
     }
     TRTree<int> tree(std::span<const int>(ids), std::span<const TRect2D>(boxes), 8);
+    const double reach = std::max(FOptions.Tol, KernelTol);
     std::vector<int> hits;
     for (int i = 0; i < n; ++i) {
       hits.clear();
-      tree.Search(parts[static_cast<std::size_t>(i)].Box, hits, Options.Tol);
+      tree.Search(Part(i).Box, hits, reach);
       for (int j : hits) {
-        if (j > i) candidates.emplace_back(i, j);
+        if (j > i) FCandidates.emplace_back(i, j);
       }
     }
-    std::sort(candidates.begin(), candidates.end());
+    std::sort(FCandidates.begin(), FCandidates.end());
+    R.CandidatePairs = static_cast<int>(FCandidates.size());
   }
-  report.CandidatePairs = static_cast<int>(candidates.size());
-  report.Seconds.Candidates = SecondsSince(start);
 
-  // Contact: the boundary test on every candidate pair; containment for the others.
-  std::vector<std::pair<int, int>> apart;
-  start = TClock::now();
-  for (std::size_t k = 0; k < candidates.size(); ++k) {
-    const auto [i, j] = candidates[k];
-    if (BoundariesMeet(parts[static_cast<std::size_t>(i)], parts[static_cast<std::size_t>(j)])) {
-      report.Contacts.emplace_back(i, j);
-    } else {
-      apart.emplace_back(i, j);
+  // The boundary test on every candidate pair; the others are kept for containment.
+  void FindContacts() {
+    std::vector<int> hits;
+    for (std::size_t k = 0; k < FCandidates.size(); ++k) {
+      const auto [i, j] = FCandidates[k];
+      if (BoundariesMeet(Part(i), Part(j), FOptions.Tol, hits))
+        R.Contacts.emplace_back(i, j);
+      else
+        FApart.emplace_back(i, j);
+      if ((k & 1023) == 0) Progress("contact", static_cast<double>(k) / static_cast<double>(FCandidates.size()));
     }
-    if ((k & 1023) == 0) progress("contact", static_cast<double>(k) / static_cast<double>(candidates.size()));
+    R.ContactPairs = static_cast<int>(R.Contacts.size());
   }
-  report.ContactPairs = static_cast<int>(report.Contacts.size());
-  report.Seconds.Contact = SecondsSince(start);
 
-  std::vector<char> contained(static_cast<std::size_t>(n), 0);
-  start = TClock::now();
-  for (const auto& [i, j] : apart) {
-    const TPart& a = parts[static_cast<std::size_t>(i)];
-    const TPart& b = parts[static_cast<std::size_t>(j)];
-    int inner = -1;
-    if (a.Box.RelationWithRect(b.Box, 0.0) == 3 && LiesInside(a, b))
-      inner = i;
-    else if (b.Box.RelationWithRect(a.Box, 0.0) == 3 && LiesInside(b, a))
-      inner = j;
-    if (inner < 0) continue;
-    contained[static_cast<std::size_t>(inner)] = 1;
-    TPairOverlap ov;
-    ov.A = i;
-    ov.B = j;
-    ov.Area = parts[static_cast<std::size_t>(inner)].Area();
-    ov.Relative = 1.0;
-    ov.Region = ToRings(parts[static_cast<std::size_t>(inner)].Paths());
-    report.Overlaps.push_back(std::move(ov));
-  }
-  report.Seconds.Containment = SecondsSince(start);
-
-  // Overlap areas of the pairs in contact.
-  start = TClock::now();
-  for (std::size_t k = 0; k < report.Contacts.size(); ++k) {
-    const auto [i, j] = report.Contacts[k];
-    const TPart& a = parts[static_cast<std::size_t>(i)];
-    const TPart& b = parts[static_cast<std::size_t>(j)];
-    TPaths64 common = Clip(Clipper::TClipType::ctIntersection, a.Paths(), b.Paths());
-    const double area = AreaOf(common);
-    if (area > 0.0) {
-      const double smaller = std::min(a.Area(), b.Area());
+  // A pair apart whose one part lies inside the other overlaps by the inner part.
+  void FindContainment() {
+    for (const auto& [i, j] : FApart) {
+      const TPart& a = Part(i);
+      const TPart& b = Part(j);
+      int inner = -1;
+      if (a.Box.RelationWithRect(b.Box, 0.0) == 3 && LiesInside(a, b))
+        inner = i;
+      else if (b.Box.RelationWithRect(a.Box, 0.0) == 3 && LiesInside(b, a))
+        inner = j;
+      if (inner < 0) continue;
+      FContained[At(inner)] = 1;
       TPairOverlap ov;
       ov.A = i;
       ov.B = j;
-      ov.Area = area;
-      ov.Relative = smaller > 0.0 ? area / smaller : 1.0;
-      // Wholly covered within round-off: the smaller part lies inside the other.
-      if (ov.Relative >= 1.0 - 1e-6) contained[static_cast<std::size_t>(a.Area() <= b.Area() ? i : j)] = 1;
-      ov.Region = ToRings(common);
-      report.Overlaps.push_back(std::move(ov));
+      ov.Area = Part(inner).Area();
+      ov.Relative = 1.0;
+      ov.Region = ToRings(Part(inner).Paths());
+      R.Overlaps.push_back(std::move(ov));
     }
-    if ((k & 255) == 0) progress("overlap", static_cast<double>(k) / static_cast<double>(report.Contacts.size()));
   }
-  std::stable_sort(report.Overlaps.begin(), report.Overlaps.end(),
-                   [](const TPairOverlap& x, const TPairOverlap& y) { return x.Area > y.Area; });
-  for (TPairOverlap& ov : report.Overlaps) {
-    ov.AboveLimit = ov.Relative > Options.MaxOverlap;
-    ++report.PositiveOverlapPairs;
-    report.OverlapAreaTotal += ov.Area;
-    report.OverlapAreaMax = std::max(report.OverlapAreaMax, ov.Area);
-    report.OverlapMaxRelative = std::max(report.OverlapMaxRelative, ov.Relative);
-    if (ov.AboveLimit) ++report.OverlapPairs;
-  }
-  for (int i = 0; i < n; ++i) {
-    if (contained[static_cast<std::size_t>(i)]) report.ContainedParts.push_back(i);
-  }
-  report.Seconds.OverlapArea = SecondsSince(start);
 
-  // Container: how far each part sticks out.
-  start = TClock::now();
-  if (!Layout.Container.empty()) {
-    report.HasContainer = true;
-    const double limit = Options.MaxProtrusion * Layout.ContainerHeight;
-    const TRect2D cbox = CalcAABB(Layout.Container);
-    const bool rectangle = IsAxisRectangle(Layout.Container);
+  // The common area of every pair in contact, and the figures over all overlaps.
+  void MeasureOverlaps() {
+    for (std::size_t k = 0; k < R.Contacts.size(); ++k) {
+      const auto [i, j] = R.Contacts[k];
+      const TPart& a = Part(i);
+      const TPart& b = Part(j);
+      TPaths64 common = Clip(Clipper::TClipType::ctIntersection, a.Paths(), b.Paths());
+      const double area = AreaOf(common);
+      if (area > 0.0) {
+        const double smaller = std::min(a.Area(), b.Area());
+        TPairOverlap ov;
+        ov.A = i;
+        ov.B = j;
+        ov.Area = area;
+        ov.Relative = smaller > 0.0 ? area / smaller : 1.0;
+        // Wholly covered within round-off: the smaller part lies inside the other.
+        if (ov.Relative >= 1.0 - 1e-6) FContained[At(a.Area() <= b.Area() ? i : j)] = 1;
+        ov.Region = ToRings(common);
+        R.Overlaps.push_back(std::move(ov));
+      }
+      if ((k & 255) == 0) Progress("overlap", static_cast<double>(k) / static_cast<double>(R.Contacts.size()));
+    }
+    std::stable_sort(R.Overlaps.begin(), R.Overlaps.end(),
+                     [](const TPairOverlap& x, const TPairOverlap& y) { return x.Area > y.Area; });
+    for (TPairOverlap& ov : R.Overlaps) {
+      ov.AboveLimit = ov.Relative > FOptions.MaxOverlap;
+      ++R.PositiveOverlapPairs;
+      R.OverlapAreaTotal += ov.Area;
+      R.OverlapAreaMax = std::max(R.OverlapAreaMax, ov.Area);
+      R.OverlapMaxRelative = std::max(R.OverlapMaxRelative, ov.Relative);
+      if (ov.AboveLimit) ++R.OverlapPairs;
+    }
+    for (int i = 0; i < R.Parts; ++i) {
+      if (FContained[At(i)]) R.ContainedParts.push_back(i);
+    }
+  }
+
+  // How far each part sticks out of the container.
+  void MeasureProtrusion() {
+    if (FLayout.Container.empty()) return;
+    R.HasContainer = true;
+    const double limit = FOptions.MaxProtrusion * FLayout.ContainerHeight;
+    const TRect2D cbox = CalcAABB(FLayout.Container);
+    const bool rectangle = IsAxisRectangle(FLayout.Container);
     std::unique_ptr<TMPolygon> cring;
     TPaths64 cpaths;
-    TVPolyline2D boundary(Layout.Container);
+    TVPolyline2D boundary(FLayout.Container);
     if (!rectangle) {
-      cring = MonotoneRing(Layout.Container, scale);
+      cring = MonotoneRing(FLayout.Container);
       cpaths.push_back(boundary.ToPath(PathWorkingRate));
-      boundary.Add(Layout.Container.front());
+      boundary.Add(FLayout.Container.front());
     }
-    for (int i = 0; i < n; ++i) {
-      const TPart& part = parts[static_cast<std::size_t>(i)];
+    for (int i = 0; i < R.Parts; ++i) {
+      const TPart& part = Part(i);
       double out = 0.0;
       if (rectangle) {
         out = std::max({0.0, cbox.XMin - part.Box.XMin, part.Box.XMax - cbox.XMax, cbox.YMin - part.Box.YMin,
                         part.Box.YMax - cbox.YMax});
       } else if (part.Box.RelationWithRect(cbox, 0.0) != 3 || part.Rings.front()->TestOverlap(*cring) ||
-                 cring->PointIsIn(part.Probe) != 1) {
+                 cring->PointIsIn(part.Source->Outer.front()) != 1) {
         // The part's region outside the container; its farthest corner from the boundary.
         TPoint2D nearest;
         for (const TPath64& path : Clip(Clipper::TClipType::ctDifference, {part.Paths().front()}, cpaths)) {
@@ -276,14 +378,26 @@ TCheckReport CheckLayout(const TLayout& Layout, const TCheckOptions& Options, co
           }
         }
       }
-      report.MaxProtrusion = std::max(report.MaxProtrusion, out);
-      if (out > limit) report.OutsideParts.push_back(i);
+      R.MaxProtrusion = std::max(R.MaxProtrusion, out);
+      if (out > limit) R.OutsideParts.push_back(i);
     }
   }
-  report.Seconds.Container = SecondsSince(start);
 
-  report.Clean = report.OverlapPairs == 0 && report.ContainedParts.empty() && report.OutsideParts.empty();
-  progress("done", 1.0);
+  const TLayout& FLayout;
+  const TCheckOptions& FOptions;
+  const TProgress& FProgress;
+  TCheckReport& R;
+  std::vector<TPart> FParts;
+  std::vector<std::pair<int, int>> FCandidates;
+  std::vector<std::pair<int, int>> FApart;
+  std::vector<char> FContained;
+};
+
+}  // namespace
+
+TCheckReport CheckLayout(const TLayout& Layout, const TCheckOptions& Options, const TProgress& Progress) {
+  TCheckReport report;
+  TChecker(Layout, Options, Progress, report).Run();
   return report;
 }
 

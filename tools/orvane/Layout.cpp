@@ -9,12 +9,20 @@
 
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
+#include "orvane/foundation/PointArray.h"
+#include "orvane/monotone/MPolygon.h"
+#include "orvane/paths/Path64.h"
+#include "orvane/paths/clipping/Clipper.h"
+#include "orvane/vertex/VPolyline2D.h"
 
 namespace orvane::tool {
 
 using nlohmann::json;
 
 namespace {
+
+// Layouts are a few levels deep; this leaves room for any extra data a file carries.
+constexpr int MaxJsonDepth = 64;
 
 std::string IdText(const json& Id) { return Id.is_string() ? Id.get<std::string>() : Id.dump(); }
 
@@ -33,7 +41,8 @@ TDynPoints2D ReadRing(const json& Ring, const std::string& What) {
     if (!std::isfinite(x) || !std::isfinite(y)) {
       throw ELayoutError(Format("%s: point %d has a coordinate that is not finite", What, static_cast<int>(i)));
     }
-    pts.emplace_back(x, y);
+    // A vertex given twice in a row adds no edge.
+    if (pts.empty() || !(pts.back() == TPoint2D(x, y))) pts.emplace_back(x, y);
   }
   if (pts.size() > 1 && pts.front() == pts.back()) pts.pop_back();
   if (pts.size() < 3) {
@@ -57,11 +66,13 @@ std::vector<TDynPoints2D> ReadHoles(const json& Owner, const std::string& What) 
 TDynPoints2D PlaceShape(const TDynPoints2D& Shape, double Degrees, double TX, double TY) {
   double c = 0.0;
   double s = 0.0;
+  // A whole number of turns changes nothing; reducing first keeps the quarter count small.
+  Degrees = std::fmod(Degrees, 360.0);
   const double quarter = Degrees / 90.0;
   if (quarter == std::nearbyint(quarter)) {
     // Exact cosine and sine for multiples of 90 degrees.
     static constexpr double cs[4][2] = {{1, 0}, {0, 1}, {-1, 0}, {0, -1}};
-    const auto q = static_cast<std::size_t>(((static_cast<long long>(quarter) % 4) + 4) % 4);
+    const auto q = static_cast<std::size_t>(((static_cast<int>(quarter) % 4) + 4) % 4);
     c = cs[q][0];
     s = cs[q][1];
   } else {
@@ -143,9 +154,75 @@ void ReadContainer(const json& Doc, TLayout& Layout) {
   Layout.ContainerHeight = height;
 }
 
+// Refuses, before the JSON reader sees it, what that reader would take badly: values
+// nested deeper than any layout needs (each level costs the reader and the document's
+// copies stack), and a NUL byte, where the reader would stop and take what follows for
+// the end of the text.
+void CheckJsonShape(const std::string& Text) {
+  int depth = 0;
+  bool inString = false;
+  for (std::size_t k = 0; k < Text.size(); ++k) {
+    const char c = Text[k];
+    if (c == '\0') throw ELayoutError(Format("malformed JSON: a NUL byte at offset %d", static_cast<int>(k)));
+    if (inString) {
+      if (c == '\\')
+        ++k;
+      else if (c == '"')
+        inString = false;
+    } else if (c == '"') {
+      inString = true;
+    } else if (c == '[' || c == '{') {
+      if (++depth > MaxJsonDepth) throw ELayoutError(Format("JSON nested deeper than %d levels", MaxJsonDepth));
+    } else if (c == ']' || c == '}') {
+      --depth;
+    }
+  }
+}
+
+// Coordinates up to this size keep every vertex, scaled to the working rate of the integer
+// paths that the overlap areas are computed on, inside the clipping engine's range.
+constexpr double MaxCoordinate = static_cast<double>(Clipper::HiRange) / PathWorkingRate;
+
+void CheckRing(const TDynPoints2D& Ring, const std::string& What) {
+  for (std::size_t i = 0; i < Ring.size(); ++i) {
+    const TPoint2D& p = Ring[i];
+    if (!(std::fabs(p.X) <= MaxCoordinate && std::fabs(p.Y) <= MaxCoordinate)) {
+      throw ELayoutError(Format("%s: point %d (%g, %g) lies beyond +-%g, the coordinate range of the overlap areas",
+                                What, static_cast<int>(i), p.X, p.Y, MaxCoordinate));
+    }
+  }
+  if (PolyArea(Ring) == 0.0) throw ELayoutError(What + " has no area: its vertices lie on one line");
+  TDynPoints2D closed(Ring);
+  closed.push_back(Ring.front());
+  if (TVPolyline2D(std::move(closed)).IsSelfIntersect(0.0)) throw ELayoutError(What + " crosses or touches itself");
+}
+
+// Rings the check can answer for: inside the coordinate range, with area, not crossing
+// themselves, holes within their outline.
+void ValidateLayout(const TLayout& Layout) {
+  if (!Layout.Container.empty()) CheckRing(Layout.Container, "container");
+  for (std::size_t i = 0; i < Layout.Parts.size(); ++i) {
+    const TLayoutPart& part = Layout.Parts[i];
+    const std::string what = Format("part %d (id %s)", static_cast<int>(i), part.Id);
+    CheckRing(part.Outer, what + " outer ring");
+    if (part.Holes.empty()) continue;
+    TDynPoints2D closed(part.Outer);
+    closed.push_back(part.Outer.front());
+    const TMPolygon outer(TVPolyline2D(std::move(closed)), nullptr);
+    for (std::size_t h = 0; h < part.Holes.size(); ++h) {
+      const std::string hole = Format("%s hole %d", what, static_cast<int>(h));
+      CheckRing(part.Holes[h], hole);
+      for (const TPoint2D& p : part.Holes[h]) {
+        if (outer.PointIsIn(p) == 0) throw ELayoutError(hole + " reaches outside the part's outer ring");
+      }
+    }
+  }
+}
+
 }  // namespace
 
 std::vector<TLayout> ParseLayout(const std::string& Text, const std::string& Name) {
+  CheckJsonShape(Text);
   json doc;
   try {
     doc = json::parse(Text);
@@ -176,6 +253,7 @@ std::vector<TLayout> ParseLayout(const std::string& Text, const std::string& Nam
         part.Holes = ReadHoles(p, what);
         base.Parts.push_back(std::move(part));
       }
+      ValidateLayout(base);
       return {base};
     }
 
@@ -193,6 +271,7 @@ std::vector<TLayout> ParseLayout(const std::string& Text, const std::string& Nam
     if (doc.contains("solutions")) {
       if (!doc["solutions"].is_array()) throw ELayoutError("solutions is not an array");
       const json& sols = doc["solutions"];
+      if (sols.empty()) throw ELayoutError("solutions is empty");
       for (std::size_t k = 0; k < sols.size(); ++k) {
         const json& sol = sols[k];
         TLayout layout = base;
@@ -211,6 +290,7 @@ std::vector<TLayout> ParseLayout(const std::string& Text, const std::string& Nam
     } else {
       throw ELayoutError("no parts, placements or solutions");
     }
+    for (const TLayout& layout : layouts) ValidateLayout(layout);
     return layouts;
   } catch (const json::exception& e) {
     // Type mismatches inside the document (a string where a number belongs, ...).
