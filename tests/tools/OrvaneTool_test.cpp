@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <set>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -14,6 +16,8 @@
 #include "Check.h"
 #include "Layout.h"
 #include "orvane/foundation/Exception.h"
+#include "orvane/foundation/PointArray.h"
+#include "orvane/foundation/Rect2D.h"
 
 using namespace orvane;
 using namespace orvane::tool;
@@ -140,6 +144,60 @@ TEST(LayoutCheck, HandWorkedLayouts) {
   }
 }
 
+TEST(LayoutCheck, ContactIsADistanceAndOverlapsAreNeverMissed) {
+  TCheckOptions tenth;
+  tenth.Tol = 0.1;
+  // 0.09 apart across a 45-degree edge (0.127 along x): a contact at 0.1.
+  const double c = 0.09 * std::sqrt(2.0);
+  const std::string slanted = "[[" + FloatToStr(10 + c) + ",0],[" + FloatToStr(10 + c) + ",10],[" + FloatToStr(c) + ",10]]";
+  EXPECT_EQ(CheckText(Layout(Square(-1, -1, 30), {"[[0,0],[10,0],[0,10]]", slanted}), tenth).ContactPairs, 1);
+  // Corners 0.127 apart: no contact at 0.1, one at 0.13.
+  const std::string corners = Layout(Square(-1, -1, 30), {Square(0, 0, 1), Square(1.0898, 1.0898, 1)});
+  EXPECT_EQ(CheckText(corners, tenth).ContactPairs, 0);
+  TCheckOptions wider;
+  wider.Tol = 0.13;
+  EXPECT_EQ(CheckText(corners, wider).ContactPairs, 1);
+
+  // Edges that climb in steps below the kernel's tolerance, and a larger --tol, must not
+  // hide an overlap.
+  TCheckOptions one;
+  one.Tol = 1;
+  TCheckReport r = CheckText(
+      "{\"parts\":[{\"outer\":[[0,4],[0,4.5],[0,5],[0,5.5],[0,6],[-10,10]]},{\"outer\":[[-6,5],[5,3],[5,7]]}]}", one);
+  EXPECT_EQ(r.ContactPairs, 1);
+  EXPECT_NEAR(r.OverlapAreaMax, 2.7889, 1e-3);
+  EXPECT_FALSE(r.Clean);
+  r = CheckText(
+      "{\"parts\":[{\"id\":\"O\",\"outer\":[[0,-10],[10,0],[9,6e-7],[-20,10]]},"
+      "{\"id\":\"I\",\"outer\":[[1,-6e-7],[2,-6e-7],[2,0.9999994],[1,0.9999994]]}]}");
+  EXPECT_EQ(r.ContactPairs, 0);
+  EXPECT_EQ(r.ContainedParts, std::vector<int>{1});
+  EXPECT_FALSE(r.Clean);
+}
+
+TEST(LayoutCheck, HelpAndVersion) {
+  for (const char* args : {"--help", "-h", "help"}) {
+    const TRun r = RunTool(args);
+    EXPECT_EQ(r.Code, 0) << args;
+    EXPECT_NE(r.Out.find("check LAYOUT.json"), std::string::npos) << args;
+    EXPECT_TRUE(r.Err.empty()) << args;
+  }
+  for (const char* args : {"help check", "check --help", "check -h"}) {
+    const TRun r = RunTool(args);
+    EXPECT_EQ(r.Code, 0) << args;
+    EXPECT_NE(r.Out.find("--max-protrusion"), std::string::npos) << args;
+  }
+  const TRun v = RunTool("--version");
+  EXPECT_EQ(v.Code, 0);
+  EXPECT_EQ(v.Out.rfind("orvane ", 0), 0u);
+  for (const char* args : {"frob", "help frob", "check --frob x.json"}) {
+    const TRun r = RunTool(args);
+    EXPECT_EQ(r.Code, 2) << args;
+    EXPECT_TRUE(r.Out.empty()) << args;
+    EXPECT_EQ(std::count(r.Err.begin(), r.Err.end(), '\n'), 1) << args << ": " << r.Err;
+  }
+}
+
 TEST(LayoutCheck, BadInputGetsOneLineAndExitCode2) {
   const std::string missing = "/nonexistent/layout.json";
   TRun r = RunTool("check " + missing);
@@ -160,6 +218,23 @@ TEST(LayoutCheck, BadInputGetsOneLineAndExitCode2) {
            "}],\"placements\":[{\"part\":7,\"rotation_deg\":0,\"translation\":[0,0]}]}",
        "unknown shape 7"},
       {"not-a-layout.json", "[1, 2, 3]", "not a JSON object"},
+      {"deep-id.json",
+       "{\"parts\":[{\"id\":" + std::string(100000, '[') + std::string(100000, ']') + ",\"outer\":" + Square(0, 0, 1) +
+           "}]}",
+       "nested deeper"},
+      {"no-solutions.json", "{\"shapes\":[],\"solutions\":[]}", "solutions is empty"},
+      {"nul.json", std::string("{\"parts\":[]}") + '\0' + "garbage", "NUL byte"},
+      {"out-of-range.json", Layout(Square(0, 0, 9), {"[[0,0],[1e14,0],[0,1]]"}), "coordinate range"},
+      {"huge-rotated.json",
+       "{\"shapes\":[{\"part\":0,\"outer\":[[0,0],[1e200,0],[0,1e200]]}],\"placements\":[{\"part\":0,"
+       "\"rotation_deg\":45,\"translation\":[1e308,0]}]}",
+       "coordinate range"},
+      {"collinear.json", Layout(Square(0, 0, 9), {"[[0,0],[1,1],[3,3]]"}), "part 0 (id 0) outer ring has no area"},
+      {"flat-container.json", Layout("[[0,0],[5,0],[9,0]]", {Square(1, 1, 1)}), "container has no area"},
+      {"bow-tie.json", Layout(Square(0, 0, 9), {"[[0,0],[1,1],[1,0],[0,1]]"}), "crosses or touches itself"},
+      {"hole-outside.json",
+       Layout(Square(0, 0, 9), {}, "{\"id\":\"f\",\"outer\":" + Square(1, 1, 2) + ",\"holes\":[" + Square(4, 4, 1) + "]}"),
+       "part 0 (id f) hole 0 reaches outside"},
   };
   for (const TCase& c : cases) {
     const std::string path = WriteTemp(c.Name, c.Text);
@@ -171,6 +246,24 @@ TEST(LayoutCheck, BadInputGetsOneLineAndExitCode2) {
     EXPECT_TRUE(r.Out.empty());
   }
   EXPECT_EQ(RunTool("check").Code, 2);
+  // A whole number of turns as large as a double gets is still a rotation.
+  r = RunTool("check " + WriteTemp("spun.json", "{\"shapes\":[{\"part\":0,\"outer\":" + Square(0, 0, 1) +
+                                                     "}],\"placements\":[{\"part\":0,\"rotation_deg\":1e300}]}"));
+  EXPECT_EQ(r.Code, 0) << r.Err;
+  // Ids with control characters and bytes that are not UTF-8, and a file name that is not
+  // UTF-8: the JSON report and the picture stay well-formed.
+  const std::string odd = WriteTemp(std::string("odd\xff-name.json"),
+                                    "{\"parts\":[{\"id\":\"a\\u0001b<&>\",\"outer\":" + Square(0, 0, 2) +
+                                        "},{\"id\":\"x\",\"outer\":" + Square(1, 1, 2) + "}]}");
+  const std::string oddSvg = (std::filesystem::temp_directory_path() / "orvane-tool-test" / "odd.svg").string();
+  r = RunTool("check --json '" + odd + "' --svg " + oddSvg);
+  EXPECT_EQ(r.Code, 1) << r.Err;
+  EXPECT_TRUE(nlohmann::json::accept(r.Out)) << r.Out;
+  std::ifstream oddPic(oddSvg);
+  std::stringstream oddText;
+  oddText << oddPic.rdbuf();
+  EXPECT_EQ(oddText.str().find('\x01'), std::string::npos);
+  EXPECT_NE(oddText.str().find("a\xEF\xBF\xBD" "b&lt;&amp;&gt;"), std::string::npos);
   EXPECT_EQ(RunTool("check " + WriteTemp("ok.json", Layout(Square(0, 0, 9), {Square(1, 1, 1)})) + " --tol -1").Code, 2);
 
   // A clean and a dirty layout through the command: exit codes 0 and 1, JSON keys present.
@@ -214,3 +307,83 @@ TEST(LayoutCheck, PublishedLayoutsAgreeWithTheirStatedFigures) {
   }
   EXPECT_GE(solutions, 38);  // 21 sparrow records and 17 published solutions
 }
+
+#if ORVANE_HAVE_GEOS
+#include <geos_c.h>
+
+namespace {
+
+// A part as a GEOS polygon with its holes.
+GEOSGeometry* GeosPart(GEOSContextHandle_t H, const TLayoutPart& Part) {
+  auto ring = [&](const TDynPoints2D& Pts) {
+    GEOSCoordSequence* seq = GEOSCoordSeq_create_r(H, static_cast<unsigned>(Pts.size() + 1), 2);
+    for (std::size_t k = 0; k <= Pts.size(); ++k) {
+      const TPoint2D& p = Pts[k % Pts.size()];
+      GEOSCoordSeq_setXY_r(H, seq, static_cast<unsigned>(k), p.X, p.Y);
+    }
+    return GEOSGeom_createLinearRing_r(H, seq);
+  };
+  std::vector<GEOSGeometry*> holes;
+  for (const TDynPoints2D& h : Part.Holes) holes.push_back(ring(h));
+  return GEOSGeom_createPolygon_r(H, ring(Part.Outer), holes.data(), static_cast<unsigned>(holes.size()));
+}
+
+}  // namespace
+
+// Contact at --tol T is "the boundaries come within T": the pairs found at each T are the
+// pairs whose boundary distance, measured by GEOS, is at most T, so the counts never fall
+// as T grows.
+TEST(LayoutCheck, ContactsAtEveryTolAreThePairsGeosFindsWithinIt) {
+  const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "layouts";
+  if (!std::filesystem::exists(dir)) GTEST_SKIP() << "outside layout data not found at " << dir;
+  GEOSContextHandle_t h = GEOS_init_r();
+  const std::vector<double> tols = {1e-6, 1e-4, 1e-2, 1.0};
+  int solutions = 0, compared = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+    if (entry.path().extension() != ".json") continue;
+    for (const TLayout& layout : ReadLayoutFile(entry.path().string())) {
+      ++solutions;
+      std::vector<GEOSGeometry*> boundary;
+      for (const TLayoutPart& part : layout.Parts) {
+        GEOSGeometry* poly = GeosPart(h, part);
+        boundary.push_back(GEOSBoundary_r(h, poly));
+        GEOSGeom_destroy_r(h, poly);
+      }
+      std::vector<TRect2D> boxes;
+      for (const TLayoutPart& part : layout.Parts) boxes.push_back(CalcAABB(part.Outer));
+      int lastContacts = -1, lastOverlaps = -1;
+      std::map<std::pair<int, int>, double> distance;  // pairs whose boxes lie within the largest T
+      for (std::size_t i = 0; i < boxes.size(); ++i) {
+        for (std::size_t j = i + 1; j < boxes.size(); ++j) {
+          if (boxes[i].RelationWithRect(boxes[j], tols.back()) == 0) continue;
+          double d = 0.0;
+          GEOSDistanceIndexed_r(h, boundary[i], boundary[j], &d);
+          distance[{static_cast<int>(i), static_cast<int>(j)}] = d;
+        }
+      }
+      for (double tol : tols) {
+        TCheckOptions options;
+        options.Tol = tol;
+        const TCheckReport r = CheckLayout(layout, options);
+        EXPECT_GE(r.ContactPairs, lastContacts) << layout.Name << " at " << tol;
+        EXPECT_GE(r.PositiveOverlapPairs, lastOverlaps) << layout.Name << " at " << tol;
+        lastContacts = r.ContactPairs;
+        lastOverlaps = r.PositiveOverlapPairs;
+        const std::set<std::pair<int, int>> ours(r.Contacts.begin(), r.Contacts.end());
+        for (const auto& [pair, d] : distance) {
+          // Distances this close to T are round-off either way.
+          if (std::fabs(d - tol) <= 1e-9 + 1e-7 * tol) continue;
+          ++compared;
+          EXPECT_EQ(ours.count(pair) == 1, d <= tol)
+              << layout.Name << ": parts " << pair.first << " and " << pair.second << " lie " << d << " apart, --tol "
+              << tol;
+        }
+      }
+      for (GEOSGeometry* g : boundary) GEOSGeom_destroy_r(h, g);
+    }
+  }
+  GEOS_finish_r(h);
+  EXPECT_GE(solutions, 38);
+  EXPECT_GT(compared, 1000);
+}
+#endif

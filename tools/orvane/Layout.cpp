@@ -1,5 +1,6 @@
 #include "Layout.h"
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -191,10 +192,15 @@ void CheckRing(const TDynPoints2D& Ring, const std::string& What) {
                                 What, static_cast<int>(i), p.X, p.Y, MaxCoordinate));
     }
   }
-  if (PolyArea(Ring) == 0.0) throw ELayoutError(What + " has no area: its vertices lie on one line");
+  const TPoint2D& o = Ring.front();
+  const bool collinear = std::all_of(Ring.begin(), Ring.end(), [&](const TPoint2D& p) {
+    return (Ring[1].X - o.X) * (p.Y - o.Y) == (Ring[1].Y - o.Y) * (p.X - o.X);
+  });
+  if (collinear) throw ELayoutError(What + " has no area: its vertices lie on one line");
   TDynPoints2D closed(Ring);
   closed.push_back(Ring.front());
   if (TVPolyline2D(std::move(closed)).IsSelfIntersect(0.0)) throw ELayoutError(What + " crosses or touches itself");
+  if (PolyArea(Ring) == 0.0) throw ELayoutError(What + " has no area");
 }
 
 // Rings the check can answer for: inside the coordinate range, with area, not crossing

@@ -88,17 +88,55 @@ nlohmann::json ReportToJson(const TCheckReport& R, double ParseSeconds) {
 
 namespace {
 
-// Text inside SVG elements: names and ids come from the input file.
+// The length of the well-formed UTF-8 sequence that starts Text[At], or 0.
+std::size_t Utf8Length(const std::string& Text, std::size_t At) {
+  const auto byte = [&](std::size_t K) { return static_cast<unsigned char>(Text[K]); };
+  const unsigned char c = byte(At);
+  std::size_t n = 0;
+  unsigned lo = 0x80, hi = 0xBF;  // the range of the second byte
+  if (c < 0x80) return 1;
+  if (c >= 0xC2 && c <= 0xDF) {
+    n = 2;
+  } else if (c >= 0xE0 && c <= 0xEF) {
+    n = 3;
+    if (c == 0xE0) lo = 0xA0;  // no overlong forms
+    if (c == 0xED) hi = 0x9F;  // no surrogates
+  } else if (c >= 0xF0 && c <= 0xF4) {
+    n = 4;
+    if (c == 0xF0) lo = 0x90;
+    if (c == 0xF4) hi = 0x8F;  // nothing beyond U+10FFFF
+  } else {
+    return 0;
+  }
+  if (At + n > Text.size()) return 0;
+  if (byte(At + 1) < lo || byte(At + 1) > hi) return 0;
+  for (std::size_t k = 2; k < n; ++k) {
+    if (byte(At + k) < 0x80 || byte(At + k) > 0xBF) return 0;
+  }
+  return n;
+}
+
+// Text inside SVG elements: names and ids come from the input file. XML allows no control
+// characters but tab and line breaks, not even escaped, and only well-formed UTF-8: the
+// others become U+FFFD, so the picture stays a well-formed document.
 std::string XmlText(const std::string& Text) {
   std::string out;
-  for (char c : Text) {
+  for (std::size_t k = 0; k < Text.size();) {
+    const char c = Text[k];
+    const std::size_t n = Utf8Length(Text, k);
+    if (n == 0 || (n == 1 && static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r')) {
+      out += "\xEF\xBF\xBD";
+      ++k;
+      continue;
+    }
     switch (c) {
       case '&': out += "&amp;"; break;
       case '<': out += "&lt;"; break;
       case '>': out += "&gt;"; break;
       case '"': out += "&quot;"; break;
-      default: out += c;
+      default: out.append(Text, k, n);
     }
+    k += n;
   }
   return out;
 }
@@ -152,7 +190,7 @@ void WriteSvg(std::ostream& Out, const TLayout& Layout, const TCheckReport& R) {
 
   Out << Format(
       "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"%.6g %.6g %.6g %.6g\" width=\"1200\" height=\"%d\">\n", vx,
-      vy, vw, vh, static_cast<int>(1200.0 * vh / vw));
+      vy, vw, vh, static_cast<int>(std::clamp(1200.0 * vh / vw, 1.0, 12000.0)));
   Out << Format("<rect x=\"%.6g\" y=\"%.6g\" width=\"%.6g\" height=\"%.6g\" fill=\"white\"/>\n", vx, vy, vw, vh);
   // Drawing y points up; SVG's points down.
   Out << "<g transform=\"scale(1,-1)\" stroke-linejoin=\"round\">\n";

@@ -1,11 +1,10 @@
-// orvane: command-line tool of the Orvane kernel.
-//   orvane check LAYOUT.json [--svg OUT.svg] [--json] [--tol T] [--max-overlap R]
-//                [--max-protrusion R] [--solution K]
+// orvane: command-line tool of the Orvane kernel. `orvane --help` lists the commands.
 // Exit code 0 when every checked layout is clean, 1 when anything overlaps, lies inside
 // another part or sticks out, 2 on bad input.
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -25,8 +24,34 @@ using namespace orvane::tool;
 namespace {
 
 constexpr const char* Usage =
+    "usage: orvane COMMAND [ARGS]\n"
+    "\n"
+    "commands:\n"
+    "  check LAYOUT.json   check a nesting layout for contacts, overlaps, parts inside\n"
+    "                      others and parts outside the container\n"
+    "  help [COMMAND]      show this text, or the usage of COMMAND\n"
+    "\n"
+    "options:\n"
+    "  -h, --help          show this text\n"
+    "  --version           show the version\n";
+
+constexpr const char* CheckUsage =
     "usage: orvane check LAYOUT.json [--svg OUT.svg] [--json] [--tol T] [--max-overlap R]\n"
-    "                    [--max-protrusion R] [--solution K]\n";
+    "                    [--max-protrusion R] [--solution K]\n"
+    "\n"
+    "Checks every solution of a layout file (the tool's own {\"container\", \"parts\"} form or a\n"
+    "nesting benchmark's placed solutions) and prints a report.\n"
+    "\n"
+    "  --tol T             parts whose boundaries come within distance T touch (default 1e-6)\n"
+    "  --max-overlap R     allowed common area, relative to the smaller part (default 1e-5)\n"
+    "  --max-protrusion R  allowed protrusion out of the container, relative to its height\n"
+    "                      (default 1e-4)\n"
+    "  --solution K        check only the K-th solution of the file, counted from 1\n"
+    "  --json              print the report as JSON\n"
+    "  --svg OUT.svg       draw the layout with contacts and overlaps marked\n"
+    "  -h, --help          show this text\n"
+    "\n"
+    "exit status: 0 clean, 1 not clean, 2 bad input or usage\n";
 
 struct TArgs {
   std::string Layout;
@@ -50,8 +75,30 @@ double PositiveNumber(const std::string& Flag, const char* Text) {
   return v;
 }
 
+// A request for text rather than a check: the help texts and the version, to standard
+// output. Empty when the arguments ask for a check.
+std::string InfoRequest(int argc, char** argv) {
+  if (argc < 2) return {};
+  const std::string first = argv[1];
+  if (first == "-h" || first == "--help") return Usage;
+  if (first == "--version") return std::string("orvane ") + ORVANE_TOOL_VERSION + "\n";
+  if (first == "help") {
+    if (argc == 2) return Usage;
+    if (std::string(argv[2]) == "check") return CheckUsage;
+    throw EUsage(std::string("no help on '") + argv[2] + "': the commands are check and help");
+  }
+  if (first == "check") {
+    for (int k = 2; k < argc; ++k) {
+      const std::string a = argv[k];
+      if (a == "-h" || a == "--help") return CheckUsage;
+    }
+  }
+  return {};
+}
+
 TArgs ParseArgs(int argc, char** argv) {
-  if (argc < 2 || std::string(argv[1]) != "check") throw EUsage("the only command is 'check'");
+  if (argc < 2) throw EUsage("no command given");
+  if (std::string(argv[1]) != "check") throw EUsage(std::string("unknown command '") + argv[1] + "'");
   TArgs args;
   for (int k = 2; k < argc; ++k) {
     const std::string a = argv[k];
@@ -107,70 +154,95 @@ class TProgressLine {
   Clock::time_point FStart;
 };
 
-}  // namespace
+// One line on standard error and exit code 2 for anything that goes wrong, whatever raised it.
+int Fail(const std::string& Where, const char* What) {
+  std::string line = What;
+  std::replace(line.begin(), line.end(), '\n', ' ');
+  std::cerr << "orvane: " << Where << line << "\n";
+  return 2;
+}
 
-int main(int argc, char** argv) {
-  TArgs args;
-  try {
-    args = ParseArgs(argc, argv);
-  } catch (const EUsage& e) {
-    std::cerr << "orvane: " << e.what() << "\n" << Usage;
-    return 2;
-  }
-
+// Everything after the arguments: read, check, report. Exit code as for main.
+int Run(const TArgs& Args) {
   std::vector<TLayout> layouts;
   const auto parseStart = std::chrono::steady_clock::now();
   try {
-    layouts = ReadLayoutFile(args.Layout);
-    if (args.Solution >= 0) {
+    layouts = ReadLayoutFile(Args.Layout);
+    if (Args.Solution >= 0) {
       // --solution counts from 1, as a person reads the list of solutions.
-      if (args.Solution > static_cast<int>(layouts.size())) {
+      if (Args.Solution > static_cast<int>(layouts.size())) {
         throw ELayoutError(Format("has %d solution(s); --solution %d is out of range", static_cast<int>(layouts.size()),
-                                  args.Solution));
+                                  Args.Solution));
       }
-      layouts = {layouts[static_cast<std::size_t>(args.Solution - 1)]};
+      layouts = {layouts[static_cast<std::size_t>(Args.Solution - 1)]};
     }
   } catch (const ELayoutError& e) {
-    std::cerr << "orvane: " << args.Layout << ": " << e.what() << "\n";
-    return 2;
+    return Fail(Args.Layout + ": ", e.what());
   }
   const double parseSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - parseStart).count();
 
   bool clean = true;
   nlohmann::json all = nlohmann::json::array();
-  try {
-    TProgressLine progress(!args.Json);
-    for (std::size_t k = 0; k < layouts.size(); ++k) {
-      const TCheckReport report = CheckLayout(layouts[k], args.Options, std::ref(progress));
-      clean = clean && report.Clean;
-      if (args.Json) {
-        all.push_back(ReportToJson(report, parseSeconds));
-      } else {
-        if (k) std::cout << "\n";
-        WriteTextReport(std::cout, report, args.Options, parseSeconds);
-      }
-      if (!args.Svg.empty()) {
-        std::string path = args.Svg;
-        if (layouts.size() > 1) {
-          const std::size_t dot = path.rfind('.');
-          const std::string suffix = Format("-%d", static_cast<int>(k + 1));
-          path = dot == std::string::npos ? path + suffix : path.substr(0, dot) + suffix + path.substr(dot);
-        }
-        std::ofstream svg(path);
-        WriteSvg(svg, layouts[k], report);
-        svg.flush();
-        if (!svg) {
-          std::cerr << "orvane: " << path << ": cannot write the picture\n";
-          return 2;
-        }
-        if (!args.Json) std::cout << "picture: " << path << "\n";
-      }
+  TProgressLine progress(!Args.Json);
+  for (std::size_t k = 0; k < layouts.size(); ++k) {
+    const TCheckReport report = CheckLayout(layouts[k], Args.Options, std::ref(progress));
+    clean = clean && report.Clean;
+    if (Args.Json) {
+      all.push_back(ReportToJson(report, parseSeconds));
+    } else {
+      if (k) std::cout << "\n";
+      WriteTextReport(std::cout, report, Args.Options, parseSeconds);
     }
-  } catch (const Exception& e) {
-    // A ring the kernel refuses (a self-crossing part its monotone walk cannot hold, ...).
-    std::cerr << "orvane: " << args.Layout << ": " << e.what() << "\n";
+    if (!Args.Svg.empty()) {
+      std::string path = Args.Svg;
+      if (layouts.size() > 1) {
+        const std::size_t dot = path.rfind('.');
+        const std::string suffix = Format("-%d", static_cast<int>(k + 1));
+        path = dot == std::string::npos ? path + suffix : path.substr(0, dot) + suffix + path.substr(dot);
+      }
+      std::ofstream svg(path);
+      WriteSvg(svg, layouts[k], report);
+      svg.flush();
+      if (!svg) {
+        std::cerr << "orvane: " << path << ": cannot write the picture\n";
+        return 2;
+      }
+      if (!Args.Json) std::cout << "picture: " << path << "\n";
+    }
+  }
+  // File names and ids need not be UTF-8: replace what is not rather than fail.
+  if (Args.Json)
+    std::cout << (all.size() == 1 ? all[0] : all).dump(2, ' ', false, nlohmann::json::error_handler_t::replace)
+              << "\n";
+  return clean ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  TArgs args;
+  try {
+    const std::string info = InfoRequest(argc, argv);
+    if (!info.empty()) {
+      std::cout << info;
+      return 0;
+    }
+    args = ParseArgs(argc, argv);
+  } catch (const EUsage& e) {
+    std::cerr << "orvane: " << e.what() << " (orvane --help lists the commands and options)\n";
     return 2;
   }
-  if (args.Json) std::cout << (all.size() == 1 ? all[0] : all).dump(2) << "\n";
-  return clean ? 0 : 1;
+  const std::string where = args.Layout + ": ";
+  try {
+    return Run(args);
+  } catch (const Exception& e) {
+    // A ring the kernel refuses.
+    return Fail(where, e.what());
+  } catch (const std::bad_alloc&) {
+    return Fail(where, "out of memory");
+  } catch (const std::exception& e) {
+    return Fail(where, e.what());
+  } catch (...) {
+    return Fail(where, "unexpected failure");
+  }
 }
