@@ -2,7 +2,7 @@
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE_GEN := -G Ninja
 
-.PHONY: all deps test demo bench sanitize format clean
+.PHONY: all deps test demo bench sanitize fuzz format clean
 
 all: test
 
@@ -30,8 +30,18 @@ sanitize: deps
 	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  ctest --test-dir build-sanitize --output-on-failure -j $(JOBS)
 
+# FUZZ_SECONDS bounds the run; findings land in build-fuzz/findings.
+FUZZ_SECONDS ?= 60
+fuzz: deps
+	CXX=clang++-14 cmake -S . -B build-fuzz $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORVANE_FUZZ=ON \
+	  -DORVANE_BUILD_TESTS=OFF -DORVANE_BUILD_BENCH=OFF
+	cmake --build build-fuzz -j $(JOBS) --target fuzz_layout
+	mkdir -p build-fuzz/corpus build-fuzz/findings
+	build-fuzz/fuzz/fuzz_layout build-fuzz/corpus fuzz/seeds -max_total_time=$(FUZZ_SECONDS) -timeout=10 \
+	  -rss_limit_mb=4096 -max_len=65536 -artifact_prefix=build-fuzz/findings/ -print_final_stats=1
+
 format:
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i
 
 clean:
-	rm -rf build build-bench build-sanitize
+	rm -rf build build-bench build-sanitize build-fuzz
