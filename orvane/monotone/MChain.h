@@ -4,7 +4,8 @@
 // y that only remembers which chain lies to the left: a point of contact or a change of
 // sides means that the chains touch or cross. TMPolygon cuts an outline into such chains.
 //
-// All tests here use the fixed tolerance 1e-6.
+// All tests here use the fixed tolerance 1e-6 as a Euclidean distance; crossings are decided
+// exactly.
 
 #include <memory>
 
@@ -38,11 +39,15 @@ class TMChain : public TVPolyline2D {
   void ResetBound();
 
   // True if this chain and Chain touch or cross: one walk upward over the heights of both
-  // chains' vertices that compares, at each, the x that each chain covers there (a level
-  // run covers an interval). x within 1e-6 is a contact, a change of which chain lies left
-  // a crossing; heights within 1e-6 count as one. Chains that stay apart in x over the
-  // heights they share are answered before the walk. Linear in the two vertex counts, free
-  // of allocation; neither chain changes.
+  // chains' vertices. Where both chains cover a height, each vertex is placed exactly left
+  // or right of the x interval that the other chain covers there (a level run covers an
+  // interval): a vertex inside it, or a change of which chain lies left, is a crossing.
+  // Chains that do not cross come nearest at a vertex, so each vertex is also measured
+  // against the other chain's segments near its height: within 1e-6, Euclidean, is a
+  // contact. Stretches where the chains stay apart in x are passed over whole. Linear in
+  // the two vertex counts for chains whose vertices are not crowded within 1e-6 of one
+  // height, free of allocation; neither chain changes. Both chains must climb in storage,
+  // as TMPolygon builds them.
   bool IsOverlap(const TMChain& Chain) const;
   // The first and last vertex index that bracket Pt's height or match it (1e-6), or
   // (-1, -1) when the height is out of the chain's range.

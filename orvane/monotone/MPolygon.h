@@ -5,8 +5,9 @@
 // their x ranges and walks the rest pairwise with TMChain::IsOverlap.
 //
 // The polygon keeps two orders of its chains: the list order, sorted by left edge, and the
-// ring through each chain's Next, in the outline's order of travel. All comparisons use the
-// tolerance 1e-6.
+// ring through each chain's Next, in the outline's order of travel. Chains are cut by the
+// exact sign of each step, so every chain climbs in storage whatever the size of its
+// steps; the tolerance 1e-6 belongs to the contact and point tests alone.
 
 #include <cstdint>
 #include <memory>
@@ -31,7 +32,8 @@ class TMPolygon : public TVGeometry2DList<TMChain> {
   // the end (1e-6) is a closed outline. A ring given without its closing vertex is taken as
   // an open polyline: its polygon holds its edges without the closing edge (so contacts on
   // that edge are not seen, and PointIsIn has no meaning). Add the first vertex at the end
-  // first to get the outline.
+  // first to get the outline. A step climbs when its end lies higher at all; a level step
+  // goes with the falling ones.
   // Fewer than two vertices give no chains. A vertex that is not finite raises EParamError
   // "[Error] TMPolygon.Create: vertex <k> is not a finite point". Chains made here are freed
   // with the polygon also when it does not own its items.
@@ -53,10 +55,13 @@ class TMPolygon : public TVGeometry2DList<TMChain> {
   // tolerance, where the chains' stored first edges point along noise. EListError without
   // chains.
   bool IsClockwise() const;
-  // 0 outside, 1 inside, 2 on the boundary (1e-6), by a ray toward larger x counted per
-  // chain over the half-open height interval from its bottom to its top. 0 without chains.
+  // 0 outside, 1 inside, 2 on the boundary: within 1e-6 of an edge, Euclidean, so that a
+  // nearly level edge holds the points beside it as a steep one does. Otherwise a ray
+  // toward larger x, counted exactly per chain over the half-open height interval from its
+  // bottom to its top. 0 without chains.
   std::uint8_t PointIsIn(const TPoint2D& Pt) const;
-  // True if any chain of this polygon touches or crosses any chain of MPolygon (1e-6).
+  // True if any chain of this polygon touches (within 1e-6, Euclidean) or crosses any chain
+  // of MPolygon.
   // Boundaries only: a polygon inside the other without contact gives false. Chains clear
   // of the other polygon's extent are passed over, the scan of MPolygon's chains stops at
   // the first that starts right of the chain at hand, and only chains whose boxes meet are
@@ -82,7 +87,8 @@ class TMPolygon : public TVGeometry2DList<TMChain> {
 
   // Whatever the caller passed at construction; never read here.
   void* OriInf = nullptr;
-  // The pile that TMPolygonList::Merge has put this polygon in; not owned.
+  // Reserved for the pile of touching polygons that merging a polygon list will put this
+  // polygon in (not owned); no class sets it yet, so it stays nil.
   TMPolygonList* Plug = nullptr;
 
  private:
