@@ -223,8 +223,8 @@ class TOverlapWalk {
     return !Side.Keep(PIsA ? pLeft : !pLeft);
   }
 
-  // Tries to take the stretch of heights up to BlockSize vertices of A (or B) above the
-  // walk's next stop at once: when the chains' vertices that can matter there stay apart in
+  // Tries to take the stretch of heights up to BlockSize vertices above the walk's next
+  // stop at once: when the chains' vertices that can matter there stay apart in
   // x by more than the tolerance, no vertex there is near the other chain and every stop
   // finds the same side. Answers the number of stops taken, 0 when the chains come near
   // in x, and -1 when the stretch finds a side that contradicts the known one.
@@ -232,7 +232,10 @@ class TOverlapWalk {
     const bool aLeft = A.Next <= A.Last;
     const bool bLeft = B.Next <= B.Last;
     const double bottom = std::min(aLeft ? a[A.Next].Y : MaxDouble, bLeft ? b[B.Next].Y : MaxDouble);
-    const double top = aLeft ? a[std::min(A.Next + BlockSize, A.Last)].Y : b[std::min(B.Next + BlockSize, B.Last)].Y;
+    // At most BlockSize vertices of either chain (and those at the same height), so that a
+    // chain much denser than the other is not scanned again at every try.
+    const double top = std::min(aLeft ? a[std::min(A.Next + BlockSize, A.Last)].Y : MaxDouble,
+                                bLeft ? b[std::min(B.Next + BlockSize, B.Last)].Y : MaxDouble);
     int a2 = A.Next;
     while (a2 <= A.Last && a[a2].Y <= top) ++a2;
     int b2 = B.Next;
