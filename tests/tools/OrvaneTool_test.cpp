@@ -2,6 +2,7 @@
 // command itself, and every published layout against the figures its file states.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -54,8 +55,10 @@ struct TRun {
 TRun RunTool(const std::string& Args) {
   const std::string dir = std::filesystem::temp_directory_path() / "orvane-tool-test";
   std::filesystem::create_directories(dir);
-  const std::string out = dir + "/out.txt";
-  const std::string err = dir + "/err.txt";
+  // CTest runs the tests of this file side by side: each process has its own output files.
+  const std::string tag = std::to_string(::getpid());
+  const std::string out = dir + "/out-" + tag + ".txt";
+  const std::string err = dir + "/err-" + tag + ".txt";
   const std::string cmd = std::string(ORVANE_BINARY_DIR) + "/tools/orvane " + Args + " >" + out + " 2>" + err;
   TRun run;
   const int status = std::system(cmd.c_str());
