@@ -103,20 +103,18 @@ class TOverlapWalk {
     // meet the other chain.
     const double lo = std::max(a[0].Y, b[0].Y) - MonoTol;
     const double hi = std::min(a[na - 1].Y, b[nb - 1].Y) + MonoTol;
-    TCursor ca{a, na, FirstAtOrAbove(a, na, lo), LastAtOrBelow(a, na, hi)};
-    TCursor cb{b, nb, FirstAtOrAbove(b, nb, lo), LastAtOrBelow(b, nb, hi)};
+    double aLo, aHi, bLo, bHi;
+    TCursor ca = Band(a, na, lo, hi, aLo, aHi);
+    TCursor cb = Band(b, nb, lo, hi, bLo, bHi);
     if (ca.Next > ca.Last && cb.Next > cb.Last) return false;
-    {
-      double aLo, aHi, bLo, bHi;
-      Span(a, std::max(ca.Next - 1, 0), std::min(ca.Last + 1, na - 1), aLo, aHi);
-      Span(b, std::max(cb.Next - 1, 0), std::min(cb.Last + 1, nb - 1), bLo, bHi);
-      if (bLo - aHi > MonoTol || aLo - bHi > MonoTol) return false;
-    }
+    if (bLo - aHi > MonoTol || aLo - bHi > MonoTol) return false;
     // The heights that both chains cover; sides are compared only there.
     const double common0 = std::max(a[0].Y, b[0].Y);
     const double common1 = std::min(a[na - 1].Y, b[nb - 1].Y);
     TSide side;
-    int tryFrom = 0;  // the stop count from which a stretch may next be taken whole
+    // The stop count from which a stretch may next be taken whole: the first test above has
+    // just found the chains near each other in x, so a stretch is tried only further on.
+    int tryFrom = BlockSize;
     int stops = 0;
     while (ca.Next <= ca.Last || cb.Next <= cb.Last) {
       if (stops >= tryFrom) {
@@ -168,11 +166,23 @@ class TOverlapWalk {
     }
   };
 
-  static int FirstAtOrAbove(const TPoint2D* V, int N, double Y) {
-    return static_cast<int>(std::partition_point(V, V + N, [Y](const TPoint2D& P) { return P.Y < Y; }) - V);
-  }
-  static int LastAtOrBelow(const TPoint2D* V, int N, double Y) {
-    return static_cast<int>(std::partition_point(V, V + N, [Y](const TPoint2D& P) { return P.Y <= Y; }) - V) - 1;
+  // The vertices of chain V from Lo to Hi, and the x range of the segments that reach into
+  // that band, in one pass from the bottom: most walks end at the test on these ranges.
+  static TCursor Band(const TPoint2D* V, int N, double Lo, double Hi, double& XLo, double& XHi) {
+    int first = 0;
+    while (first < N && V[first].Y < Lo) ++first;
+    int k = first > 0 ? first - 1 : 0;
+    XLo = XHi = V[k].X;
+    int last = N - 1;
+    for (k = first; k < N; ++k) {
+      XLo = std::min(XLo, V[k].X);
+      XHi = std::max(XHi, V[k].X);
+      if (V[k].Y > Hi) {
+        last = k - 1;
+        break;
+      }
+    }
+    return {V, N, first, last};
   }
 
   static void Span(const TPoint2D* V, int First, int Last, double& Lo, double& Hi) {
@@ -181,6 +191,16 @@ class TOverlapWalk {
       Lo = std::min(Lo, V[k].X);
       Hi = std::max(Hi, V[k].X);
     }
+  }
+
+  // P lies within the tolerance of segment S-E. Farther than that from the segment's line
+  // is farther from the segment: a test without division spares the distance nearly always.
+  static bool NearSegment(const TPoint2D& P, const TPoint2D& S, const TPoint2D& E) {
+    const double dx = E.X - S.X;
+    const double dy = E.Y - S.Y;
+    const double cross = dx * (P.Y - S.Y) - dy * (P.X - S.X);
+    if (cross * cross > MonoTol * MonoTol * (dx * dx + dy * dy)) return false;
+    return SegDist2(P, S, E) <= MonoTol * MonoTol;
   }
 
   // Vertex P of one chain against the other chain O, at P's height. True when P lies
@@ -197,20 +217,39 @@ class TOverlapWalk {
       const double floor = y - MonoTol;
       w = static_cast<int>(std::partition_point(v + w + 1, v + n - 1, [floor](const TPoint2D& Q) { return Q.Y < floor; }) - v) - 1;
     }
-    for (int k = w; k < n - 1 && v[k].Y <= y + MonoTol; ++k) {
-      const double xLo = std::min(v[k].X, v[k + 1].X);
-      const double xHi = std::max(v[k].X, v[k + 1].X);
-      if (P.X < xLo - MonoTol || P.X > xHi + MonoTol) continue;
-      if (SegDist2(P, v[k], v[k + 1]) <= MonoTol * MonoTol) return true;
+    if (v[w].Y < y - MonoTol && v[w + 1].Y > y + MonoTol) {
+      // The common case: one segment spans the heights within the tolerance of P's, and it
+      // alone can come near P. Clear of its x range, P lies on one side of it.
+      const TPoint2D& s = v[w];
+      const TPoint2D& e = v[w + 1];
+      if (P.X < std::min(s.X, e.X) - MonoTol) return !Side.Keep(PIsA);
+      if (P.X > std::max(s.X, e.X) + MonoTol) return !Side.Keep(!PIsA);
+      if (NearSegment(P, s, e)) return true;
+      const double x = s.X + (y - s.Y) / (e.Y - s.Y) * (e.X - s.X);
+      if (P.X == x) return true;
+      return !Side.Keep(PIsA == (P.X < x));
+    }
+    // The segments within the tolerance of P's height; on the way, the first that reaches
+    // up to it, which holds P's height when the chain covers it.
+    int k = -1;
+    for (int m = w; m < n - 1 && v[m].Y <= y + MonoTol; ++m) {
+      const TPoint2D& s = v[m];
+      const TPoint2D& e = v[m + 1];
+      if (k < 0 && e.Y >= y) k = m;
+      if (P.X < std::min(s.X, e.X) - MonoTol || P.X > std::max(s.X, e.X) + MonoTol) continue;
+      if (NearSegment(P, s, e)) return true;
     }
     if (y < v[0].Y || y > v[n - 1].Y) return false;
     // O's interval at height y: the segment that passes it, or the vertices that lie on it.
-    int k = w;
-    while (v[k + 1].Y < y) ++k;
+    const TPoint2D& s = v[k];
+    const TPoint2D& e = v[k + 1];
     double lo, hi;
-    int run = v[k].Y == y ? k : (v[k + 1].Y == y ? k + 1 : -1);
+    int run = s.Y == y ? k : (e.Y == y ? k + 1 : -1);
     if (run < 0) {
-      lo = hi = v[k].X + (y - v[k].Y) / (v[k + 1].Y - v[k].Y) * (v[k + 1].X - v[k].X);
+      // Wholly to one side of the segment's x range needs no point on it.
+      if (P.X < std::min(s.X, e.X)) return !Side.Keep(PIsA);
+      if (P.X > std::max(s.X, e.X)) return !Side.Keep(!PIsA);
+      lo = hi = s.X + (y - s.Y) / (e.Y - s.Y) * (e.X - s.X);
     } else {
       lo = hi = v[run].X;
       for (++run; run < n && v[run].Y == y; ++run) {
