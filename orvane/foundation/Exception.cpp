@@ -71,8 +71,8 @@ std::string FormatInteger(std::uint64_t Magnitude, bool Negative, const TSpec& S
   return SignPrefix(Negative, Spec) + digits;
 }
 
-std::string FormatOne(const internal::TFormatArg& Arg, const TSpec& Spec) {
-  using K = internal::TFormatArg::TKind;
+std::string FormatOne(const detail::TFormatArg& Arg, const TSpec& Spec) {
+  using K = detail::TFormatArg::TKind;
   switch (Spec.Conv) {
     case 'd':
     case 'i':
@@ -117,7 +117,7 @@ std::string FormatOne(const internal::TFormatArg& Arg, const TSpec& Spec) {
 
 }  // namespace
 
-std::string internal::FormatArgs(std::string_view Fmt, const std::vector<TFormatArg>& Args) {
+std::string detail::FormatArgs(std::string_view Fmt, const std::vector<TFormatArg>& Args) {
   std::string out;
   out.reserve(Fmt.size() + 16 * Args.size());
   std::size_t next = 0;

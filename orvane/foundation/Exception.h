@@ -16,7 +16,9 @@
 
 namespace orvane {
 
-namespace internal {
+// Format's non-template core. The template below expands in the host's code and calls it
+// there, so it belongs to the library's binary interface; hosts call Format, not this.
+namespace detail {
 
 // One argument of Format, captured by kind so that the formatter itself is not a template.
 struct TFormatArg {
@@ -54,14 +56,14 @@ struct TFormatArg {
 
 std::string FormatArgs(std::string_view Fmt, const std::vector<TFormatArg>& Args);
 
-}  // namespace internal
+}  // namespace detail
 
 // printf-compatible formatting (%d %i %u %x %s %f %e %g %%, flags, width, precision)
 // that never depends on the C locale: the decimal separator is always '.'.
 // A conversion without a matching argument is written out literally.
 template <class... TArgs>
 std::string Format(std::string_view Fmt, const TArgs&... Args) {
-  return internal::FormatArgs(Fmt, {internal::TFormatArg::From(Args)...});
+  return detail::FormatArgs(Fmt, {detail::TFormatArg::From(Args)...});
 }
 
 // Shortest text that reads back to the same double ("1.5", "0.1", "1e-07").

@@ -7,7 +7,9 @@
 #include <cstddef>
 #include <new>
 
-namespace orvane::internal {
+// TRTree's allocator expands in the host's code and calls these two there, so they belong
+// to the library's binary interface; hosts do not call them directly.
+namespace orvane::detail {
 
 void* AllocateBulk(std::size_t Bytes);
 void FreeBulk(void* Block, std::size_t Bytes) noexcept;
@@ -32,4 +34,4 @@ struct TBulkAllocator {
   }
 };
 
-}  // namespace orvane::internal
+}  // namespace orvane::detail
