@@ -14,6 +14,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "orvane/foundation/Export.h"
+
 namespace orvane {
 
 // Format's non-template core. The template below expands in the host's code and calls it
@@ -54,7 +56,7 @@ struct TFormatArg {
   }
 };
 
-std::string FormatArgs(std::string_view Fmt, const std::vector<TFormatArg>& Args);
+ORVANE_API std::string FormatArgs(std::string_view Fmt, const std::vector<TFormatArg>& Args);
 
 }  // namespace detail
 
@@ -67,9 +69,9 @@ std::string Format(std::string_view Fmt, const TArgs&... Args) {
 }
 
 // Shortest text that reads back to the same double ("1.5", "0.1", "1e-07").
-std::string FloatToStr(double Value);
+ORVANE_API std::string FloatToStr(double Value);
 
-class Exception : public std::exception {
+class ORVANE_API Exception : public std::exception {
  public:
   explicit Exception(std::string AMessage) : Message(std::move(AMessage)) {}
   template <class A0, class... TArgs>
@@ -81,7 +83,7 @@ class Exception : public std::exception {
 };
 
 #define ORVANE_DECLARE_EXCEPTION(Name, Base) \
-  class Name : public Base {                 \
+  class ORVANE_API Name : public Base {      \
    public:                                   \
     using Base::Base;                        \
   }
@@ -93,7 +95,7 @@ ORVANE_DECLARE_EXCEPTION(EGeometry, Exception);
 ORVANE_DECLARE_EXCEPTION(ECircularArcParam, EGeometry);
 // An invariant that only a programming error can break. The message is the invariant's own
 // text ("[Assert] TVPolyline2D.RangeLength: 下标越界"); Source names the module that states it.
-class EAssertionFailed : public Exception {
+class ORVANE_API EAssertionFailed : public Exception {
  public:
   EAssertionFailed(std::string AMessage, std::string ASource)
       : Exception(std::move(AMessage)), Source(std::move(ASource)) {}

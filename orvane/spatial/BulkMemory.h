@@ -7,12 +7,14 @@
 #include <cstddef>
 #include <new>
 
+#include "orvane/foundation/Export.h"
+
 // TRTree's allocator expands in the host's code and calls these two there, so they belong
 // to the library's binary interface; hosts do not call them directly.
 namespace orvane::detail {
 
-void* AllocateBulk(std::size_t Bytes);
-void FreeBulk(void* Block, std::size_t Bytes) noexcept;
+ORVANE_API void* AllocateBulk(std::size_t Bytes);
+ORVANE_API void FreeBulk(void* Block, std::size_t Bytes) noexcept;
 
 template <class T>
 struct TBulkAllocator {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/Point2D.h"
 #include "orvane/paths/Path64.h"
 #include "orvane/vertex/VGeometry2DList.h"
@@ -17,7 +18,7 @@ namespace internal {
 class TJoinPlan;
 }  // namespace internal
 
-class TVPolyline2DList : public TVGeometry2DList<TVPolyline2D> {
+class ORVANE_API TVPolyline2DList : public TVGeometry2DList<TVPolyline2D> {
  public:
   // A polyline end tied to the index of its polyline in the list.
   struct TPointLink {
@@ -92,7 +93,7 @@ class TVPolyline2DList : public TVGeometry2DList<TVPolyline2D> {
  private:
   // Writes the joins and deletions that Plan has worked out into the list: joined vertices
   // first, then the deleted polylines leave the list, notified from the back.
-  void Apply(const internal::TJoinPlan& Plan);
+  ORVANE_LOCAL void Apply(const internal::TJoinPlan& Plan);
 };
 
 }  // namespace orvane
