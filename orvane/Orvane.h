@@ -2,6 +2,7 @@
 // Umbrella header: every public class of the kernel's value layer, vertex geometry,
 // integer paths, curve algorithms, curves, splines and persistence.
 
+#include "orvane/Version.h"
 #include "orvane/algorithms/MelkmanAlgo.h"
 #include "orvane/foundation/Arc2D.h"
 #include "orvane/foundation/DirUtils.h"
