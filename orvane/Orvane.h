@@ -1,7 +1,10 @@
 #pragma once
-// Umbrella header: every public class of the kernel's value layer, vertex geometry,
-// integer paths, curve algorithms, curves, splines and persistence.
+// Umbrella header: the version, and every public header of the value layer (foundation/),
+// vertex geometry (vertex/), integer paths and the clipping adapter (paths/) and the
+// algorithm classes (algorithms/). The spatial index and the monotone outlines have chief
+// headers of their own: orvane/spatial/RTree.h and orvane/monotone/Monotone.h.
 
+#include "orvane/Version.h"
 #include "orvane/algorithms/MelkmanAlgo.h"
 #include "orvane/foundation/Arc2D.h"
 #include "orvane/foundation/DirUtils.h"

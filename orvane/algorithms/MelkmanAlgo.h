@@ -2,12 +2,13 @@
 // TMelkmanAlgo: the convex hull of a simple polyline in linear time by Melkman's deque
 // algorithm. The hull comes back as indices into the input, not as points.
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/List.h"
 #include "orvane/foundation/Point2D.h"
 
 namespace orvane {
 
-class TMelkmanAlgo {
+class ORVANE_API TMelkmanAlgo {
  public:
   TMelkmanAlgo() = delete;
 

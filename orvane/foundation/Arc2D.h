@@ -8,13 +8,14 @@
 // StartAngle holding the end point's X and Y. Every operation below honours that form and
 // then behaves as the segment.
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/Line2D.h"
 #include "orvane/foundation/Point2D.h"
 #include "orvane/foundation/Rect2D.h"
 
 namespace orvane {
 
-struct TArc2D {
+struct ORVANE_API TArc2D {
   double SweepAngle = 0.0;
   bool IsLine = false;
   double StartAngle = 0.0;

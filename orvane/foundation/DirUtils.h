@@ -2,11 +2,12 @@
 // TDirUtils: the nine directions, cursor key codes and quarter turns.
 
 #include "orvane/foundation/Enums.h"
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/Point2D.h"
 
 namespace orvane {
 
-class TDirUtils {
+class ORVANE_API TDirUtils {
  public:
   TDirUtils() = delete;
 

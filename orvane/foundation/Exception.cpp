@@ -9,7 +9,8 @@ namespace orvane {
 
 namespace {
 
-struct TSpec {
+// One %-conversion of a format as parsed: flags, width, precision and conversion letter.
+struct TFormatItem {
   bool LeftAlign = false;
   bool Plus = false;
   bool Space = false;
@@ -19,12 +20,12 @@ struct TSpec {
   char Conv = 0;
 };
 
-std::string Pad(std::string Body, const TSpec& Spec, bool Numeric) {
-  const auto width = static_cast<std::size_t>(Spec.Width);
+std::string Pad(std::string Body, const TFormatItem& Item, bool Numeric) {
+  const auto width = static_cast<std::size_t>(Item.Width);
   if (Body.size() >= width) return Body;
   const std::size_t fill = width - Body.size();
-  if (Spec.LeftAlign) return Body + std::string(fill, ' ');
-  if (Spec.ZeroPad && Numeric) {
+  if (Item.LeftAlign) return Body + std::string(fill, ' ');
+  if (Item.ZeroPad && Numeric) {
     // Zeros go between the sign and the digits.
     std::size_t at = (!Body.empty() && (Body[0] == '-' || Body[0] == '+' || Body[0] == ' ')) ? 1 : 0;
     return Body.insert(at, fill, '0');
@@ -32,60 +33,60 @@ std::string Pad(std::string Body, const TSpec& Spec, bool Numeric) {
   return std::string(fill, ' ') + Body;
 }
 
-std::string SignPrefix(bool Negative, const TSpec& Spec) {
+std::string SignPrefix(bool Negative, const TFormatItem& Item) {
   if (Negative) return "-";
-  if (Spec.Plus) return "+";
-  if (Spec.Space) return " ";
+  if (Item.Plus) return "+";
+  if (Item.Space) return " ";
   return {};
 }
 
-std::string FormatFloat(double Value, const TSpec& Spec) {
+std::string FormatFloat(double Value, const TFormatItem& Item) {
   if (std::isnan(Value)) return "NAN";
   const bool negative = std::signbit(Value);
-  if (std::isinf(Value)) return SignPrefix(negative, Spec) + "INF";
-  const int precision = Spec.Precision < 0 ? 6 : Spec.Precision;
+  if (std::isinf(Value)) return SignPrefix(negative, Item) + "INF";
+  const int precision = Item.Precision < 0 ? 6 : Item.Precision;
   std::chars_format fmt = std::chars_format::fixed;
-  if (Spec.Conv == 'e' || Spec.Conv == 'E') fmt = std::chars_format::scientific;
-  if (Spec.Conv == 'g' || Spec.Conv == 'G') fmt = std::chars_format::general;
+  if (Item.Conv == 'e' || Item.Conv == 'E') fmt = std::chars_format::scientific;
+  if (Item.Conv == 'g' || Item.Conv == 'G') fmt = std::chars_format::general;
   std::array<char, 400> buf{};
   auto res = std::to_chars(buf.data(), buf.data() + buf.size(), std::fabs(Value), fmt,
                            (fmt == std::chars_format::general && precision == 0) ? 1 : precision);
   std::string digits(buf.data(), res.ptr);
-  if (Spec.Conv == 'E' || Spec.Conv == 'G') {
+  if (Item.Conv == 'E' || Item.Conv == 'G') {
     for (char& c : digits) c = (c == 'e') ? 'E' : c;
   }
-  return SignPrefix(negative, Spec) + digits;
+  return SignPrefix(negative, Item) + digits;
 }
 
-std::string FormatInteger(std::uint64_t Magnitude, bool Negative, const TSpec& Spec) {
+std::string FormatInteger(std::uint64_t Magnitude, bool Negative, const TFormatItem& Item) {
   std::array<char, 32> buf{};
-  const int base = (Spec.Conv == 'x' || Spec.Conv == 'X') ? 16 : 10;
+  const int base = (Item.Conv == 'x' || Item.Conv == 'X') ? 16 : 10;
   auto res = std::to_chars(buf.data(), buf.data() + buf.size(), Magnitude, base);
   std::string digits(buf.data(), res.ptr);
-  if (Spec.Conv == 'X') {
+  if (Item.Conv == 'X') {
     for (char& c : digits) c = static_cast<char>((c >= 'a' && c <= 'f') ? c - 'a' + 'A' : c);
   }
-  if (Spec.Precision >= 0 && digits.size() < static_cast<std::size_t>(Spec.Precision)) {
-    digits.insert(0, static_cast<std::size_t>(Spec.Precision) - digits.size(), '0');
+  if (Item.Precision >= 0 && digits.size() < static_cast<std::size_t>(Item.Precision)) {
+    digits.insert(0, static_cast<std::size_t>(Item.Precision) - digits.size(), '0');
   }
-  return SignPrefix(Negative, Spec) + digits;
+  return SignPrefix(Negative, Item) + digits;
 }
 
-std::string FormatOne(const internal::TFormatArg& Arg, const TSpec& Spec) {
-  using K = internal::TFormatArg::TKind;
-  switch (Spec.Conv) {
+std::string FormatOne(const detail::TFormatArg& Arg, const TFormatItem& Item) {
+  using K = detail::TFormatArg::TKind;
+  switch (Item.Conv) {
     case 'd':
     case 'i':
     case 'u':
     case 'x':
     case 'X': {
-      if (Arg.Kind == K::Float) return Pad(FormatFloat(Arg.F, {.Conv = 'g'}), Spec, false);
-      if (Arg.Kind == K::Text) return Pad(Arg.S, Spec, false);
-      if (Arg.Kind == K::Unsigned) return Pad(FormatInteger(Arg.U, false, Spec), Spec, true);
+      if (Arg.Kind == K::Float) return Pad(FormatFloat(Arg.F, {.Conv = 'g'}), Item, false);
+      if (Arg.Kind == K::Text) return Pad(Arg.S, Item, false);
+      if (Arg.Kind == K::Unsigned) return Pad(FormatInteger(Arg.U, false, Item), Item, true);
       const bool negative = Arg.I < 0;
       const std::uint64_t magnitude =
           negative ? static_cast<std::uint64_t>(-(Arg.I + 1)) + 1u : static_cast<std::uint64_t>(Arg.I);
-      return Pad(FormatInteger(magnitude, negative, Spec), Spec, true);
+      return Pad(FormatInteger(magnitude, negative, Item), Item, true);
     }
     case 'f':
     case 'F':
@@ -96,8 +97,8 @@ std::string FormatOne(const internal::TFormatArg& Arg, const TSpec& Spec) {
       double v = Arg.F;
       if (Arg.Kind == K::Signed) v = static_cast<double>(Arg.I);
       if (Arg.Kind == K::Unsigned) v = static_cast<double>(Arg.U);
-      if (Arg.Kind == K::Text) return Pad(Arg.S, Spec, false);
-      return Pad(FormatFloat(v, Spec), Spec, true);
+      if (Arg.Kind == K::Text) return Pad(Arg.S, Item, false);
+      return Pad(FormatFloat(v, Item), Item, true);
     }
     default: {  // 's' and anything else: the argument's natural text
       std::string text;
@@ -107,17 +108,17 @@ std::string FormatOne(const internal::TFormatArg& Arg, const TSpec& Spec) {
         case K::Unsigned: text = std::to_string(Arg.U); break;
         case K::Float: text = FloatToStr(Arg.F); break;
       }
-      if (Spec.Precision >= 0 && text.size() > static_cast<std::size_t>(Spec.Precision)) {
-        text.resize(static_cast<std::size_t>(Spec.Precision));
+      if (Item.Precision >= 0 && text.size() > static_cast<std::size_t>(Item.Precision)) {
+        text.resize(static_cast<std::size_t>(Item.Precision));
       }
-      return Pad(text, Spec, false);
+      return Pad(text, Item, false);
     }
   }
 }
 
 }  // namespace
 
-std::string internal::FormatArgs(std::string_view Fmt, const std::vector<TFormatArg>& Args) {
+std::string detail::FormatArgs(std::string_view Fmt, const std::vector<TFormatArg>& Args) {
   std::string out;
   out.reserve(Fmt.size() + 16 * Args.size());
   std::size_t next = 0;
@@ -131,39 +132,39 @@ std::string internal::FormatArgs(std::string_view Fmt, const std::vector<TFormat
       out.push_back('%');
       continue;
     }
-    TSpec spec;
+    TFormatItem item;
     for (; i < Fmt.size(); ++i) {
       const char c = Fmt[i];
       if (c == '-')
-        spec.LeftAlign = true;
+        item.LeftAlign = true;
       else if (c == '+')
-        spec.Plus = true;
+        item.Plus = true;
       else if (c == ' ')
-        spec.Space = true;
+        item.Space = true;
       else if (c == '#')
         continue;  // the alternate forms are not needed by any message: accepted, ignored
       else if (c == '0')
-        spec.ZeroPad = true;
+        item.ZeroPad = true;
       else
         break;
     }
-    while (i < Fmt.size() && Fmt[i] >= '0' && Fmt[i] <= '9') spec.Width = spec.Width * 10 + (Fmt[i++] - '0');
+    while (i < Fmt.size() && Fmt[i] >= '0' && Fmt[i] <= '9') item.Width = item.Width * 10 + (Fmt[i++] - '0');
     if (i < Fmt.size() && Fmt[i] == '.') {
-      spec.Precision = 0;
+      item.Precision = 0;
       ++i;
-      while (i < Fmt.size() && Fmt[i] >= '0' && Fmt[i] <= '9') spec.Precision = spec.Precision * 10 + (Fmt[i++] - '0');
+      while (i < Fmt.size() && Fmt[i] >= '0' && Fmt[i] <= '9') item.Precision = item.Precision * 10 + (Fmt[i++] - '0');
     }
     while (i < Fmt.size() && (Fmt[i] == 'l' || Fmt[i] == 'h' || Fmt[i] == 'z' || Fmt[i] == 'j')) ++i;
     if (i >= Fmt.size()) {
       out.append(Fmt.substr(start));
       break;
     }
-    spec.Conv = Fmt[i];
+    item.Conv = Fmt[i];
     if (next >= Args.size()) {
       out.append(Fmt.substr(start, i - start + 1));
       continue;
     }
-    out += FormatOne(Args[next++], spec);
+    out += FormatOne(Args[next++], item);
   }
   return out;
 }

@@ -14,9 +14,13 @@
 #include <type_traits>
 #include <vector>
 
+#include "orvane/foundation/Export.h"
+
 namespace orvane {
 
-namespace internal {
+// Format's non-template core. The template below expands in the host's code and calls it
+// there, so it belongs to the library's binary interface; hosts call Format, not this.
+namespace detail {
 
 // One argument of Format, captured by kind so that the formatter itself is not a template.
 struct TFormatArg {
@@ -52,22 +56,22 @@ struct TFormatArg {
   }
 };
 
-std::string FormatArgs(std::string_view Fmt, const std::vector<TFormatArg>& Args);
+ORVANE_API std::string FormatArgs(std::string_view Fmt, const std::vector<TFormatArg>& Args);
 
-}  // namespace internal
+}  // namespace detail
 
 // printf-compatible formatting (%d %i %u %x %s %f %e %g %%, flags, width, precision)
 // that never depends on the C locale: the decimal separator is always '.'.
 // A conversion without a matching argument is written out literally.
 template <class... TArgs>
 std::string Format(std::string_view Fmt, const TArgs&... Args) {
-  return internal::FormatArgs(Fmt, {internal::TFormatArg::From(Args)...});
+  return detail::FormatArgs(Fmt, {detail::TFormatArg::From(Args)...});
 }
 
 // Shortest text that reads back to the same double ("1.5", "0.1", "1e-07").
-std::string FloatToStr(double Value);
+ORVANE_API std::string FloatToStr(double Value);
 
-class Exception : public std::exception {
+class ORVANE_API Exception : public std::exception {
  public:
   explicit Exception(std::string AMessage) : Message(std::move(AMessage)) {}
   template <class A0, class... TArgs>
@@ -79,7 +83,7 @@ class Exception : public std::exception {
 };
 
 #define ORVANE_DECLARE_EXCEPTION(Name, Base) \
-  class Name : public Base {                 \
+  class ORVANE_API Name : public Base {      \
    public:                                   \
     using Base::Base;                        \
   }
@@ -91,7 +95,7 @@ ORVANE_DECLARE_EXCEPTION(EGeometry, Exception);
 ORVANE_DECLARE_EXCEPTION(ECircularArcParam, EGeometry);
 // An invariant that only a programming error can break. The message is the invariant's own
 // text ("[Assert] TVPolyline2D.RangeLength: 下标越界"); Source names the module that states it.
-class EAssertionFailed : public Exception {
+class ORVANE_API EAssertionFailed : public Exception {
  public:
   EAssertionFailed(std::string AMessage, std::string ASource)
       : Exception(std::move(AMessage)), Source(std::move(ASource)) {}

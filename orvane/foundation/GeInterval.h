@@ -1,9 +1,11 @@
 #pragma once
 // TGeInterval: a closed parameter interval whose ends compare within Tol.
 
+#include "orvane/foundation/Export.h"
+
 namespace orvane {
 
-struct TGeInterval {
+struct ORVANE_API TGeInterval {
   double Lower = 0.0;
   double Upper = 0.0;
   bool HasLower = false;
@@ -25,9 +27,9 @@ struct TGeInterval {
   // Other begins where this one ends, within Tol.
   constexpr bool IsContionousUpper(const TGeInterval& Other) const { return IsEqualAtUpper(Other.Lower); }
 
-  friend TGeInterval operator+(const TGeInterval& A, double Shift);
+  friend ORVANE_API TGeInterval operator+(const TGeInterval& A, double Shift);
   // The interval mirrored at 0.
-  friend TGeInterval operator-(const TGeInterval& A);
+  friend ORVANE_API TGeInterval operator-(const TGeInterval& A);
 };
 
 }  // namespace orvane

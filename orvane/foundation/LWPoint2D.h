@@ -1,6 +1,7 @@
 #pragma once
 // TLWPoint2D and TLWPolyline: the vertices of a bulge polyline, for hosts.
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/List.h"
 #include "orvane/foundation/Point2D.h"
 
@@ -16,7 +17,7 @@ struct TLWPoint2D {
   friend constexpr bool operator==(const TLWPoint2D& A, const TLWPoint2D& B) = default;
 };
 
-class TLWPolyline final : public TList<TLWPoint2D> {
+class ORVANE_API TLWPolyline final : public TList<TLWPoint2D> {
  public:
   using TList<TLWPoint2D>::TList;
 };

@@ -2,12 +2,13 @@
 // TLine2D: a directed segment from P1 to P2 (parameter 0 at P1, 1 at P2) that also serves
 // as the infinite line through its two points.
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/Point2D.h"
 #include "orvane/foundation/Rect2D.h"
 
 namespace orvane {
 
-struct TLine2D {
+struct ORVANE_API TLine2D {
   TPoint2D P1;
   TPoint2D P2;
 

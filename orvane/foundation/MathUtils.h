@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <numbers>
 
+#include "orvane/foundation/Export.h"
+
 namespace orvane {
 
 inline constexpr double Pi = std::numbers::pi;
@@ -23,27 +25,27 @@ inline bool fGreat(long double A, long double B, long double Tol) { return A - B
 inline bool fSmall(long double A, long double B, long double Tol) { return B - A > Tol; }
 
 // Largest integer not above X; EConvertError when X is not finite or leaves the 32-bit range.
-std::int32_t Floorf(double X);
+ORVANE_API std::int32_t Floorf(double X);
 
 // The two angles coincide modulo 2*pi, within 1e-6 radians (the kernel's default literal).
-bool AngleEqual(double A, double B);
+ORVANE_API bool AngleEqual(double A, double B);
 
 // Three-way comparison under an absolute tolerance: 0 when |A - B| <= Eps. With Eps = 0 a
 // relative resolution of 1e-12 stands in, as the runtime's comparison does.
-int CompareValue(double A, double B, double Eps = 0.0);
-bool SameValue(double A, double B, double Eps = 0.0);
+ORVANE_API int CompareValue(double A, double B, double Eps = 0.0);
+ORVANE_API bool SameValue(double A, double B, double Eps = 0.0);
 
 // Round half to even, the one rounding of the kernel (2.5 -> 2, 3.5 -> 4, -2.5 -> -2).
 // EConvertError when Value is not finite or leaves the 64-bit range.
-std::int64_t Round(double Value);
+ORVANE_API std::int64_t Round(double Value);
 // Truncation toward zero, with the same range check.
-std::int64_t Trunc(double Value);
+ORVANE_API std::int64_t Trunc(double Value);
 
 // Raises EParamError("[Error] <Where>: <What> is not a finite number") for NaN and infinities
 // where a result would otherwise be silently meaningless.
-void CheckFinite(double Value, const char* Where, const char* What);
+ORVANE_API void CheckFinite(double Value, const char* Where, const char* What);
 
-class TMathUtils {
+class ORVANE_API TMathUtils {
  public:
   TMathUtils() = delete;
 

@@ -3,11 +3,12 @@
 // a point in the order of the calls, so Translate(-P), Scale(k, k), Translate(P) scales
 // about P.
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/Point2D.h"
 
 namespace orvane {
 
-struct TMatrix2D {
+struct ORVANE_API TMatrix2D {
   // Row-vector form: x' = x*M11 + y*M21 + DX, y' = x*M12 + y*M22 + DY.
   double M11 = 1.0;
   double M12 = 0.0;

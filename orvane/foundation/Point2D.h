@@ -7,9 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "orvane/foundation/Export.h"
+
 namespace orvane {
 
-struct TPoint2D {
+struct ORVANE_API TPoint2D {
   double X = 0.0;
   double Y = 0.0;
 

@@ -1,11 +1,12 @@
 #pragma once
 // TPoint2DUtils: exact orderings and small constructions on points.
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/Point2D.h"
 
 namespace orvane {
 
-class TPoint2DUtils {
+class ORVANE_API TPoint2DUtils {
  public:
   TPoint2DUtils() = delete;
 

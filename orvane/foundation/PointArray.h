@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/Point2D.h"
 #include "orvane/foundation/Rect2D.h"
 
@@ -10,9 +11,9 @@ namespace orvane {
 
 // Signed shoelace area of the closed array, positive when counter-clockwise; a repeated
 // closing point changes nothing, and fewer than 3 points give 0.
-double PolyArea(const TDynPoints2D& Pts);
+ORVANE_API double PolyArea(const TDynPoints2D& Pts);
 // The box of the array; the invalid box for an empty array.
-TRect2D CalcAABB(const TDynPoints2D& Pts);
+ORVANE_API TRect2D CalcAABB(const TDynPoints2D& Pts);
 inline void ReversePoints(TDynPoints2D& Pts) { std::reverse(Pts.begin(), Pts.end()); }
 inline void ReverseArray(TFloatDynArray& Values) { std::reverse(Values.begin(), Values.end()); }
 

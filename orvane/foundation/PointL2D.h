@@ -5,11 +5,12 @@
 #include <cstdint>
 #include <functional>
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/Point2D.h"
 
 namespace orvane {
 
-struct TPointL2D {
+struct ORVANE_API TPointL2D {
   std::int64_t X = 0;
   std::int64_t Y = 0;
 

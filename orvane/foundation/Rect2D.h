@@ -1,11 +1,12 @@
 #pragma once
 // TRect2D: an axis-aligned box whose two corners read as two TPoint2D.
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/Point2D.h"
 
 namespace orvane {
 
-struct TRect2D {
+struct ORVANE_API TRect2D {
   double XMin = 0.0;
   double YMin = 0.0;
   double XMax = 0.0;

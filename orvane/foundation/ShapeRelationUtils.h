@@ -2,10 +2,11 @@
 // TShapeRelationUtils: classification of one range against another.
 
 #include "orvane/foundation/Enums.h"
+#include "orvane/foundation/Export.h"
 
 namespace orvane {
 
-class TShapeRelationUtils {
+class ORVANE_API TShapeRelationUtils {
  public:
   TShapeRelationUtils() = delete;
 

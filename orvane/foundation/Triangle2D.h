@@ -1,11 +1,12 @@
 #pragma once
 // TTriangle2D: an ordered triangle.
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/Point2D.h"
 
 namespace orvane {
 
-struct TTriangle2D {
+struct ORVANE_API TTriangle2D {
   TPoint2D P1;
   TPoint2D P2;
   TPoint2D P3;

@@ -6,7 +6,7 @@
 #include <sys/mman.h>
 #endif
 
-namespace orvane::internal {
+namespace orvane::detail {
 
 namespace {
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
@@ -33,4 +33,4 @@ void FreeBulk(void* Block, std::size_t Bytes) noexcept {
   }
 }
 
-}  // namespace orvane::internal
+}  // namespace orvane::detail

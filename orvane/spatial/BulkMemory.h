@@ -7,10 +7,14 @@
 #include <cstddef>
 #include <new>
 
-namespace orvane::internal {
+#include "orvane/foundation/Export.h"
 
-void* AllocateBulk(std::size_t Bytes);
-void FreeBulk(void* Block, std::size_t Bytes) noexcept;
+// TRTree's allocator expands in the host's code and calls these two there, so they belong
+// to the library's binary interface; hosts do not call them directly.
+namespace orvane::detail {
+
+ORVANE_API void* AllocateBulk(std::size_t Bytes);
+ORVANE_API void FreeBulk(void* Block, std::size_t Bytes) noexcept;
 
 template <class T>
 struct TBulkAllocator {
@@ -32,4 +36,4 @@ struct TBulkAllocator {
   }
 };
 
-}  // namespace orvane::internal
+}  // namespace orvane::detail

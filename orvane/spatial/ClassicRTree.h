@@ -18,6 +18,7 @@
 #include <memory>
 
 #include "orvane/foundation/Exception.h"
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/List.h"
 #include "orvane/foundation/Rect2D.h"
 
@@ -27,7 +28,7 @@ class TRTree;
 // The children of a node; the list does not own them.
 using TRTrees = TList<TRTree*>;
 
-class TRTree {
+class ORVANE_API TRTree {
  public:
   // A structure node: no content.
   TRTree() = default;
@@ -100,7 +101,7 @@ class TRTree {
 };
 
 // A node whose range is a 2D box.
-class TRRTree2D : public TRTree {
+class ORVANE_API TRRTree2D : public TRTree {
  public:
   // A range with a NaN is refused with EParamError.
   explicit TRRTree2D(const TRect2D& ARange) : FRange(CheckedRange(ARange)) {}
@@ -130,7 +131,7 @@ class TRRTree2D : public TRTree {
 
 // Holds the top node of a tree and counts its entries. An owning list frees the contents
 // with their nodes.
-class TRList {
+class ORVANE_API TRList {
  public:
   explicit TRList(bool Own) : FOwn(Own) {}
   virtual ~TRList() { Clear(); }
@@ -157,7 +158,7 @@ class TRList {
   int FCount = 0;
 };
 
-class T2DRList : public TRList {
+class ORVANE_API T2DRList : public TRList {
  public:
   using TRList::TRList;
   // TRRTree2D::PickUpContents from the top node; nothing for an empty list.

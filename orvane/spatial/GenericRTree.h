@@ -264,7 +264,7 @@ class TRTree final {
   friend class TRTreeNode<T>;
 
   template <class V>
-  using TArray = std::vector<V, internal::TBulkAllocator<V>>;
+  using TArray = std::vector<V, detail::TBulkAllocator<V>>;
 
   // A child entry: the child's box and id. In a slot's head: the node's own box, its child
   // count (Kid) and its height (Aux; 0 for a leaf, whose children are data nodes).

@@ -5,13 +5,14 @@
 
 #include <memory>
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/Matrix2D.h"
 #include "orvane/foundation/Point2D.h"
 #include "orvane/foundation/Rect2D.h"
 
 namespace orvane {
 
-class IVGeometry2D {
+class ORVANE_API IVGeometry2D {
  public:
   virtual ~IVGeometry2D() = default;
 

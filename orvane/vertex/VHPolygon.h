@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/Matrix2D.h"
 #include "orvane/foundation/Point2D.h"
 #include "orvane/foundation/Rect2D.h"
@@ -27,7 +28,7 @@ class TPolyPath64;
 // front becomes the outline (and the former outline a hole), and when a loop leaves, item 0
 // is set to the outline's orientation. A loop that comes in open keeps its orientation until
 // somebody sets it.
-class TVHPolygon : public TVPolyline2DList {
+class ORVANE_API TVHPolygon : public TVPolyline2DList {
  public:
   // An empty polygon that owns its loops.
   explicit TVHPolygon(bool IsClockwise = false) : TVPolyline2DList(true), FIsClockwise(IsClockwise) {}
@@ -78,7 +79,7 @@ class TVHPolygon : public TVPolyline2DList {
 };
 
 // Independent regions, all expected to share one orientation.
-class TVHPolygonList : public TVGeometry2DList<TVHPolygon> {
+class ORVANE_API TVHPolygonList : public TVGeometry2DList<TVHPolygon> {
  public:
   explicit TVHPolygonList(bool AOwnsObjects = true) : TVGeometry2DList<TVHPolygon>(AOwnsObjects) {}
   // An owning list of the regions of a clipping result, coordinates divided by Rate. A node

@@ -5,12 +5,13 @@
 #include <memory>
 #include <utility>
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/List.h"
 #include "orvane/vertex/Geometry2D.h"
 
 namespace orvane {
 
-class TVPoint2DList : public TList<TPoint2D>, public IVGeometry2D {
+class ORVANE_API TVPoint2DList : public TList<TPoint2D>, public IVGeometry2D {
  public:
   TVPoint2DList() = default;
   TVPoint2DList(std::initializer_list<TPoint2D> Points) : TList<TPoint2D>(Points) {}

@@ -13,6 +13,7 @@
 #include <string>
 
 #include "orvane/foundation/Arc2D.h"
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/Line2D.h"
 #include "orvane/foundation/List.h"
 #include "orvane/foundation/Nullable.h"
@@ -28,7 +29,7 @@ namespace orvane {
 struct TGeTolerance;
 class TVPolyline2DList;
 
-class TVPolyline2D : public TVPoint2DList {
+class ORVANE_API TVPolyline2D : public TVPoint2DList {
  public:
   // No vertices.
   TVPolyline2D() = default;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/Point2D.h"
 #include "orvane/paths/Path64.h"
 #include "orvane/vertex/VGeometry2DList.h"
@@ -17,7 +18,7 @@ namespace internal {
 class TJoinPlan;
 }  // namespace internal
 
-class TVPolyline2DList : public TVGeometry2DList<TVPolyline2D> {
+class ORVANE_API TVPolyline2DList : public TVGeometry2DList<TVPolyline2D> {
  public:
   // A polyline end tied to the index of its polyline in the list.
   struct TPointLink {
@@ -42,10 +43,10 @@ class TVPolyline2DList : public TVGeometry2DList<TVPolyline2D> {
   // the first found wins. MaxDouble and both ids -1 without polylines. EParamError when Pt
   // or a vertex is not finite.
   //
-  // Left to the implementer: the nearest box may belong to a polyline farther than another
-  // whose box is a little farther. When the best distance found exceeds the square
-  // searched, the search is repeated over the square of that distance, so that the answer
-  // is the nearest polyline, as promised, and not only the nearest among the first hits.
+  // The nearest box may belong to a polyline farther than another whose box is a little
+  // farther. When the best distance found exceeds the square searched, the search is
+  // repeated over the square of that distance, so that the answer is the nearest polyline
+  // and not only the nearest among the first hits.
   double DistanceTo(const TPoint2D& Pt, int& PolylineId, int& SeglineId) const;
   // ConnectHeadTail on each polyline.
   void ConnectHeadTail();
@@ -65,8 +66,8 @@ class TVPolyline2DList : public TVGeometry2DList<TVPolyline2D> {
   // polyline that a join would read raises the list's index error. Either way the list
   // stays as it was.
   //
-  // Left to the implementer: a polyline that takes a join keeps its identity (and class)
-  // and receives the joined vertices through Assign; a polyline joined into another is
+  // A polyline that takes a join keeps its identity (and class) and receives the joined
+  // vertices through Assign; a polyline joined into another is
   // deleted (an owning list frees it, and is notified) once all joins are done. A join is
   // recorded as a splice of vertex ranges and written out only at the end, so that the
   // whole costs about n log n however long the chains grow.
@@ -75,9 +76,9 @@ class TVPolyline2DList : public TVGeometry2DList<TVPolyline2D> {
   void SortByArea(bool Descending);
 
  protected:
-  // The three joiners behind ConnectPolylines. Left to the implementer: they are protected
-  // rather than private, so that a derived list can run one on its own. Each keeps the list
-  // as it was when it raises, like ConnectPolylines.
+  // The three joiners behind ConnectPolylines. They are protected rather than private, so
+  // that a derived list can run one on its own. Each keeps the list as it was when it
+  // raises, like ConnectPolylines.
   //
   // The simple greedy joiner: each polyline in turn is joined with the first later one
   // that meets one of its ends, again and again, until it closes or nothing meets it.
@@ -92,7 +93,7 @@ class TVPolyline2DList : public TVGeometry2DList<TVPolyline2D> {
  private:
   // Writes the joins and deletions that Plan has worked out into the list: joined vertices
   // first, then the deleted polylines leave the list, notified from the back.
-  void Apply(const internal::TJoinPlan& Plan);
+  ORVANE_LOCAL void Apply(const internal::TJoinPlan& Plan);
 };
 
 }  // namespace orvane

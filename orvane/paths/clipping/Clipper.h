@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include "orvane/foundation/Export.h"
 #include "orvane/paths/Path64.h"
 #include "orvane/paths/clipping/ClipperTypes.h"
 
@@ -51,23 +52,23 @@ using orvane::TRect64;
 // vertex c, the last vertex preceding the first) of (p.Y + c.Y) * (p.X - c.X), coordinate
 // sums and differences in 64-bit integers, products in double. Positive when anticlockwise
 // with Y up.
-double Area(const TPath64& Path);
-double Area(const TPaths64& Paths);
+ORVANE_API double Area(const TPath64& Path);
+ORVANE_API double Area(const TPaths64& Paths);
 // Area(Path) >= 0.
-bool IsPositive(const TPath64& Path);
+ORVANE_API bool IsPositive(const TPath64& Path);
 // Left = min X, Top = min Y, Right = max X, Bottom = max Y; all four zero without vertices.
-TRect64 GetBounds(const TPath64& Path);
-TRect64 GetBounds(const TPaths64& Paths);
+ORVANE_API TRect64 GetBounds(const TPath64& Path);
+ORVANE_API TRect64 GetBounds(const TPaths64& Paths);
 // Exact point-in-polygon (even-odd) with the polygon closed implicitly; pipOn on any edge or
 // vertex, pipOutside for fewer than 3 vertices.
-TPointInPolygonResult PointInPolygon(const TPoint64& Pt, const TPath64& Polygon);
+ORVANE_API TPointInPolygonResult PointInPolygon(const TPoint64& Pt, const TPath64& Polygon);
 
 }  // namespace Core
 
 class TPolyTree;
 
 // A node of the result tree: a contour with its nested contours as children.
-class TPolyNode {
+class ORVANE_API TPolyNode {
  public:
   TPolyNode();
   virtual ~TPolyNode();
@@ -120,7 +121,7 @@ class TPolyNode {
 // The root of a result tree; it has no contour. It holds every node of the tree and lists
 // them in AllNodes. The clipper builds this tree itself from the engine's result, which is
 // what lets nodes be removed and the list rebuilt.
-class TPolyTree final : public TPolyNode {
+class ORVANE_API TPolyTree final : public TPolyNode {
  public:
   TPolyTree();
   ~TPolyTree() override;
@@ -159,7 +160,7 @@ struct TIntersectRecord {
 };
 
 // Holds the subject and clip paths of a clipper.
-class TClipperBase {
+class ORVANE_API TClipperBase {
  public:
   TClipperBase();
   virtual ~TClipperBase();
@@ -195,7 +196,7 @@ class TClipperBase {
   std::unique_ptr<internal::TEngineClipper> FEngine;
 };
 
-class TClipper final : public TClipperBase {
+class ORVANE_API TClipper final : public TClipperBase {
  public:
   // ioReverseSolution, ioStrictlySimple and ioPreserveCollinear set the properties of those
   // names.
@@ -223,7 +224,7 @@ class TClipper final : public TClipperBase {
 // Offsets (inflates or shrinks) paths. jtBevel, which the engine lacks, cuts each convex
 // corner with one straight edge and adds no join vertices; paths of different join types are
 // offset together.
-class TClipperOffset final {
+class ORVANE_API TClipperOffset final {
  public:
   explicit TClipperOffset(double MiterLimit = 2.0, double ArcTolerance = 0.25);
   ~TClipperOffset();
@@ -258,44 +259,44 @@ constexpr TPoint64 IntPoint(TX X, TY Y) {
 }
 // Rounds half to even; Exception "Coordinate exceeds range bounds" beyond +-HiRange or for a
 // value that is not finite.
-TPoint64 IntPoint(double X, double Y);
+ORVANE_API TPoint64 IntPoint(double X, double Y);
 constexpr TPointD DoublePoint(double X, double Y) { return TPointD(X, Y); }
 constexpr TPointD DoublePoint(const TPoint64& Pt) {
   return TPointD(static_cast<double>(Pt.X), static_cast<double>(Pt.Y));
 }
 
 // Core::Area.
-double Area(const TPath64& Path);
+ORVANE_API double Area(const TPath64& Path);
 // The engine's orientation: True for non-negative area.
-bool Orientation(const TPath64& Path);
+ORVANE_API bool Orientation(const TPath64& Path);
 // 1 inside, 0 outside, -1 on the boundary.
-int PointInPolygon(const TPoint64& Pt, const TPath64& Path);
+ORVANE_API int PointInPolygon(const TPoint64& Pt, const TPath64& Path);
 // New reversed copies; the input stays.
-TPath64 ReversePath(const TPath64& Path);
-TPaths64 ReversePaths(const TPaths64& Paths);
-TRect64 GetBounds(const TPaths64& Paths);
+ORVANE_API TPath64 ReversePath(const TPath64& Path);
+ORVANE_API TPaths64 ReversePaths(const TPaths64& Paths);
+ORVANE_API TRect64 GetBounds(const TPaths64& Paths);
 // The engine's strictly simple union of the path(s) under FillType.
-TPaths64 SimplifyPolygon(const TPath64& Path, TFillRule FillType = TFillRule::frEvenOdd);
-TPaths64 SimplifyPolygons(const TPaths64& Paths, TFillRule FillType = TFillRule::frEvenOdd);
+ORVANE_API TPaths64 SimplifyPolygon(const TPath64& Path, TFillRule FillType = TFillRule::frEvenOdd);
+ORVANE_API TPaths64 SimplifyPolygons(const TPaths64& Paths, TFillRule FillType = TFillRule::frEvenOdd);
 // The engine's clean-up of near-duplicate, near-collinear and spike vertices.
-TPath64 CleanPolygon(const TPath64& Path, double Distance = 1.415);
-TPaths64 CleanPolygons(const TPaths64& Paths, double Distance = 1.415);
+ORVANE_API TPath64 CleanPolygon(const TPath64& Path, double Distance = 1.415);
+ORVANE_API TPaths64 CleanPolygons(const TPaths64& Paths, double Distance = 1.415);
 // One pass: vertex j = i + 1 is dropped when vertex i lies closer than Round(Distance^2)
 // (squared) to the line through j and j + 1, and the pass then moves on to i + 2. Where j
 // and j + 1 coincide the distance from i to j stands in for the line distance.
-TPath64 CleanPolygonEx(const TPath64& Path, double Distance = 1.415);
-TPaths64 MinkowskiSum(const TPath64& Pattern, const TPath64& Path, bool PathIsClosed);
+ORVANE_API TPath64 CleanPolygonEx(const TPath64& Path, double Distance = 1.415);
+ORVANE_API TPaths64 MinkowskiSum(const TPath64& Pattern, const TPath64& Path, bool PathIsClosed);
 // Each path's Minkowski sum, plus each closed path moved by Pattern[0] (filling the inside),
 // united under PathFillType. Empty for an empty pattern.
-TPaths64 MinkowskiSum(const TPath64& Pattern, const TPaths64& Paths, TFillRule PathFillType, bool PathIsClosed);
-TPaths64 MinkowskiDiff(const TPath64& Poly1, const TPath64& Poly2);
-TPaths64 PolyTreeToPaths(const TPolyTree& PolyTree);
-TPaths64 ClosedPathsFromPolyTree(const TPolyTree& PolyTree);
-TPaths64 OpenPathsFromPolyTree(const TPolyTree& PolyTree);
+ORVANE_API TPaths64 MinkowskiSum(const TPath64& Pattern, const TPaths64& Paths, TFillRule PathFillType, bool PathIsClosed);
+ORVANE_API TPaths64 MinkowskiDiff(const TPath64& Poly1, const TPath64& Poly2);
+ORVANE_API TPaths64 PolyTreeToPaths(const TPolyTree& PolyTree);
+ORVANE_API TPaths64 ClosedPathsFromPolyTree(const TPolyTree& PolyTree);
+ORVANE_API TPaths64 OpenPathsFromPolyTree(const TPolyTree& PolyTree);
 // Releases every path of the array; the array keeps its length, its paths now empty.
-void FreePaths(TPaths64& Paths);
+ORVANE_API void FreePaths(TPaths64& Paths);
 // Releases every path and empties the array.
-void FreeAllPaths(TPaths64& Paths);
+ORVANE_API void FreeAllPaths(TPaths64& Paths);
 
 }  // namespace Clipper
 }  // namespace orvane

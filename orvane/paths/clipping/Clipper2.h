@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "orvane/foundation/Export.h"
 #include "orvane/paths/Path64.h"
 #include "orvane/paths/clipping/Clipper.h"
 #include "orvane/paths/clipping/ClipperTypes.h"
@@ -44,7 +45,7 @@ using orvane::TRectD;
 // ---- Result trees ------------------------------------------------------------------------
 
 // A node of a Clipper2 result tree. It owns its children.
-class TPolyPathBase {
+class ORVANE_API TPolyPathBase {
  public:
   TPolyPathBase();
   virtual ~TPolyPathBase();
@@ -81,7 +82,7 @@ class TPolyPathBase {
   int FIdx = 0;
 };
 
-class TPolyPath64 : public TPolyPathBase {
+class ORVANE_API TPolyPath64 : public TPolyPathBase {
  public:
   TPolyPath64() = default;
   explicit TPolyPath64(TPath64 Polygon) : FPolygon(std::move(Polygon)) {}
@@ -101,9 +102,9 @@ class TPolyPath64 : public TPolyPathBase {
 };
 
 // The root of a TPolyPath64 tree; its own polygon is empty.
-class TPolyTree64 : public TPolyPath64 {};
+class ORVANE_API TPolyTree64 : public TPolyPath64 {};
 
-class TPolyPathD : public TPolyPathBase {
+class ORVANE_API TPolyPathD : public TPolyPathBase {
  public:
   TPolyPathD() = default;
   // Takes a path in integer units and keeps it divided by Scale.
@@ -124,11 +125,11 @@ class TPolyPathD : public TPolyPathBase {
 };
 
 // The root of a TPolyPathD tree.
-class TPolyTreeD : public TPolyPathD {};
+class ORVANE_API TPolyTreeD : public TPolyPathD {};
 
 // ---- Clipping -----------------------------------------------------------------------------
 
-class TClipper64 {
+class ORVANE_API TClipper64 {
  public:
   // The engine's default: PreserveCollinear True, ReverseSolution False.
   TClipper64();
@@ -182,7 +183,7 @@ class TClipper64 {
 };
 
 // Clipping in double coordinates: paths are scaled by 10^Precision and rounded to integers.
-class TClipperD {
+class ORVANE_API TClipperD {
  public:
   // Exception "The decimal rounding value is invalid" outside -8 .. 8.
   explicit TClipperD(int RoundingDecimalPrecision = 2);
@@ -218,7 +219,7 @@ class TClipperD {
 // ArcTolerance of 0 means |Delta| / 500, but never below a quarter unit. PreserveCollinear
 // is kept for the API's sake: the engine drops collinear vertices from offset outlines.
 // Open and joined paths vanish for Delta <= 0, as in the engine.
-class TClipperOffset64 {
+class ORVANE_API TClipperOffset64 {
  public:
   explicit TClipperOffset64(double MiterLimit = 2.0, double ArcTolerance = 0.0, bool PreserveCollinear = false,
                             bool ReverseSolution = false);
@@ -260,7 +261,7 @@ class TClipperOffset64 {
 // path is clipped on its own and keeps its orientation, so the result holds under any fill
 // rule; a path that leaves and re-enters the rectangle gives separate pieces. An empty
 // rectangle (Right <= Left or Bottom <= Top) clips everything away.
-class TRectClip64 {
+class ORVANE_API TRectClip64 {
  public:
   explicit TRectClip64(const TRect64& Rect) : FRect(Rect) {}
   virtual ~TRectClip64() = default;
@@ -271,7 +272,7 @@ class TRectClip64 {
 };
 
 // Clips open paths (polylines) to a rectangle: the pieces inside, each as an open path.
-class TRectClipLines64 : public TRectClip64 {
+class ORVANE_API TRectClipLines64 : public TRectClip64 {
  public:
   explicit TRectClipLines64(const TRect64& Rect) : TRectClip64(Rect) {}
   TPaths64 Execute(const TPaths64& Paths) const;
@@ -279,49 +280,49 @@ class TRectClipLines64 : public TRectClip64 {
 
 // ---- Top-level functions --------------------------------------------------------------------
 
-TPaths64 BooleanOp(TClipType ClipType, const TPaths64& Subjects, const TPaths64& Clips, TFillRule FillRule);
+ORVANE_API TPaths64 BooleanOp(TClipType ClipType, const TPaths64& Subjects, const TPaths64& Clips, TFillRule FillRule);
 // Exception "The TPolyTree parameter must be assigned." when PolyTree is nullptr.
-void BooleanOp(TClipType ClipType, const TPaths64& Subjects, const TPaths64& Clips, TPolyTree64* PolyTree,
+ORVANE_API void BooleanOp(TClipType ClipType, const TPaths64& Subjects, const TPaths64& Clips, TPolyTree64* PolyTree,
                TFillRule FillRule);
-TPathsD BooleanOp(TClipType ClipType, const TPathsD& Subjects, const TPathsD& Clips, TFillRule FillRule,
+ORVANE_API TPathsD BooleanOp(TClipType ClipType, const TPathsD& Subjects, const TPathsD& Clips, TFillRule FillRule,
                   int Precision = 2);
-TPaths64 Intersect(const TPaths64& Subjects, const TPaths64& Clips, TFillRule FillRule);
-TPathsD Intersect(const TPathsD& Subjects, const TPathsD& Clips, TFillRule FillRule, int Precision = 2);
-TPaths64 Union(const TPaths64& Subjects, const TPaths64& Clips, TFillRule FillRule);
-TPaths64 Union(const TPaths64& Subjects, TFillRule FillRule);
-TPathsD Union(const TPathsD& Subjects, const TPathsD& Clips, TFillRule FillRule, int Precision = 2);
-TPathsD Union(const TPathsD& Subjects, TFillRule FillRule, int Precision = 2);
-TPaths64 Difference(const TPaths64& Subjects, const TPaths64& Clips, TFillRule FillRule);
-TPathsD Difference(const TPathsD& Subjects, const TPathsD& Clips, TFillRule FillRule, int Precision = 2);
-TPaths64 XOR_(const TPaths64& Subjects, const TPaths64& Clips, TFillRule FillRule);
-TPathsD XOR_(const TPathsD& Subjects, const TPathsD& Clips, TFillRule FillRule, int Precision = 2);
+ORVANE_API TPaths64 Intersect(const TPaths64& Subjects, const TPaths64& Clips, TFillRule FillRule);
+ORVANE_API TPathsD Intersect(const TPathsD& Subjects, const TPathsD& Clips, TFillRule FillRule, int Precision = 2);
+ORVANE_API TPaths64 Union(const TPaths64& Subjects, const TPaths64& Clips, TFillRule FillRule);
+ORVANE_API TPaths64 Union(const TPaths64& Subjects, TFillRule FillRule);
+ORVANE_API TPathsD Union(const TPathsD& Subjects, const TPathsD& Clips, TFillRule FillRule, int Precision = 2);
+ORVANE_API TPathsD Union(const TPathsD& Subjects, TFillRule FillRule, int Precision = 2);
+ORVANE_API TPaths64 Difference(const TPaths64& Subjects, const TPaths64& Clips, TFillRule FillRule);
+ORVANE_API TPathsD Difference(const TPathsD& Subjects, const TPathsD& Clips, TFillRule FillRule, int Precision = 2);
+ORVANE_API TPaths64 XOR_(const TPaths64& Subjects, const TPaths64& Clips, TFillRule FillRule);
+ORVANE_API TPathsD XOR_(const TPathsD& Subjects, const TPathsD& Clips, TFillRule FillRule, int Precision = 2);
 
-TPaths64 InflatePaths(const TPaths64& Paths, double Delta, TJoinType JoinType = TJoinType::jtRound,
+ORVANE_API TPaths64 InflatePaths(const TPaths64& Paths, double Delta, TJoinType JoinType = TJoinType::jtRound,
                       TEndType EndType = TEndType::etPolygon, double MiterLimit = 2.0, double ArcTolerance = 0.0);
-TPathsD InflatePaths(const TPathsD& Paths, double Delta, TJoinType JoinType = TJoinType::jtRound,
+ORVANE_API TPathsD InflatePaths(const TPathsD& Paths, double Delta, TJoinType JoinType = TJoinType::jtRound,
                      TEndType EndType = TEndType::etPolygon, double MiterLimit = 2.0, int Precision = 2,
                      double ArcTolerance = 0.0);
 
-TPaths64 RectClip(const TRect64& Rect, const TPaths64& Paths);
-TPaths64 RectClip(const TRect64& Rect, const TPath64& Path);
-TPaths64 RectClipLines(const TRect64& Rect, const TPaths64& Paths);
-TPaths64 RectClipLines(const TRect64& Rect, const TPath64& Path);
+ORVANE_API TPaths64 RectClip(const TRect64& Rect, const TPaths64& Paths);
+ORVANE_API TPaths64 RectClip(const TRect64& Rect, const TPath64& Path);
+ORVANE_API TPaths64 RectClipLines(const TRect64& Rect, const TPaths64& Paths);
+ORVANE_API TPaths64 RectClipLines(const TRect64& Rect, const TPath64& Path);
 
-TPath64 TranslatePath(const TPath64& Path, std::int64_t DX, std::int64_t DY);
-TPaths64 TranslatePaths(const TPaths64& Paths, std::int64_t DX, std::int64_t DY);
-TPathD TranslatePath(const TPathD& Path, double DX, double DY);
-TPathsD TranslatePaths(const TPathsD& Paths, double DX, double DY);
+ORVANE_API TPath64 TranslatePath(const TPath64& Path, std::int64_t DX, std::int64_t DY);
+ORVANE_API TPaths64 TranslatePaths(const TPaths64& Paths, std::int64_t DX, std::int64_t DY);
+ORVANE_API TPathD TranslatePath(const TPathD& Path, double DX, double DY);
+ORVANE_API TPathsD TranslatePaths(const TPathsD& Paths, double DX, double DY);
 
 // The Minkowski sum (difference: Path minus Pattern) of a pattern swept along a path, united
 // under frNonZero.
-TPaths64 MinkowskiSum(const TPath64& Pattern, const TPath64& Path, bool PathIsClosed);
-TPaths64 MinkowskiDiff(const TPath64& Pattern, const TPath64& Path, bool PathIsClosed);
+ORVANE_API TPaths64 MinkowskiSum(const TPath64& Pattern, const TPath64& Path, bool PathIsClosed);
+ORVANE_API TPaths64 MinkowskiDiff(const TPath64& Pattern, const TPath64& Path, bool PathIsClosed);
 
 // Pairs of coordinates (x0, y0, x1, y1, ...); an odd last value is ignored. Doubles are
 // rounded half to even.
-TPath64 MakePath(const std::vector<std::int64_t>& Coords);
-TPath64 MakePath(const std::vector<double>& Coords);
-TPathD MakePathD(const std::vector<double>& Coords);
+ORVANE_API TPath64 MakePath(const std::vector<std::int64_t>& Coords);
+ORVANE_API TPath64 MakePath(const std::vector<double>& Coords);
+ORVANE_API TPathD MakePathD(const std::vector<double>& Coords);
 template <class T>
 requires std::integral<T> || std::floating_point<T> TPath64 MakePath(std::initializer_list<T> Coords) {
   if constexpr (std::integral<T>)
@@ -335,64 +336,64 @@ requires std::integral<T> || std::floating_point<T> TPathD MakePathD(std::initia
 }
 
 // Every polygon of the tree below its root, depth first, parents before children.
-TPaths64 PolyTreeToPaths64(const TPolyTree64& PolyTree);
-TPathsD PolyTreeToPathsD(const TPolyTreeD& PolyTree);
+ORVANE_API TPaths64 PolyTreeToPaths64(const TPolyTree64& PolyTree);
+ORVANE_API TPathsD PolyTreeToPathsD(const TPolyTreeD& PolyTree);
 
 // "x,y x,y ..." with the coordinates in decimal.
-std::string PathToString(const TPath64& Path);
+ORVANE_API std::string PathToString(const TPath64& Path);
 // One line per path, each ending in a line feed.
-std::string PathsToString(const TPaths64& Paths);
+ORVANE_API std::string PathsToString(const TPaths64& Paths);
 // Appends one line per node that has children, indented two spaces per level:
 // "Polytree with N polygon(s)", "A polygon containing N hole(s)", "A hole containing N
 // nested polygon(s)".
-void ShowPolyTreeStructure(const TPolyTree64& PolyTree, std::vector<std::string>& Strings);
+ORVANE_API void ShowPolyTreeStructure(const TPolyTree64& PolyTree, std::vector<std::string>& Strings);
 
 // Removes duplicate vertices and the middle vertex of each collinear triple (spikes
 // included). A closed path that keeps fewer than 3 vertices becomes empty; an open path
 // keeps its two ends.
-TPath64 TrimCollinear(const TPath64& Path, bool IsOpenPath = false);
+ORVANE_API TPath64 TrimCollinear(const TPath64& Path, bool IsOpenPath = false);
 // Repeatedly removes the vertex nearest the line through its two neighbours while that
 // distance is below ShapeTolerance. The ends of an open path stay; a closed path that would
 // keep fewer than 3 vertices becomes empty. Paths of fewer than 3 (open) or 4 (closed)
 // vertices come back as they are.
-TPath64 SimplifyPath(const TPath64& Path, double ShapeTolerance, bool IsClosedPath = true);
-TPaths64 SimplifyPaths(const TPaths64& Paths, double ShapeTolerance, bool IsClosedPaths = true);
+ORVANE_API TPath64 SimplifyPath(const TPath64& Path, double ShapeTolerance, bool IsClosedPath = true);
+ORVANE_API TPaths64 SimplifyPaths(const TPaths64& Paths, double ShapeTolerance, bool IsClosedPaths = true);
 // The package's point-in-polygon: exact, even-odd, pipOn on the boundary.
-TPointInPolygonResult PointInPolygon2(const TPoint64& Pt, const TPath64& Polygon);
+ORVANE_API TPointInPolygonResult PointInPolygon2(const TPoint64& Pt, const TPath64& Polygon);
 
 // ---- Compatibility with the Clipper 6 call shape ------------------------------------------
 
 using Clipper::DoublePoint;
 using Clipper::IntPoint;
 
-double Area(const TPath64& Path);
-double Area(const TPaths64& Paths);
+ORVANE_API double Area(const TPath64& Path);
+ORVANE_API double Area(const TPaths64& Paths);
 // Area(Path) >= 0.
-bool Orientation(const TPath64& Path);
-TRect64 GetBounds(const TPath64& Path);
-TRect64 GetBounds(const TPaths64& Paths);
-TPath64 ReversePath(const TPath64& Path);
-TPaths64 ReversePaths(const TPaths64& Paths);
+ORVANE_API bool Orientation(const TPath64& Path);
+ORVANE_API TRect64 GetBounds(const TPath64& Path);
+ORVANE_API TRect64 GetBounds(const TPaths64& Paths);
+ORVANE_API TPath64 ReversePath(const TPath64& Path);
+ORVANE_API TPaths64 ReversePaths(const TPaths64& Paths);
 // Union of the one-path list (the list) under FillRule.
-TPaths64 SimplifyPolygon(const TPath64& Path, TFillRule FillRule = TFillRule::frEvenOdd);
-TPaths64 SimplifyPolygons(const TPaths64& Paths, TFillRule FillRule = TFillRule::frEvenOdd);
+ORVANE_API TPaths64 SimplifyPolygon(const TPath64& Path, TFillRule FillRule = TFillRule::frEvenOdd);
+ORVANE_API TPaths64 SimplifyPolygons(const TPaths64& Paths, TFillRule FillRule = TFillRule::frEvenOdd);
 // SimplifyPath(s) with is-closed False.
-TPath64 CleanPolygon(const TPath64& Path, double Distance = 1.415);
-TPaths64 CleanPolygons(const TPaths64& Paths, double Distance = 1.415);
+ORVANE_API TPath64 CleanPolygon(const TPath64& Path, double Distance = 1.415);
+ORVANE_API TPaths64 CleanPolygons(const TPaths64& Paths, double Distance = 1.415);
 using Clipper::CleanPolygonEx;
-TPath64 TranslatePath(const TPath64& Path, const TPoint64& Delta);
+ORVANE_API TPath64 TranslatePath(const TPath64& Path, const TPoint64& Delta);
 // Paths as they are when IsClosed is False; else their union under FillRule.
-TPaths64 UnionIfClosed(const TPaths64& Paths, bool IsClosed, TFillRule FillRule);
+ORVANE_API TPaths64 UnionIfClosed(const TPaths64& Paths, bool IsClosed, TFillRule FillRule);
 // Empties every path; the array keeps its length.
-void FreePaths(TPaths64& Paths);
+ORVANE_API void FreePaths(TPaths64& Paths);
 // Empties every path and the array.
-void FreePathsAndNil(TPaths64& Paths);
-TPaths64 PolyTreeToPaths(const TPolyTree64& PolyTree);
+ORVANE_API void FreePathsAndNil(TPaths64& Paths);
+ORVANE_API TPaths64 PolyTreeToPaths(const TPolyTree64& PolyTree);
 // Clipper 6's difference of two closed polygons: Path2 minus Path1.
-TPaths64 MinkowskiDiff(const TPath64& Path1, const TPath64& Path2);
+ORVANE_API TPaths64 MinkowskiDiff(const TPath64& Path1, const TPath64& Path2);
 // Each path's sum (closed subject) and, when Closed, each path moved by Pattern[0] (clip),
 // united under FillRule. Empty for an empty pattern.
-TPaths64 MinkowskiSum(const TPath64& Pattern, const TPaths64& Paths, TFillRule FillRule, bool Closed);
+ORVANE_API TPaths64 MinkowskiSum(const TPath64& Pattern, const TPaths64& Paths, TFillRule FillRule, bool Closed);
 
 }  // namespace Clipper2
 }  // namespace orvane

@@ -7,6 +7,7 @@
 #include <initializer_list>
 #include <vector>
 
+#include "orvane/foundation/Export.h"
 #include "orvane/paths/Path64.h"
 
 namespace orvane {
@@ -26,7 +27,7 @@ enum class TPointInPolygonResult : std::uint8_t { pipOn, pipInside, pipOutside }
 enum class TInitOption : std::uint8_t { ioReverseSolution, ioStrictlySimple, ioPreserveCollinear };
 
 // A set of TInitOption values.
-class TInitOptions {
+class ORVANE_API TInitOptions {
  public:
   constexpr TInitOptions() = default;
   constexpr TInitOptions(TInitOption Option) : FBits(Bit(Option)) {}
