@@ -9,6 +9,7 @@
 
 #include <memory>
 
+#include "orvane/foundation/Export.h"
 #include "orvane/foundation/List.h"
 #include "orvane/foundation/Point2D.h"
 #include "orvane/foundation/Rect2D.h"
@@ -18,7 +19,7 @@ namespace orvane {
 
 class TMPolygon;
 
-class TMChain : public TVPolyline2D {
+class ORVANE_API TMChain : public TVPolyline2D {
  public:
   // No vertices, climbing along the outline, no successor.
   TMChain() = default;

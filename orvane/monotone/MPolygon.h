@@ -23,7 +23,7 @@ namespace orvane {
 
 class TMPolygonList;
 
-class TMPolygon : public TVGeometry2DList<TMChain> {
+class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
  public:
   // No chains; the box is the invalid one.
   explicit TMPolygon(bool AOwnsObjects = true);

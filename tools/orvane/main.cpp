@@ -16,6 +16,7 @@
 #include "Check.h"
 #include "Layout.h"
 #include "Report.h"
+#include "orvane/Version.h"
 #include "orvane/foundation/Exception.h"
 
 using namespace orvane;
@@ -81,7 +82,7 @@ std::string InfoRequest(int argc, char** argv) {
   if (argc < 2) return {};
   const std::string first = argv[1];
   if (first == "-h" || first == "--help") return Usage;
-  if (first == "--version") return std::string("orvane ") + ORVANE_TOOL_VERSION + "\n";
+  if (first == "--version") return std::string("orvane ") + VersionString() + "\n";
   if (first == "help") {
     if (argc == 2) return Usage;
     if (std::string(argv[2]) == "check") return CheckUsage;
