@@ -7,6 +7,7 @@
 #include "orvane/foundation/DirUtils.h"
 #include "orvane/foundation/Enums.h"
 #include "orvane/foundation/Exception.h"
+#include "orvane/foundation/Format.h"
 #include "orvane/foundation/GeInterval.h"
 #include "orvane/foundation/GeTolerance.h"
 #include "orvane/foundation/LWPoint2D.h"
