@@ -10,9 +10,6 @@ namespace orvane {
 
 namespace {
 
-// Tolerance of the arc/arc crossing, which takes none from its caller.
-constexpr double ArcArcTol = 1e-6;
-
 // Angle folded into [0, 2*pi).
 double Wrap(double A) {
   double r = std::fmod(A, TwoPi);
@@ -361,7 +358,7 @@ int TArc2D::Intersect(const TLine2D& Line, TIntersectPoint2D& I1, TIntersectPoin
 }
 
 int TArc2D::Intersect(const TArc2D& Arc, TIntersectPoint2D& I1, TIntersectPoint2D& I2) const {
-  const double tol = ArcArcTol;
+  const double tol = DefaultTol;
   if (IsLine && Arc.IsLine) return SegmentCrossings(AsLine(), Arc.AsLine(), tol, I1, I2);
   if (Arc.IsLine) return Intersect(Arc.AsLine(), I1, I2, tol);
   if (IsLine) {
@@ -421,7 +418,7 @@ int TArc2D::Intersect(const TArc2D& Arc, TIntersectPoint2D& I1, TIntersectPoint2
 }
 
 int TArc2D::CrossWithArc(const TArc2D& Arc, TPoint2D& Pt1, TPoint2D& Pt2, TArc2D& Arc1, TArc2D& Arc2) const {
-  const double tol = ArcArcTol;
+  const double tol = DefaultTol;
   const bool sameCircle =
       !IsLine && !Arc.IsLine && Center.DistanceTo(Arc.Center) <= tol && std::fabs(Radius - Arc.Radius) <= tol;
   if (!sameCircle) {

@@ -16,7 +16,7 @@ std::int32_t Floorf(double X) {
   return static_cast<std::int32_t>(f);
 }
 
-bool AngleEqual(double A, double B) { return std::fabs(std::remainder(A - B, TwoPi)) <= 1e-6; }
+bool AngleEqual(double A, double B) { return std::fabs(std::remainder(A - B, TwoPi)) <= DefaultTol; }
 
 int CompareValue(double A, double B, double Eps) {
   if (Eps == 0.0) {

@@ -4,6 +4,8 @@
 #include <deque>
 #include <vector>
 
+#include "orvane/foundation/MathUtils.h"
+
 namespace orvane::classic {
 
 int TRTree::GetHeight() const {
@@ -240,7 +242,7 @@ void TRRTree2D::PickUpContents(const TRect2D& ARange, TList<void*>& Contents) co
   while (!queue.empty()) {
     const TRRTree2D* node = queue.front();
     queue.pop_front();
-    if (node->FRange.RelationWithRect(ARange, 1e-6) == 0) continue;
+    if (node->FRange.RelationWithRect(ARange, DefaultTol) == 0) continue;
     if (node->GetContent() != nullptr) Contents.Add(node->GetContent());
     for (int i = 0; i < node->ChildCount(); ++i) queue.push_back(&dynamic_cast<const TRRTree2D&>(*node->FChildren[i]));
   }

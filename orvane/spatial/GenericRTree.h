@@ -27,6 +27,7 @@
 
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/List.h"
+#include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/Point2D.h"
 #include "orvane/foundation/Rect2D.h"
 #include "orvane/spatial/BulkMemory.h"
@@ -237,10 +238,10 @@ class TRTree final {
   void Search(const TPoint2D& Pt, std::vector<T>& ResultList, double Tol) const {
     VisitPoint(Pt, Tol, [&](const TEntry& hit) { ResultList.push_back(ValueOf(hit)); });
   }
-  // True when some box meets SearchRegion within 1e-6; stops at the first one.
+  // True when some box meets SearchRegion within DefaultTol; stops at the first one.
   bool MayIntersect(const TRect2D& SearchRegion) const {
     bool found = false;
-    VisitBox(SearchRegion, 1e-6, [&](const TEntry&) {
+    VisitBox(SearchRegion, DefaultTol, [&](const TEntry&) {
       found = true;
       return false;
     });

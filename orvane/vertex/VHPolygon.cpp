@@ -16,9 +16,6 @@ namespace orvane {
 
 namespace {
 
-// The kernel's literal where an operation takes no tolerance of its own.
-constexpr double DefTol = 1e-6;
-
 constexpr auto Ord(TShapeRelation R) { return static_cast<std::uint8_t>(R); }
 
 // The centroid sums of one loop closed from its last vertex to its first: A gathers the cross
@@ -35,7 +32,7 @@ void AddCentroidSums(const TVPolyline2D& Loop, double& A, TPoint2D& S) {
 }
 
 TPoint2D Centroid(double A, const TPoint2D& S, const TRect2D& Box) {
-  if (fEqual(A, 0.0, DefTol)) return Box.CenterPoint();
+  if (fEqual(A, 0.0, DefaultTol)) return Box.CenterPoint();
   return (S / A) / 3.0;
 }
 
@@ -127,12 +124,12 @@ void TVHPolygon::Notify(TVPolyline2D* const& Item, TCollectionNotification Actio
   TVPolyline2DList::Notify(Item, Action);
   if (Action == TCollectionNotification::cnAdded) {
     if (Count() == 1) {
-      if (Item->IsClosed(DefTol)) Item->SetIsClockwise(FIsClockwise);
+      if (Item->IsClosed(DefaultTol)) Item->SetIsClockwise(FIsClockwise);
     } else if (FItems.front() == Item) {
       // Inserted in front: the new outline, and the former outline becomes a hole.
       Item->SetIsClockwise(FIsClockwise);
       FItems[1]->SetIsClockwise(!FIsClockwise);
-    } else if (Item->IsClosed(DefTol)) {
+    } else if (Item->IsClosed(DefaultTol)) {
       Item->SetIsClockwise(!FIsClockwise);
     }
   } else if (!FItems.empty()) {
@@ -154,7 +151,7 @@ int TVHPolygon::PtCount() const {
 }
 
 bool TVHPolygon::CheckClosed() const {
-  return std::all_of(FItems.begin(), FItems.end(), [](const TVPolyline2D* L) { return L->IsClosed(DefTol); });
+  return std::all_of(FItems.begin(), FItems.end(), [](const TVPolyline2D* L) { return L->IsClosed(DefaultTol); });
 }
 
 double TVHPolygon::Area() const {
@@ -188,7 +185,7 @@ double TVHPolygon::XGravity() const { return Gravity().X; }
 bool TVHPolygon::IsEqualTo(const TVHPolygon& HPolygon) const {
   if (Count() != HPolygon.Count()) return false;
   for (int i = 0; i < Count(); ++i) {
-    if (!(*this)[i]->IsEqualTo(*HPolygon[i], DefTol)) return false;
+    if (!(*this)[i]->IsEqualTo(*HPolygon[i], DefaultTol)) return false;
   }
   return true;
 }
@@ -206,7 +203,7 @@ std::uint8_t TVHPolygon::RelationWithPoint(const TPoint2D& Point, double Tol) co
 }
 
 bool TVHPolygon::IsCrossWith(const TVPolyline2D& Polyline) const {
-  if (BoundBox().RelationWithRect(Polyline.BoundBox(), DefTol) == 0) return false;
+  if (BoundBox().RelationWithRect(Polyline.BoundBox(), DefaultTol) == 0) return false;
   return std::any_of(FItems.begin(), FItems.end(), [&](const TVPolyline2D* L) { return L->IsCrossWith(Polyline); });
 }
 
@@ -279,7 +276,7 @@ std::unique_ptr<TVHPolygonList> TVHPolygonList::IntersectSelf() const {
   auto usableLoops = [](const TVHPolygon& Polygon) {
     TPaths64 paths;
     for (const TVPolyline2D* loop : Polygon) {
-      if (loop->IsClosed(DefTol) && loop->Count() >= 3) paths.push_back(loop->ToPath(PathWorkingRate));
+      if (loop->IsClosed(DefaultTol) && loop->Count() >= 3) paths.push_back(loop->ToPath(PathWorkingRate));
     }
     return paths;
   };

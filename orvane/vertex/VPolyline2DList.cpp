@@ -488,15 +488,14 @@ TPaths64 TVPolyline2DList::ToPaths(double Rate) const {
 }
 
 double TVPolyline2DList::DistanceTo(const TPoint2D& Pt, int& PolylineId, int& SeglineId) const {
-  constexpr double Tol = 1e-6;
   // The margin beyond the nearest box, so that a polyline whose box is about as near is
   // searched as well.
   constexpr double Margin = 1e-5;
   CheckFinite(Pt.X, "TVPolyline2DList.DistanceTo", "Pt.X");
   CheckFinite(Pt.Y, "TVPolyline2DList.DistanceTo", "Pt.Y");
   auto boxDistance = [&Pt](const TRect2D& Box) {
-    return TMathUtils::DistToRange(Pt.X, Box.XMin, Box.XMax, Tol) +
-           TMathUtils::DistToRange(Pt.Y, Box.YMin, Box.YMax, Tol);
+    return TMathUtils::DistToRange(Pt.X, Box.XMin, Box.XMax, DefaultTol) +
+           TMathUtils::DistToRange(Pt.Y, Box.YMin, Box.YMax, DefaultTol);
   };
   TRTree<int> tree(8);
   double reach = MaxDouble;
@@ -517,7 +516,7 @@ double TVPolyline2DList::DistanceTo(const TPoint2D& Pt, int& PolylineId, int& Se
   // run once more over the square of that distance, which holds every polyline as near.
   for (;;) {
     hits.clear();
-    tree.Search(TRect2D(Pt).InflatedRect(reach, reach), hits, Tol);
+    tree.Search(TRect2D(Pt).InflatedRect(reach, reach), hits, DefaultTol);
     best = MaxDouble;
     PolylineId = -1;
     SeglineId = -1;
@@ -535,8 +534,8 @@ double TVPolyline2DList::DistanceTo(const TPoint2D& Pt, int& PolylineId, int& Se
       for (std::size_t j = 0; j + 1 < pts.size(); ++j) {
         const TLine2D seg(pts[j], pts[j + 1]);
         const TRect2D box = seg.GetBoundBox();
-        if (CompareValue(TMathUtils::DistToRange(Pt.X, box.XMin, box.XMax, Tol), best, Tol) >= 0 ||
-            CompareValue(TMathUtils::DistToRange(Pt.Y, box.YMin, box.YMax, Tol), best, Tol) >= 0) {
+        if (CompareValue(TMathUtils::DistToRange(Pt.X, box.XMin, box.XMax, DefaultTol), best, DefaultTol) >= 0 ||
+            CompareValue(TMathUtils::DistToRange(Pt.Y, box.YMin, box.YMax, DefaultTol), best, DefaultTol) >= 0) {
           continue;
         }
         const double d = seg.DistanceLimit(Pt);
