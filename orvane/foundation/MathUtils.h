@@ -42,10 +42,6 @@ std::int64_t Round(double Value);
 // Truncation toward zero, with the same range check.
 std::int64_t Trunc(double Value);
 
-// Raises EParamError("[Error] <Where>: <What> is not a finite number") for NaN and infinities
-// where a result would otherwise be silently meaningless.
-void CheckFinite(double Value, const char* Where, const char* What);
-
 class TMathUtils {
  public:
   TMathUtils() = delete;

@@ -25,6 +25,7 @@
 #include <utility>
 #include <vector>
 
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/List.h"
 #include "orvane/foundation/MathUtils.h"
@@ -311,9 +312,7 @@ class TRTree final {
 
   static void CheckBox(const TRect2D& Box, const char* Message) {
     const bool hasNaN = std::isnan(Box.XMin) || std::isnan(Box.YMin) || std::isnan(Box.XMax) || std::isnan(Box.YMax);
-    const bool finite =
-        std::isfinite(Box.XMin) && std::isfinite(Box.YMin) && std::isfinite(Box.XMax) && std::isfinite(Box.YMax);
-    if (hasNaN || (Box.IsValid() && !finite)) throw EParamError(Message);
+    if (hasNaN || (Box.IsValid() && !internal::IsFinite(Box))) throw EParamError(Message);
   }
   // The same test as TRect2D::RelationWithRect(Region, Tol) != 0, in a form that a NaN
   // tolerance fails.

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Enums.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
@@ -46,12 +47,6 @@ void SortByKey(std::vector<T*>& Items, bool Descending, TKey&& Key) {
     return Descending ? L.first > R.first : L.first < R.first;
   });
   for (std::size_t i = 0; i < keyed.size(); ++i) Items[i] = keyed[i].second;
-}
-
-void CheckRate(double Rate) {
-  if (!(Rate > 0.0) || !std::isfinite(Rate)) {
-    throw EParamError("[Error] TVHPolygonList.Create: Rate %s must be a positive number", FloatToStr(Rate));
-  }
 }
 
 // The regions of a clipping tree, breadth first. TTree gives a node's contour, children and
@@ -210,12 +205,12 @@ bool TVHPolygon::IsCrossWith(const TVPolyline2D& Polyline) const {
 // TVHPolygonList -------------------------------------------------------------------------
 
 TVHPolygonList::TVHPolygonList(const Clipper::TPolyNode& PolyTree, double Rate) : TVHPolygonList(true) {
-  CheckRate(Rate);
+  internal::CheckPositiveRate(Rate, "TVHPolygonList.Create");
   AddRegions(*this, PolyTree, Rate, TLegacyTree());
 }
 
 TVHPolygonList::TVHPolygonList(const Clipper2::TPolyPath64& PolyTree, double Rate) : TVHPolygonList(true) {
-  CheckRate(Rate);
+  internal::CheckPositiveRate(Rate, "TVHPolygonList.Create");
   AddRegions(*this, PolyTree, Rate, TTree64());
 }
 

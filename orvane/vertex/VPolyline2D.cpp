@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "orvane/algorithms/MelkmanAlgo.h"
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 
@@ -25,9 +26,7 @@ TVPolyline2D::TVPolyline2D(const TArc2D& Arc, double ChordTol) {
 }
 
 TVPolyline2D::TVPolyline2D(const TPath64& Path, double Rate) {
-  if (!(Rate > 0.0) || !std::isfinite(Rate)) {
-    throw EParamError("[Error] TVPolyline2D.Create: Rate %s must be a positive number", FloatToStr(Rate));
-  }
+  internal::CheckPositiveRate(Rate, "TVPolyline2D.Create");
   FItems.reserve(Path.size());
   for (const TPoint64& p : Path) {
     FItems.emplace_back(static_cast<double>(p.X) / Rate, static_cast<double>(p.Y) / Rate);
@@ -251,7 +250,7 @@ TPoint2D TVPolyline2D::Gravity() const {
 }
 
 TPoint2D TVPolyline2D::CalcLeftDerivative(double Param) const {
-  CheckFinite(Param, "TVPolyline2D.CalcLeftDerivative", "Param");
+  internal::CheckFinite(Param, "TVPolyline2D.CalcLeftDerivative", "Param");
   const int n = Count();
   if (n < 2 || Param < 0.0 || Param > static_cast<double>(n - 1)) return TPoint2D::FZero;
   const TPoint2D p = CalcPointByParam(Param);
@@ -265,7 +264,7 @@ TPoint2D TVPolyline2D::CalcLeftDerivative(double Param) const {
 }
 
 TPoint2D TVPolyline2D::CalcRightDerivative(double Param) const {
-  CheckFinite(Param, "TVPolyline2D.CalcRightDerivative", "Param");
+  internal::CheckFinite(Param, "TVPolyline2D.CalcRightDerivative", "Param");
   const int n = Count();
   if (n < 2 || Param < 0.0 || Param > static_cast<double>(n - 1)) return TPoint2D::FZero;
   const TPoint2D p = CalcPointByParam(Param);
@@ -310,7 +309,7 @@ double TVPolyline2D::CalcFirstParamByPoint(const TPoint2D& Point, double Tol) co
 }
 
 TPoint2D TVPolyline2D::CalcPointByParam(double Param) const {
-  CheckFinite(Param, "TVPolyline2D.CalcPointByParam", "Param");
+  internal::CheckFinite(Param, "TVPolyline2D.CalcPointByParam", "Param");
   if (Param < 0.0 || Param > static_cast<double>(Count() - 1)) return TPoint2D::FZero;
   const double lo = std::floor(Param);
   const int i = static_cast<int>(lo);
@@ -341,7 +340,7 @@ double TVPolyline2D::DistTo(const TPoint2D& Pt, TPoint2D& NearestPt) const {
 }
 
 bool TVPolyline2D::CalcTravelPos(int StartId, double Distance, double& Param, TPoint2D& Pos) const {
-  CheckFinite(Distance, "TVPolyline2D.CalcTravelPos", "Distance");
+  internal::CheckFinite(Distance, "TVPolyline2D.CalcTravelPos", "Distance");
   const int n = Count();
   if (n < 2 || Distance < -DefaultTol) return false;
   if (StartId < 0 || StartId >= n) throw Exception("[Error] TVPolyline2D.CalcTravelPos: 下标越界");

@@ -21,6 +21,7 @@
 #include <utility>
 #include <vector>
 
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Line2D.h"
 #include "orvane/foundation/MathUtils.h"
@@ -31,14 +32,6 @@ namespace orvane {
 namespace internal {
 
 namespace {
-
-void CheckTolerance(double Tol, const char* Where) {
-  if (!(Tol >= 0.0) || !std::isfinite(Tol)) {
-    throw EParamError("[Error] %s: Tolerance %s is not a finite number of at least 0", Where, FloatToStr(Tol));
-  }
-}
-
-bool IsFinite(const TPoint2D& P) { return std::isfinite(P.X) && std::isfinite(P.Y); }
 
 // A.Equals(B, Tol), with the square root spared where one axis alone is too far apart.
 bool Meet(const TPoint2D& A, const TPoint2D& B, double Tol) {
@@ -491,8 +484,8 @@ double TVPolyline2DList::DistanceTo(const TPoint2D& Pt, int& PolylineId, int& Se
   // The margin beyond the nearest box, so that a polyline whose box is about as near is
   // searched as well.
   constexpr double Margin = 1e-5;
-  CheckFinite(Pt.X, "TVPolyline2DList.DistanceTo", "Pt.X");
-  CheckFinite(Pt.Y, "TVPolyline2DList.DistanceTo", "Pt.Y");
+  internal::CheckFinite(Pt.X, "TVPolyline2DList.DistanceTo", "Pt.X");
+  internal::CheckFinite(Pt.Y, "TVPolyline2DList.DistanceTo", "Pt.Y");
   auto boxDistance = [&Pt](const TRect2D& Box) {
     return TMathUtils::DistToRange(Pt.X, Box.XMin, Box.XMax, DefaultTol) +
            TMathUtils::DistToRange(Pt.Y, Box.YMin, Box.YMax, DefaultTol);
@@ -501,8 +494,7 @@ double TVPolyline2DList::DistanceTo(const TPoint2D& Pt, int& PolylineId, int& Se
   double reach = MaxDouble;
   for (int i = 0; i < Count(); ++i) {
     const TRect2D box = FItems[static_cast<std::size_t>(i)]->BoundBox();
-    if (box.IsValid() &&
-        !(std::isfinite(box.XMin) && std::isfinite(box.XMax) && std::isfinite(box.YMin) && std::isfinite(box.YMax))) {
+    if (box.IsValid() && !internal::IsFinite(box)) {
       throw EParamError("[Error] TVPolyline2DList.DistanceTo: polyline %d has a vertex that is not finite", i);
     }
     reach = std::min(reach, boxDistance(box));

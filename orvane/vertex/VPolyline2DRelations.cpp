@@ -6,6 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Enums.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/GeTolerance.h"
@@ -78,16 +79,6 @@ bool NeighboursCannotOverlap(const TPoint2D& A1, const TPoint2D& A2, const TPoin
   if (!(la2 > t2) || !(lb2 > t2)) return false;
   const double c = a.CrossMul(b);
   return c * c > PTol * PTol * la2 * lb2 * (1.0 + 1e-9);
-}
-
-// Raises EParamError for a vertex that is not a finite point, before an index is built on
-// the segments.
-void CheckVertices(const TDynPoints2D& Pts, const char* Where) {
-  for (std::size_t i = 0; i < Pts.size(); ++i) {
-    if (!std::isfinite(Pts[i].X) || !std::isfinite(Pts[i].Y)) {
-      throw EParamError("[Error] %s: vertex %d is not a finite point", Where, static_cast<long long>(i));
-    }
-  }
 }
 
 }  // namespace
@@ -247,8 +238,8 @@ void TVPolyline2D::CrossWith(const TVPolyline2D& Polyline, TList<TPoint2D>& Cros
   const TVPolyline2D& indexed = indexThis ? *this : Polyline;
   const TVPolyline2D& other = indexThis ? Polyline : *this;
   if (indexed.Count() < 2 || other.Count() < 2) return;
-  CheckVertices(FItems, "TVPolyline2D.CrossWith");
-  CheckVertices(Polyline.FItems, "TVPolyline2D.CrossWith");
+  internal::CheckFiniteVertices(FItems, "TVPolyline2D.CrossWith");
+  internal::CheckFiniteVertices(Polyline.FItems, "TVPolyline2D.CrossWith");
 
   // Built by insertion in segment order, so that the candidates of each query, and with
   // them the order of the reported crossings, do not depend on how a bulk load packs.
@@ -319,7 +310,7 @@ bool TVPolyline2D::IsCrossWith(const TVPolyline2D& Polyline) const {
 bool TVPolyline2D::IsSelfIntersect(double AbsTol) const {
   const int n = Count();
   if (n <= 2) return false;
-  CheckVertices(FItems, "TVPolyline2D.IsSelfIntersect");
+  internal::CheckFiniteVertices(FItems, "TVPolyline2D.IsSelfIntersect");
   const int segments = n - 1;
   double scale = 0.0;
   for (const TPoint2D& p : FItems) scale = std::max(scale, std::max(std::fabs(p.X), std::fabs(p.Y)));
@@ -472,7 +463,7 @@ std::uint8_t TVPolyline2D::CornerType(int Id) const {
 }
 
 double TVPolyline2D::CurvatureRadius(double Param) const {
-  CheckFinite(Param, "TVPolyline2D.CurvatureRadius", "Param");
+  internal::CheckFinite(Param, "TVPolyline2D.CurvatureRadius", "Param");
   const int n = Count();
   const double last = static_cast<double>(n - 1);
   // Outside the polyline there is no place to bend.

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 
