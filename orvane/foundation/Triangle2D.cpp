@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "orvane/foundation/Point2DUtils.h"
 #include "orvane/foundation/PointArray.h"
 
 namespace orvane {
 
 double TTriangle2D::Area(bool IsAbs) const {
-  const double a = 0.5 * (P2 - P1).CrossMul(P3 - P1);
+  const double a = 0.5 * TPoint2DUtils::IsLeft(P1, P2, P3);
   return IsAbs ? std::fabs(a) : a;
 }
 

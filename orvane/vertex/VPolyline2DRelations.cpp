@@ -58,8 +58,8 @@ bool MayMeet(const TRect2D& A, const TRect2D& B, double Tol, double PTol) {
 bool ApartBySide(const TPoint2D& S1, const TPoint2D& S2, const TPoint2D& O1, const TPoint2D& O2, double Tol,
                  double Scale) {
   const TPoint2D a = S2 - S1;
-  const double c1 = a.CrossMul(O1 - S1);
-  const double c2 = a.CrossMul(O2 - S1);
+  const double c1 = TPoint2DUtils::IsLeft(S1, S2, O1);
+  const double c2 = TPoint2DUtils::IsLeft(S1, S2, O2);
   if (!((c1 > 0.0 && c2 > 0.0) || (c1 < 0.0 && c2 < 0.0))) return false;
   const double m = std::min(std::fabs(c1), std::fabs(c2));
   const double d = std::max(Tol, 0.0) + RoundingSlack * Scale;

@@ -6,6 +6,7 @@
 
 #include "TestSupport.h"
 #include "orvane/Orvane.h"
+#include "orvane/foundation/internal/Orientation.h"
 
 using namespace orvane;
 using orvane::testing::MessageOf;
@@ -156,4 +157,26 @@ TEST(Checks, InvalidInputNamesTheOperationAndTheValue) {
   EXPECT_EQ(MessageOf([&] { TMathUtils::CycInc(1.0, 1.0, nan); }),
             "[Error] TMathUtils.CycInc: Period NAN must be positive");
   EXPECT_EQ(TMathUtils::CycInc(-0.5, 0.0, 2.0), 1.5);
+}
+
+TEST(Orientation, ExactForIntegerPointsWhereDoublesRound) {
+  using internal::CrossProduct64;
+  using internal::Orientation64;
+  // A = 0, B = (a, a + 1), C = (2a, 2a + 2 + k): the cross product is a * k exactly
+  // (a (2a + 2 + k) - (a + 1) 2a). At a = 2^61 + 1 doubles lose the low bits of each product.
+  const std::int64_t a = (std::int64_t{1} << 61) + 1;
+  const TPoint64 o(0, 0);
+  const TPoint64 b(a, a + 1);
+  for (const std::int64_t k : {-1, 0, 1}) {
+    const TPoint64 c(2 * a, 2 * a + 2 + k);
+    EXPECT_TRUE(CrossProduct64(o, b, c) == static_cast<internal::TInt128>(a) * k) << k;
+    EXPECT_EQ(Orientation64(o, b, c), k);
+    EXPECT_EQ(Orientation64(o, c, b), -k);
+    EXPECT_EQ(Orientation64(b, c, o), k);  // the turn does not depend on the start
+  }
+  // Near the clipper's range, on both sides of the origin.
+  const std::int64_t h = Clipper::HiRange;
+  EXPECT_EQ(Orientation64(TPoint64(-h, -h), TPoint64(h, h), TPoint64(h - 1, h)), 1);
+  EXPECT_EQ(Orientation64(TPoint64(-h, -h), TPoint64(h, h), TPoint64(h, h - 1)), -1);
+  EXPECT_EQ(Orientation64(TPoint64(-h, -h), TPoint64(h, h), TPoint64(0, 0)), 0);
 }

@@ -7,6 +7,7 @@
 
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
+#include "orvane/foundation/internal/Orientation.h"
 #include "orvane/paths/clipping/ClipperEngine.h"
 
 namespace orvane::Clipper {
@@ -17,10 +18,6 @@ using internal::ToEngine;
 // ---- Core ---------------------------------------------------------------------------------
 
 namespace Core {
-
-namespace {
-__extension__ typedef __int128 TInt128;
-}
 
 double Area(const TPath64& Path) {
   const std::size_t n = Path.size();
@@ -88,8 +85,7 @@ TPointInPolygonResult PointInPolygon(const TPoint64& Pt, const TPath64& Polygon)
     }
     if (Pt.Y < std::min(p.Y, b.Y) || Pt.Y > std::max(p.Y, b.Y)) continue;
     // Which side of the (not horizontal) edge p -> b is Pt on? Exact in 128 bits.
-    const TInt128 cross =
-        static_cast<TInt128>(b.X - p.X) * (Pt.Y - p.Y) - static_cast<TInt128>(b.Y - p.Y) * (Pt.X - p.X);
+    const internal::TInt128 cross = internal::CrossProduct64(p, b, Pt);
     if (cross == 0) return TPointInPolygonResult::pipOn;
     // A ray towards +X; the half-open rule on Y counts a vertex on the ray once.
     if ((p.Y > Pt.Y) != (b.Y > Pt.Y) && ((cross > 0) == (b.Y > p.Y))) inside = !inside;

@@ -7,6 +7,7 @@
 #include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
+#include "orvane/foundation/internal/Orientation.h"
 
 namespace orvane::internal {
 
@@ -174,8 +175,6 @@ void TEngineClipper::RecordIntersections() {
 
 namespace {
 
-__extension__ typedef __int128 TInt128;
-
 struct TContactEdge {
   ClipperLib::IntPoint A, B;
   std::int64_t MinX, MaxX, MinY, MaxY;
@@ -186,11 +185,6 @@ struct TContactEdge {
   int Seq;      // position among the path's non-degenerate edges
   int SeqCount;
 };
-
-int Orient(const ClipperLib::IntPoint& A, const ClipperLib::IntPoint& B, const ClipperLib::IntPoint& C) {
-  const TInt128 v = static_cast<TInt128>(B.X - A.X) * (C.Y - A.Y) - static_cast<TInt128>(B.Y - A.Y) * (C.X - A.X);
-  return v > 0 ? 1 : (v < 0 ? -1 : 0);
-}
 
 // P is known collinear with the segment: is it within the segment's box?
 bool WithinBox(const ClipperLib::IntPoint& P, const TContactEdge& E) {
@@ -207,16 +201,14 @@ void Record(const TContactEdge& E1, const TContactEdge& E2, const TPoint64& Pt,
 
 void ExamineContact(const TContactEdge& E1, const TContactEdge& E2, bool AllIntersection,
                     std::vector<Clipper::TIntersectRecord>& Records) {
-  const int d1 = Orient(E1.A, E1.B, E2.A);
-  const int d2 = Orient(E1.A, E1.B, E2.B);
-  const int d3 = Orient(E2.A, E2.B, E1.A);
-  const int d4 = Orient(E2.A, E2.B, E1.B);
+  const int d1 = Orientation64(E1.A, E1.B, E2.A);
+  const int d2 = Orientation64(E1.A, E1.B, E2.B);
+  const int d3 = Orientation64(E2.A, E2.B, E1.A);
+  const int d4 = Orientation64(E2.A, E2.B, E1.B);
   if (d1 * d2 < 0 && d3 * d4 < 0) {
     // A proper crossing: every pair, whatever its path types.
-    const TInt128 c3 = static_cast<TInt128>(E2.B.X - E2.A.X) * (E1.A.Y - E2.A.Y) -
-                       static_cast<TInt128>(E2.B.Y - E2.A.Y) * (E1.A.X - E2.A.X);
-    const TInt128 c4 = static_cast<TInt128>(E2.B.X - E2.A.X) * (E1.B.Y - E2.A.Y) -
-                       static_cast<TInt128>(E2.B.Y - E2.A.Y) * (E1.B.X - E2.A.X);
+    const TInt128 c3 = CrossProduct64(E2.A, E2.B, E1.A);
+    const TInt128 c4 = CrossProduct64(E2.A, E2.B, E1.B);
     const long double t = static_cast<long double>(c3) / static_cast<long double>(c3 - c4);
     const long double x = static_cast<long double>(E1.A.X) + t * static_cast<long double>(E1.B.X - E1.A.X);
     const long double y = static_cast<long double>(E1.A.Y) + t * static_cast<long double>(E1.B.Y - E1.A.Y);
