@@ -6,7 +6,8 @@
 
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
-#include "orvane/paths/clipping/ClipperEngine.h"
+#include "orvane/paths/clipping/internal/ClipperEngine.h"
+#include "orvane/paths/clipping/internal/OffsetJob.h"
 
 namespace orvane::Clipper2 {
 

@@ -10,7 +10,7 @@
 
 #include "orvane/foundation/internal/Orientation.h"
 #include "orvane/paths/clipping/Clipper2.h"
-#include "orvane/paths/clipping/ClipperEngine.h"
+#include "orvane/paths/clipping/internal/ClipperEngine.h"
 
 namespace orvane::Clipper2 {
 
