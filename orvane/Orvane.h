@@ -25,6 +25,7 @@
 #include "orvane/foundation/Triangle2D.h"
 #include "orvane/paths/Path64.h"
 #include "orvane/paths/clipping/Clipper.h"
+#include "orvane/paths/clipping/ClipperCore.h"
 #include "orvane/paths/clipping/Clipper2.h"
 #include "orvane/paths/clipping/ClipperTypes.h"
 #include "orvane/vertex/Geometry2D.h"
