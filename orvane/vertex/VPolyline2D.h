@@ -26,6 +26,7 @@
 namespace orvane {
 
 struct TGeTolerance;
+// Built on this class; Union answers one, and its callers include VPolyline2DList.h.
 class TVPolyline2DList;
 
 class TVPolyline2D : public TVPoint2DList {
@@ -262,7 +263,3 @@ class TVPolyline2D : public TVPoint2DList {
 };
 
 }  // namespace orvane
-
-// Union answers a TVPolyline2DList, which is built on this class: its header comes last, so
-// that every caller of Union has the complete type.
-#include "orvane/vertex/VPolyline2DList.h"  // IWYU pragma: export

@@ -9,6 +9,7 @@
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/paths/clipping/Clipper.h"
 #include "orvane/vertex/VPolyline2D.h"
+#include "orvane/vertex/VPolyline2DList.h"
 
 namespace orvane {
 

@@ -15,6 +15,7 @@
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/vertex/VPolyline2D.h"
+#include "orvane/vertex/VPolyline2DList.h"
 
 namespace orvane {
 namespace {
