@@ -213,30 +213,30 @@ class TRTree final {
 
   // The values whose boxes meet SearchRegion within Tol (TRect2D::RelationWithRect not 0),
   // depth first in child order. An invalid region, or a NaN tolerance, meets nothing.
-  std::unique_ptr<TList<T>> Search(const TRect2D& SearchRegion, double Tol) const {
-    auto result = std::make_unique<TList<T>>();
-    Search(SearchRegion, *result, Tol);
-    return result;
+  TList<T> Search(const TRect2D& SearchRegion, double Tol) const {
+    std::vector<T> found;
+    Search(SearchRegion, found, Tol);
+    return TList<T>(std::move(found));
   }
-  // The same, appended to ResultList; no allocation beyond the list's own growth.
+  // The same, appended to ResultList, each value notified as added.
   void Search(const TRect2D& SearchRegion, TList<T>& ResultList, double Tol) const {
     VisitBox(SearchRegion, Tol, [&](const TEntry& hit) {
       ResultList.Add(ValueOf(hit));
       return true;
     });
   }
+  // The same, appended to a plain array: a loop of queries that clears and reuses one array
+  // allocates nothing once it has grown.
   void Search(const TRect2D& SearchRegion, std::vector<T>& ResultList, double Tol) const {
     VisitBox(SearchRegion, Tol, [&](const TEntry& hit) {
       ResultList.push_back(ValueOf(hit));
       return true;
     });
   }
-  // The values whose valid boxes, grown by Tol on every side, hold Pt (bounds included).
+  // The values whose valid boxes, grown by Tol on every side, hold Pt (bounds included),
+  // appended to ResultList.
   void Search(const TPoint2D& Pt, TList<T>& ResultList, double Tol) const {
     VisitPoint(Pt, Tol, [&](const TEntry& hit) { ResultList.Add(ValueOf(hit)); });
-  }
-  void Search(const TPoint2D& Pt, std::vector<T>& ResultList, double Tol) const {
-    VisitPoint(Pt, Tol, [&](const TEntry& hit) { ResultList.push_back(ValueOf(hit)); });
   }
   // True when some box meets SearchRegion within DefaultTol; stops at the first one.
   bool MayIntersect(const TRect2D& SearchRegion) const {
@@ -249,11 +249,11 @@ class TRTree final {
   }
 
   // All values in insertion order.
-  std::unique_ptr<TList<T>> GetAllData() const {
-    auto result = std::make_unique<TList<T>>();
-    result->SetCapacity(FCount);
-    for (std::int32_t id = FFirst; id >= 0; id = FLinks[At(id)].Next) result->Add(FValues[At(id)]);
-    return result;
+  TList<T> GetAllData() const {
+    std::vector<T> all;
+    all.reserve(static_cast<std::size_t>(FCount));
+    for (std::int32_t id = FFirst; id >= 0; id = FLinks[At(id)].Next) all.push_back(FValues[At(id)]);
+    return TList<T>(std::move(all));
   }
   // The earliest inserted value still held: any value, not a random draw.
   T GetRandomData() const {

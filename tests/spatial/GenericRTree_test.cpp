@@ -154,7 +154,7 @@ TEST(GenericRTree, MatchesBruteForceThroughMixedChanges) {
       if (step % 10 == 0) {
         std::vector<int> order;
         for (const auto& item : model.Items) order.push_back(item.first);
-        ASSERT_EQ(tree->GetAllData()->ToArray(), order) << "insertion order";
+        ASSERT_EQ(tree->GetAllData().ToArray(), order) << "insertion order";
         if (!order.empty()) {
           ASSERT_EQ(tree->GetRandomData(), order.front());
         }
@@ -183,7 +183,7 @@ TEST(GenericRTree, LargeBulkLoadsMatchBruteForce) {
   }
   TTree tree(values, boxes, 8);
   ASSERT_NO_FATAL_FAILURE(ExpectSound(tree));
-  EXPECT_EQ(tree.GetAllData()->ToArray(), values.ToArray());
+  EXPECT_EQ(tree.GetAllData().ToArray(), values.ToArray());
   ASSERT_NO_FATAL_FAILURE(ExpectQueriesMatch(tree, model, rng));
   // Removal from the large dictionary keeps every other value findable.
   for (int i = 0; i < n; i += 3) tree.Remove(7 * i + 3);
@@ -266,7 +266,7 @@ TEST(GenericRTree, SplitsAndPacksAsStated) {
     if (n == 65) {
       EXPECT_TRUE(packed.GetRoot().ChildNode(0).ChildNode(0).IsLeaf());
     }
-    EXPECT_EQ(packed.GetAllData()->ToArray(), values.ToArray());
+    EXPECT_EQ(packed.GetAllData().ToArray(), values.ToArray());
   }
 }
 
@@ -289,7 +289,7 @@ TEST(GenericRTree, EmptyTreesErrorsAndEdges) {
   EXPECT_TRUE(tree.GetRoot().IsNil());
   EXPECT_EQ(tree.Count(), 0);
   tree.Insert(7, {0, 0, 1, 1});
-  EXPECT_EQ(tree.Search(TRect2D(TPoint2D(1, 1)), 0.0)->ToArray(), std::vector<int>{7});
+  EXPECT_EQ(tree.Search(TRect2D(TPoint2D(1, 1)), 0.0).ToArray(), std::vector<int>{7});
 
   // Refused input leaves the tree as it was.
   EXPECT_THROW(tree.Insert(7, {2, 2, 3, 3}), ERTreeError);
@@ -308,7 +308,7 @@ TEST(GenericRTree, EmptyTreesErrorsAndEdges) {
   // An invalid box made of infinities is held, and never found.
   tree.Insert(9, {inf, inf, -inf, -inf});
   EXPECT_TRUE(tree.Contains(9));
-  EXPECT_EQ(tree.Search(TRect2D(-1e300, -1e300, 1e300, 1e300), 1.0)->ToArray(), std::vector<int>{7});
+  EXPECT_EQ(tree.Search(TRect2D(-1e300, -1e300, 1e300, 1e300), 1.0).ToArray(), std::vector<int>{7});
 
   // More values than boxes fails the bulk load's assertion; duplicate values are refused.
   TList<int> values{1, 2, 3};
@@ -343,12 +343,12 @@ TEST(GenericRTree, ValuesThatLiveOutsideTheEntries) {
     if (i % 3 != 0 && boxes[i].RelationWithRect(region, 0.0) != 0) expected.push_back(names[i]);
   }
   expected.push_back("extra");
-  std::vector<std::string> found = tree.Search(region, 0.0)->ToArray();
+  std::vector<std::string> found = tree.Search(region, 0.0).ToArray();
   std::sort(found.begin(), found.end());
   std::sort(expected.begin(), expected.end());
   EXPECT_EQ(found, expected);
   EXPECT_EQ(tree.GetRandomData(), "part-1");
-  EXPECT_EQ(tree.GetAllData()->Last(), "extra");
+  EXPECT_EQ(tree.GetAllData().Last(), "extra");
   EXPECT_THROW(tree.Insert("part-2", {0, 0, 1, 1}), ERTreeError);
 }
 
