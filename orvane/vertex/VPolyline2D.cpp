@@ -61,13 +61,6 @@ TPath64 TVPolyline2D::ToPath(double Rate) const {
   return path;
 }
 
-std::unique_ptr<TList<TPoint2D>> TVPolyline2D::ToTPoint2DList() const {
-  auto list = std::make_unique<TList<TPoint2D>>();
-  list->SetCapacity(Count());
-  list->AddRange(FItems);
-  return list;
-}
-
 std::string TVPolyline2D::ToString() const {
   std::string text;
   for (const TPoint2D& p : FItems) text += Format("(%.16f, %.16f), ", p.X, p.Y);

@@ -61,7 +61,7 @@ class TVPolyline2D : public TVPoint2DList {
   // no vertex is dropped. EConvertError when a product is not finite or leaves 64 bits.
   TPath64 ToPath(double Rate) const;
   TDynPoints2D ToTDynPoints2D() const { return FItems; }
-  std::unique_ptr<TList<TPoint2D>> ToTPoint2DList() const;
+  TList<TPoint2D> ToTPoint2DList() const { return TList<TPoint2D>(TDynPoints2D(FItems)); }
   // "(%.16f, %.16f), " for each vertex, the trailing separator included.
   std::string ToString() const;
 

@@ -64,6 +64,7 @@ TEST(VPolyline2D, PathsAndTexts) {
   EXPECT_EQ(halves.ToPath(1.0), (TPath64{{0, 2}, {2, -2}}));
   TVPolyline2D fine{{0.12345, -7.00001}, {123.45678, 0.00003}};
   EXPECT_TRUE(TVPolyline2D(fine.ToPath(PathWorkingRate), PathWorkingRate).IsEqualTo(fine, 0.0));
+  EXPECT_TRUE(TVPolyline2D(fine.ToTPoint2DList()).IsEqualTo(fine, 0.0));
   EXPECT_THROW(TVPolyline2D(TPath64{{1, 1}}, 0.0), EParamError);
   EXPECT_THROW((TVPolyline2D{{1e300, 0}}).ToPath(PathWorkingRate), EConvertError);
   EXPECT_EQ(halves.ToString(), "(0.5000000000000000, 1.5000000000000000), (2.5000000000000000, -2.5000000000000000), ");
