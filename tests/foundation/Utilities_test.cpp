@@ -4,9 +4,9 @@
 #include <limits>
 #include <string>
 
-#include "TestSupport.h"
 #include "orvane/Orvane.h"
 #include "orvane/foundation/internal/Orientation.h"
+#include "support/TestSupport.h"
 
 using namespace orvane;
 using orvane::testing::MessageOf;
