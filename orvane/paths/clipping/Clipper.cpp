@@ -220,8 +220,7 @@ void TClipperOffset::AddPath(const TPath64& Path, TJoinType JoinType, TEndType E
 }
 
 void TClipperOffset::AddPaths(const TPaths64& Paths, TJoinType JoinType, TEndType EndType) {
-  internal::CheckRange(Paths);
-  for (const TPath64& p : Paths) FJob->Add(p, JoinType, EndType);
+  FJob->Add(Paths, JoinType, EndType);
 }
 
 void TClipperOffset::Clear() { FJob->Clear(); }

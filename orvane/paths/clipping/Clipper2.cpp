@@ -357,8 +357,7 @@ void TClipperOffset64::AddPath(const TPath64& Path, TJoinType JoinType, TEndType
 }
 
 void TClipperOffset64::AddPaths(const TPaths64& Paths, TJoinType JoinType, TEndType EndType) {
-  internal::CheckRange(Paths);
-  for (const TPath64& p : Paths) FJob->Add(p, JoinType, EndType);
+  FJob->Add(Paths, JoinType, EndType);
 }
 
 void TClipperOffset64::Clear() { FJob->Clear(); }

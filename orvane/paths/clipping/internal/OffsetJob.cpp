@@ -115,6 +115,12 @@ void TOffsetJob::Add(const TPath64& Path, TJoinType Join, TEndType End) {
   Groups.push_back(TGroup{ToEngine(Path), Join, End});
 }
 
+void TOffsetJob::Add(const TPaths64& Paths, TJoinType Join, TEndType End) {
+  CheckRange(Paths);
+  Groups.reserve(Groups.size() + Paths.size());
+  for (const TPath64& p : Paths) Groups.push_back(TGroup{ToEngine(p), Join, End});
+}
+
 bool TOffsetJob::HasBevel() const {
   return std::any_of(Groups.begin(), Groups.end(), [](const TGroup& g) { return g.Join == TJoinType::jtBevel; });
 }
@@ -230,15 +236,19 @@ double TOffsetJob::Prepare(double Delta, double ArcTolerance) const {
   return 0.0;  // the engine's default
 }
 
+template <class TSolution>
+bool TOffsetJob::EngineOnly(double Delta, double MiterLimit, double ArcTolerance, TSolution& Solution) const {
+  if (HasBevel()) return false;
+  ClipperLib::ClipperOffset co(MiterLimit, ArcTolerance);
+  for (const TGroup& g : Groups) co.AddPath(g.Path, EngineJoin(g.Join), ToEngine(g.End));
+  co.Execute(Solution, Delta);
+  return true;
+}
+
 void TOffsetJob::Execute(double Delta, double MiterLimit, double ArcTolerance, ClipperLib::Paths& Solution) const {
   Solution.clear();
   ArcTolerance = Prepare(Delta, ArcTolerance);
-  if (!HasBevel()) {
-    ClipperLib::ClipperOffset co(MiterLimit, ArcTolerance);
-    for (const TGroup& g : Groups) co.AddPath(g.Path, EngineJoin(g.Join), ToEngine(g.End));
-    co.Execute(Solution, Delta);
-    return;
-  }
+  if (EngineOnly(Delta, MiterLimit, ArcTolerance, Solution)) return;
   ClipperLib::Paths fromEngine, fromBevel;
   EngineOffset(Delta, MiterLimit, ArcTolerance, fromEngine);
   BevelOffset(Delta, ArcTolerance, fromBevel);
@@ -254,12 +264,7 @@ void TOffsetJob::Execute(double Delta, double MiterLimit, double ArcTolerance, C
 
 void TOffsetJob::Execute(double Delta, double MiterLimit, double ArcTolerance, ClipperLib::PolyTree& Solution) const {
   ArcTolerance = Prepare(Delta, ArcTolerance);
-  if (!HasBevel()) {
-    ClipperLib::ClipperOffset co(MiterLimit, ArcTolerance);
-    for (const TGroup& g : Groups) co.AddPath(g.Path, EngineJoin(g.Join), ToEngine(g.End));
-    co.Execute(Solution, Delta);
-    return;
-  }
+  if (EngineOnly(Delta, MiterLimit, ArcTolerance, Solution)) return;
   ClipperLib::Paths paths;
   Execute(Delta, MiterLimit, ArcTolerance, paths);
   ClipperLib::Clipper c;

@@ -18,7 +18,10 @@ class TOffsetJob {
     TJoinType Join;
     TEndType End;
   };
+  // Exception "Coordinate exceeds range bounds" for a coordinate beyond +-HiRange; a list is
+  // checked whole before any path is added.
   void Add(const TPath64& Path, TJoinType Join, TEndType End);
+  void Add(const TPaths64& Paths, TJoinType Join, TEndType End);
   void Clear() { Groups.clear(); }
   // ArcTolerance as the engine reads it (<= 0 means its default of 0.25 units).
   void Execute(double Delta, double MiterLimit, double ArcTolerance, ClipperLib::Paths& Solution) const;
@@ -28,6 +31,10 @@ class TOffsetJob {
 
  private:
   bool HasBevel() const;
+  // Without bevel joins the engine offsets everything on its own: done, and true. False,
+  // with Solution untouched, otherwise.
+  template <class TSolution>
+  bool EngineOnly(double Delta, double MiterLimit, double ArcTolerance, TSolution& Solution) const;
   // Checks Delta (finite, every offset point in range) and answers the arc tolerance to use.
   double Prepare(double Delta, double ArcTolerance) const;
   void EngineOffset(double Delta, double MiterLimit, double ArcTolerance, ClipperLib::Paths& Out) const;
