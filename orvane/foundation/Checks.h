@@ -17,6 +17,10 @@ inline bool IsFinite(const TPoint2D& P) { return std::isfinite(P.X) && std::isfi
 inline bool IsFinite(const TRect2D& R) {
   return std::isfinite(R.XMin) && std::isfinite(R.YMin) && std::isfinite(R.XMax) && std::isfinite(R.YMax);
 }
+// Some bound is NaN (an invalid box of infinities has none).
+inline bool HasNaN(const TRect2D& R) {
+  return std::isnan(R.XMin) || std::isnan(R.YMin) || std::isnan(R.XMax) || std::isnan(R.YMax);
+}
 // Above 0 and finite; false for NaN.
 inline bool IsPositiveNumber(double Value) { return Value > 0.0 && std::isfinite(Value); }
 

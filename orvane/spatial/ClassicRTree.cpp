@@ -4,6 +4,7 @@
 #include <deque>
 #include <vector>
 
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/MathUtils.h"
 
 namespace orvane::classic {
@@ -183,8 +184,7 @@ TRTree* TRTree::Delete(bool FreeContent) {
 TRRTree2D* TRRTree2D::Child(int Index) const { return dynamic_cast<TRRTree2D*>(FChildren[Index]); }
 
 TRect2D TRRTree2D::CheckedRange(const TRect2D& ARange) {
-  if (std::isnan(ARange.XMin) || std::isnan(ARange.YMin) || std::isnan(ARange.XMax) || std::isnan(ARange.YMax))
-    throw EParamError("[Error] TRRTree2D.Create: 参数错误");
+  if (internal::HasNaN(ARange)) throw EParamError("[Error] TRRTree2D.Create: 参数错误");
   return ARange;
 }
 

@@ -310,8 +310,7 @@ class TRTree final {
   std::int32_t Height(std::int32_t Branch) const { return Head(Branch).Aux; }
 
   static void CheckBox(const TRect2D& Box, const char* Message) {
-    const bool hasNaN = std::isnan(Box.XMin) || std::isnan(Box.YMin) || std::isnan(Box.XMax) || std::isnan(Box.YMax);
-    if (hasNaN || (Box.IsValid() && !internal::IsFinite(Box))) throw EParamError(Message);
+    if (internal::HasNaN(Box) || (Box.IsValid() && !internal::IsFinite(Box))) throw EParamError(Message);
   }
   // The same test as TRect2D::RelationWithRect(Region, Tol) != 0, in a form that a NaN
   // tolerance fails.
