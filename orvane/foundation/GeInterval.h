@@ -1,6 +1,8 @@
 #pragma once
 // TGeInterval: a closed parameter interval whose ends compare within Tol.
 
+#include "orvane/foundation/MathUtils.h"
+
 namespace orvane {
 
 struct TGeInterval {
@@ -8,7 +10,7 @@ struct TGeInterval {
   double Upper = 0.0;
   bool HasLower = false;
   bool HasUpper = false;
-  double Tol = 1e-6;
+  double Tol = DefaultTol;
 
   constexpr TGeInterval() = default;
   // Sets both bounds present. The bounds are taken as given: a reversed interval has a

@@ -8,14 +8,14 @@ namespace orvane {
 
 struct TGeTolerance {
   // Distance below which two points coincide.
-  double PointTol = 1e-6;
+  double PointTol = DefaultTol;
   // Length below which a segment counts as a point, and the sine of the angle between unit
   // vectors below which they count as parallel.
-  double VectorTol = 1e-6;
+  double VectorTol = DefaultTol;
   // Kept for hosts that carry a parameter and an angle tolerance in the same record; the
   // kernel copies them along and never reads them.
-  double ParamTol = 1e-6;
-  double AngleTol = 1e-6;
+  double ParamTol = DefaultTol;
+  double AngleTol = DefaultTol;
 
   constexpr TGeTolerance() = default;
   constexpr TGeTolerance(double APointTol, double AVectorTol)
