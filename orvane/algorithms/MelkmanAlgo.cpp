@@ -12,13 +12,9 @@ namespace orvane {
 
 namespace {
 
-constexpr double Orient(const TPoint2D& A, const TPoint2D& B, const TPoint2D& C) {
-  return TPoint2DUtils::IsLeft(A, B, C);
-}
-
 // Collinearity as the retry judges it: the cross product vanishes within 1e-16.
 bool IsCollinearTriple(const TPoint2D& A, const TPoint2D& B, const TPoint2D& C) {
-  return std::fabs(Orient(A, B, C)) <= 1e-16;
+  return std::fabs(TPoint2DUtils::IsLeft(A, B, C)) <= 1e-16;
 }
 
 }  // namespace
@@ -28,11 +24,11 @@ int TMelkmanAlgo::MelkmanAlg(TList<TPoint2D>& SrcPoints, TList<int>& rets) {
   if (n >= 2 && SrcPoints.List().front() == SrcPoints.List().back()) --n;
   if (n < 3) return -1;
 
-  double d = Orient(SrcPoints[0], SrcPoints[1], SrcPoints[2]);
+  double d = TPoint2DUtils::IsLeft(SrcPoints[0], SrcPoints[1], SrcPoints[2]);
   if (d == 0.0) {
     // Break the tie of a collinear start; the shift stays far below any drawing tolerance.
     SrcPoints.SetItem(1, SrcPoints[1] + TPoint2D(-2.97e-6, 1.82e-6));
-    d = Orient(SrcPoints[0], SrcPoints[1], SrcPoints[2]);
+    d = TPoint2DUtils::IsLeft(SrcPoints[0], SrcPoints[1], SrcPoints[2]);
   }
   const TPoint2D* p = SrcPoints.List().data();
 
@@ -54,13 +50,15 @@ int TMelkmanAlgo::MelkmanAlg(TList<TPoint2D>& SrcPoints, TList<int>& rets) {
 
   for (int i = 3; i < n; ++i) {
     const TPoint2D pi = p[i];
-    if (Orient(p[D[bot]], p[D[bot + 1]], pi) > 0.0 && Orient(p[D[top - 1]], p[D[top]], pi) > 0.0) continue;
-    while (Orient(p[D[bot]], p[D[bot + 1]], pi) <= 0.0) {
+    if (TPoint2DUtils::IsLeft(p[D[bot]], p[D[bot + 1]], pi) > 0.0 &&
+        TPoint2DUtils::IsLeft(p[D[top - 1]], p[D[top]], pi) > 0.0)
+      continue;
+    while (TPoint2DUtils::IsLeft(p[D[bot]], p[D[bot + 1]], pi) <= 0.0) {
       ++bot;
       if (D[bot + 1] == -1) return -2;
     }
     D[--bot] = i;
-    while (Orient(p[D[top - 1]], p[D[top]], pi) <= 0.0) {
+    while (TPoint2DUtils::IsLeft(p[D[top - 1]], p[D[top]], pi) <= 0.0) {
       --top;
       if (D[top - 1] == -1) return -3;
     }
@@ -79,7 +77,7 @@ int TMelkmanAlgo::MelkmanAlg(TList<TPoint2D>& SrcPoints, TList<int>& rets) {
   for (int k = 0; k < m; ++k) {
     const int prev = D[bot + (k + m - 1) % m];
     const int next = D[bot + (k + 1) % m];
-    if (Orient(p[prev], p[D[bot + k]], p[next]) > 0.0) hull.push_back(D[bot + k]);
+    if (TPoint2DUtils::IsLeft(p[prev], p[D[bot + k]], p[next]) > 0.0) hull.push_back(D[bot + k]);
   }
   if (hull.size() < 3) return -2;
 

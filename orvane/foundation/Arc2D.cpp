@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 
@@ -10,24 +11,11 @@ namespace orvane {
 
 namespace {
 
-// Tolerance of the arc/arc crossing, which takes none from its caller.
-constexpr double ArcArcTol = 1e-6;
-
 // Angle folded into [0, 2*pi).
 double Wrap(double A) {
   double r = std::fmod(A, TwoPi);
   if (r < 0.0) r += TwoPi;
   return r >= TwoPi ? 0.0 : r;
-}
-
-void CheckArcValue(double V, const char* Where, const char* What) {
-  if (!std::isfinite(V)) throw EGeometry("[Error] TArc2D.%s: %s is not a finite number", Where, What);
-}
-
-void CheckArcPoint(const TPoint2D& P, const char* Where, const char* What) {
-  if (!std::isfinite(P.X) || !std::isfinite(P.Y)) {
-    throw EGeometry("[Error] TArc2D.%s: %s %s is not a finite point", Where, What, P.ToString());
-  }
 }
 
 // A crossing candidate, snapped to whichever stored end point lies within Tol of it.
@@ -46,17 +34,17 @@ TArc2D::TArc2D(const TPoint2D& ACenter, double ARadius, double AStartAngle, doub
       Center(ACenter),
       Radius(ARadius),
       IsClockwise(ASweepAngle < 0.0) {
-  CheckArcPoint(ACenter, "Create", "Center");
-  CheckArcValue(ARadius, "Create", "Radius");
-  CheckArcValue(AStartAngle, "Create", "StartAngle");
-  CheckArcValue(ASweepAngle, "Create", "SweepAngle");
+  internal::CheckFinitePoint<EGeometry>(ACenter, "TArc2D.Create", "Center");
+  internal::CheckFinite<EGeometry>(ARadius, "TArc2D.Create", "Radius");
+  internal::CheckFinite<EGeometry>(AStartAngle, "TArc2D.Create", "StartAngle");
+  internal::CheckFinite<EGeometry>(ASweepAngle, "TArc2D.Create", "SweepAngle");
   if (ARadius < 0.0) throw EGeometry("[Error] TArc2D.Create: Radius %s is negative", FloatToStr(ARadius));
 }
 
 TArc2D TArc2D::CreateBulge(const TPoint2D& From, const TPoint2D& To, double Bulge) {
-  CheckArcPoint(From, "CreateBulge", "From");
-  CheckArcPoint(To, "CreateBulge", "To");
-  CheckArcValue(Bulge, "CreateBulge", "Bulge");
+  internal::CheckFinitePoint<EGeometry>(From, "TArc2D.CreateBulge", "From");
+  internal::CheckFinitePoint<EGeometry>(To, "TArc2D.CreateBulge", "To");
+  internal::CheckFinite<EGeometry>(Bulge, "TArc2D.CreateBulge", "Bulge");
   if (Bulge == 0.0 || From == To) {
     TArc2D line;
     line.DegradeLine(From, To);
@@ -66,9 +54,9 @@ TArc2D TArc2D::CreateBulge(const TPoint2D& From, const TPoint2D& To, double Bulg
 }
 
 TArc2D TArc2D::CreateCenter(const TPoint2D& Center, const TPoint2D& From, const TPoint2D& To, bool IsCcw) {
-  CheckArcPoint(Center, "CreateCenter", "Center");
-  CheckArcPoint(From, "CreateCenter", "From");
-  CheckArcPoint(To, "CreateCenter", "To");
+  internal::CheckFinitePoint<EGeometry>(Center, "TArc2D.CreateCenter", "Center");
+  internal::CheckFinitePoint<EGeometry>(From, "TArc2D.CreateCenter", "From");
+  internal::CheckFinitePoint<EGeometry>(To, "TArc2D.CreateCenter", "To");
   const double start = (From - Center).Angle();
   const double end = (To - Center).Angle();
   double sweep = IsCcw ? Wrap(end - start) : Wrap(start - end);
@@ -77,9 +65,9 @@ TArc2D TArc2D::CreateCenter(const TPoint2D& Center, const TPoint2D& From, const 
 }
 
 TArc2D TArc2D::CreateRadius(const TPoint2D& From, const TPoint2D& To, double Radius, bool Clockwise) {
-  CheckArcPoint(From, "CreateRadius", "From");
-  CheckArcPoint(To, "CreateRadius", "To");
-  CheckArcValue(Radius, "CreateRadius", "Radius");
+  internal::CheckFinitePoint<EGeometry>(From, "TArc2D.CreateRadius", "From");
+  internal::CheckFinitePoint<EGeometry>(To, "TArc2D.CreateRadius", "To");
+  internal::CheckFinite<EGeometry>(Radius, "TArc2D.CreateRadius", "Radius");
   const double chord = From.DistanceTo(To);
   if (chord == 0.0) throw EGeometry("[Error] TArc2D.CreateRadius: the end points coincide at %s", From.ToString());
   double r = std::fabs(Radius);
@@ -97,9 +85,9 @@ TArc2D TArc2D::CreateRadius(const TPoint2D& From, const TPoint2D& To, double Rad
 }
 
 TArc2D TArc2D::CreateAngle(const TPoint2D& From, const TPoint2D& To, double Sweep) {
-  CheckArcPoint(From, "CreateAngle", "From");
-  CheckArcPoint(To, "CreateAngle", "To");
-  CheckArcValue(Sweep, "CreateAngle", "Sweep");
+  internal::CheckFinitePoint<EGeometry>(From, "TArc2D.CreateAngle", "From");
+  internal::CheckFinitePoint<EGeometry>(To, "TArc2D.CreateAngle", "To");
+  internal::CheckFinite<EGeometry>(Sweep, "TArc2D.CreateAngle", "Sweep");
   if (std::fabs(Sweep) < 1e-9) throw EGeometry("SweepAngle is too close to 0");
   if (std::fabs(Sweep) >= TwoPi) {
     throw EGeometry("[Error] TArc2D.CreateAngle: sweep %s reaches a full turn", FloatToStr(Sweep));
@@ -117,9 +105,9 @@ TArc2D TArc2D::CreateAngle(const TPoint2D& From, const TPoint2D& To, double Swee
 }
 
 TArc2D TArc2D::CreateCross(const TPoint2D& P1, const TPoint2D& P2, const TPoint2D& P3) {
-  CheckArcPoint(P1, "CreateCross", "P1");
-  CheckArcPoint(P2, "CreateCross", "P2");
-  CheckArcPoint(P3, "CreateCross", "P3");
+  internal::CheckFinitePoint<EGeometry>(P1, "TArc2D.CreateCross", "P1");
+  internal::CheckFinitePoint<EGeometry>(P2, "TArc2D.CreateCross", "P2");
+  internal::CheckFinitePoint<EGeometry>(P3, "TArc2D.CreateCross", "P3");
   const TPoint2D a = P2 - P1;
   const TPoint2D b = P3 - P1;
   const double cross = a.CrossMul(b);
@@ -141,8 +129,8 @@ TArc2D TArc2D::CreateCross(const TPoint2D& P1, const TPoint2D& P2, const TPoint2
 }
 
 TArc2D TArc2D::CreateCircle(const TPoint2D& Center, const TPoint2D& From, bool Clockwise) {
-  CheckArcPoint(Center, "CreateCircle", "Center");
-  CheckArcPoint(From, "CreateCircle", "From");
+  internal::CheckFinitePoint<EGeometry>(Center, "TArc2D.CreateCircle", "Center");
+  internal::CheckFinitePoint<EGeometry>(From, "TArc2D.CreateCircle", "From");
   return TArc2D(Center, From.DistanceTo(Center), (From - Center).Angle(), Clockwise ? -TwoPi : TwoPi);
 }
 
@@ -361,7 +349,7 @@ int TArc2D::Intersect(const TLine2D& Line, TIntersectPoint2D& I1, TIntersectPoin
 }
 
 int TArc2D::Intersect(const TArc2D& Arc, TIntersectPoint2D& I1, TIntersectPoint2D& I2) const {
-  const double tol = ArcArcTol;
+  const double tol = DefaultTol;
   if (IsLine && Arc.IsLine) return SegmentCrossings(AsLine(), Arc.AsLine(), tol, I1, I2);
   if (Arc.IsLine) return Intersect(Arc.AsLine(), I1, I2, tol);
   if (IsLine) {
@@ -421,7 +409,7 @@ int TArc2D::Intersect(const TArc2D& Arc, TIntersectPoint2D& I1, TIntersectPoint2
 }
 
 int TArc2D::CrossWithArc(const TArc2D& Arc, TPoint2D& Pt1, TPoint2D& Pt2, TArc2D& Arc1, TArc2D& Arc2) const {
-  const double tol = ArcArcTol;
+  const double tol = DefaultTol;
   const bool sameCircle =
       !IsLine && !Arc.IsLine && Center.DistanceTo(Arc.Center) <= tol && std::fabs(Radius - Arc.Radius) <= tol;
   if (!sameCircle) {

@@ -2,6 +2,7 @@
 // TGeInterval: a closed parameter interval whose ends compare within Tol.
 
 #include "orvane/foundation/Export.h"
+#include "orvane/foundation/MathUtils.h"
 
 namespace orvane {
 
@@ -10,7 +11,7 @@ struct ORVANE_API TGeInterval {
   double Upper = 0.0;
   bool HasLower = false;
   bool HasUpper = false;
-  double Tol = 1e-6;
+  double Tol = DefaultTol;
 
   constexpr TGeInterval() = default;
   // Sets both bounds present. The bounds are taken as given: a reversed interval has a

@@ -1,20 +1,21 @@
 #pragma once
 // TGeTolerance: the tolerance pair of the curve objects.
 
+#include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/Point2D.h"
 
 namespace orvane {
 
 struct TGeTolerance {
   // Distance below which two points coincide.
-  double PointTol = 1e-6;
+  double PointTol = DefaultTol;
   // Length below which a segment counts as a point, and the sine of the angle between unit
   // vectors below which they count as parallel.
-  double VectorTol = 1e-6;
+  double VectorTol = DefaultTol;
   // Kept for hosts that carry a parameter and an angle tolerance in the same record; the
   // kernel copies them along and never reads them.
-  double ParamTol = 1e-6;
-  double AngleTol = 1e-6;
+  double ParamTol = DefaultTol;
+  double AngleTol = DefaultTol;
 
   constexpr TGeTolerance() = default;
   constexpr TGeTolerance(double APointTol, double AVectorTol)
@@ -24,9 +25,9 @@ struct TGeTolerance {
   bool PointEquals(const TPoint2D& A, const TPoint2D& B) const { return A.Equals(B, PointTol); }
 };
 
-// The default tolerance of the curve objects: 1e-6 for both, the same literal that the rest
+// The default tolerance of the curve objects: DefaultTol for both, the tolerance that the rest
 // of the kernel uses for point coincidence and parallelism, so that a curve and a vertex
 // polyline built from it agree on what touches.
-inline constexpr TGeTolerance DefTol{1e-6, 1e-6};
+inline constexpr TGeTolerance DefTol{DefaultTol, DefaultTol};
 
 }  // namespace orvane

@@ -42,10 +42,27 @@ class TList {
 
   TList() = default;
   TList(std::initializer_list<T> Items) : FItems(Items) {}
+  // Takes the array over without copying it; a new list notifies no one.
+  explicit TList(std::vector<T>&& Items) : FItems(std::move(Items)) {}
   // Destruction sends no notifications (derived classes are already gone by then).
   virtual ~TList() = default;
   TList(const TList&) = delete;
   TList& operator=(const TList&) = delete;
+  // Moving hands the items and the OnNotify handler over and leaves the source empty,
+  // without a handler. The items stay in a list, so no notification is sent for them.
+  TList(TList&& Other) noexcept : OnNotify(std::exchange(Other.OnNotify, nullptr)), FItems(std::move(Other.FItems)) {
+    Other.FItems.clear();
+  }
+  // The receiver's own items go first, as Clear removes them (notified, so that an owning
+  // list frees them); then it takes Other's items and handler as the move constructor does.
+  TList& operator=(TList&& Other) {
+    if (this == &Other) return *this;
+    Clear();
+    FItems = std::move(Other.FItems);
+    Other.FItems.clear();
+    OnNotify = std::exchange(Other.OnNotify, nullptr);
+    return *this;
+  }
 
   int Count() const { return static_cast<int>(FItems.size()); }
   bool IsEmpty() const { return FItems.empty(); }
@@ -98,10 +115,16 @@ class TList {
     if (i >= 0) Delete(i);
     return i;
   }
+  // Keeps the storage for the items to come, so that a list cleared and refilled in a loop
+  // allocates nothing once it has grown.
   void Clear() {
     std::vector<T> gone;
     gone.swap(FItems);
     for (const T& v : gone) Notify(v, TCollectionNotification::cnRemoved);
+    if (FItems.empty()) {
+      gone.clear();
+      FItems.swap(gone);
+    }
   }
   void Exchange(int Index1, int Index2) { std::swap(FItems[CheckIndex(Index1)], FItems[CheckIndex(Index2)]); }
   void Move(int CurIndex, int NewIndex) {
@@ -182,6 +205,16 @@ class TObjectList : public TList<T*> {
 
  public:
   explicit TObjectList(bool AOwnsObjects = true) : FOwnsObjects(AOwnsObjects) {}
+  // Moving transfers the items together with their ownership: the receiver owns them when
+  // Other did, and Other is left empty. Move assignment first frees (or drops) the
+  // receiver's own items under its own ownership.
+  TObjectList(TObjectList&& Other) noexcept : Base(std::move(Other)), FOwnsObjects(Other.FOwnsObjects) {}
+  TObjectList& operator=(TObjectList&& Other) {
+    if (this == &Other) return *this;
+    Base::operator=(std::move(Other));
+    FOwnsObjects = Other.FOwnsObjects;
+    return *this;
+  }
   ~TObjectList() override {
     if (FOwnsObjects) {
       for (T* item : this->FItems) delete item;
@@ -229,7 +262,8 @@ class TObjectList : public TList<T*> {
     }
   }
 
-  const bool FOwnsObjects;
+  // Fixed for the list's items: only a move, which brings other items, changes it.
+  bool FOwnsObjects;
 };
 
 }  // namespace orvane

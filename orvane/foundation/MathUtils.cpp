@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Exception.h"
 
 namespace orvane {
@@ -16,7 +17,7 @@ std::int32_t Floorf(double X) {
   return static_cast<std::int32_t>(f);
 }
 
-bool AngleEqual(double A, double B) { return std::fabs(std::remainder(A - B, TwoPi)) <= 1e-6; }
+bool AngleEqual(double A, double B) { return std::fabs(std::remainder(A - B, TwoPi)) <= DefaultTol; }
 
 int CompareValue(double A, double B, double Eps) {
   if (Eps == 0.0) {
@@ -47,10 +48,6 @@ std::int64_t Round(double Value) {
 
 std::int64_t Trunc(double Value) { return ToInt64(std::trunc(Value), Value, "Trunc"); }
 
-void CheckFinite(double Value, const char* Where, const char* What) {
-  if (!std::isfinite(Value)) throw EParamError("[Error] %s: %s is not a finite number", Where, What);
-}
-
 int TMathUtils::CompareFloat(double A, double B, double Tol) {
   if (fEqual(A, B, Tol)) return 0;
   return A < B ? -1 : 1;
@@ -80,7 +77,7 @@ int TMathUtils::CycInc(int Index, int Step, int Count) {
 }
 
 double TMathUtils::CycInc(double Value, double Step, double Period) {
-  if (!(Period > 0.0) || !std::isfinite(Period)) {
+  if (!internal::IsPositiveNumber(Period)) {
     throw EParamError("[Error] TMathUtils.CycInc: Period %s must be positive", FloatToStr(Period));
   }
   double r = std::fmod(Value + Step, Period);

@@ -14,6 +14,9 @@ inline constexpr double TwoPi = 2.0 * std::numbers::pi;
 inline constexpr double HalfPi = 0.5 * std::numbers::pi;
 // The largest double; the neutral answer of averages over nothing and the edge of an empty box.
 inline constexpr double MaxDouble = 1.7976931348623157e308;
+// The tolerance of every operation that takes none of its own: points this near coincide,
+// values this near are equal, angles this near (in radians) are one angle.
+inline constexpr double DefaultTol = 1e-6;
 
 // Tolerance bounds are inclusive: a difference of exactly Tol is still equal, so that
 // exactly one of fEqual, fGreat and fSmall holds for any two finite values.
@@ -27,7 +30,7 @@ inline bool fSmall(long double A, long double B, long double Tol) { return B - A
 // Largest integer not above X; EConvertError when X is not finite or leaves the 32-bit range.
 ORVANE_API std::int32_t Floorf(double X);
 
-// The two angles coincide modulo 2*pi, within 1e-6 radians (the kernel's default literal).
+// The two angles coincide modulo 2*pi, within DefaultTol radians.
 ORVANE_API bool AngleEqual(double A, double B);
 
 // Three-way comparison under an absolute tolerance: 0 when |A - B| <= Eps. With Eps = 0 a
@@ -40,10 +43,6 @@ ORVANE_API bool SameValue(double A, double B, double Eps = 0.0);
 ORVANE_API std::int64_t Round(double Value);
 // Truncation toward zero, with the same range check.
 ORVANE_API std::int64_t Trunc(double Value);
-
-// Raises EParamError("[Error] <Where>: <What> is not a finite number") for NaN and infinities
-// where a result would otherwise be silently meaningless.
-ORVANE_API void CheckFinite(double Value, const char* Where, const char* What);
 
 class ORVANE_API TMathUtils {
  public:

@@ -35,7 +35,8 @@ int TPoint2DUtils::Quadrant(const TPoint2D& Point) {
 TPoint2D TPoint2DUtils::Mirror(const TPoint2D& Pt, const TPoint2D& Pt1, const TPoint2D& Pt2) {
   const TPoint2D v = (Pt2 - Pt1).RotateCcw90();
   TPoint2D foot;
-  if (v == TPoint2D::FZero || TLine2D(Pt, Pt + v).RelationWithLine(TLine2D(Pt1, Pt2), foot, 1e-6, 1e-6) != 1) {
+  if (v == TPoint2D::FZero ||
+      TLine2D(Pt, Pt + v).RelationWithLine(TLine2D(Pt1, Pt2), foot, DefaultTol, DefaultTol) != 1) {
     throw Exception("[Error] TPoint2DUtils.Mirror: 参数错误");
   }
   return foot * 2.0 - Pt;

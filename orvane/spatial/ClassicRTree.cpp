@@ -4,6 +4,9 @@
 #include <deque>
 #include <vector>
 
+#include "orvane/foundation/Checks.h"
+#include "orvane/foundation/MathUtils.h"
+
 namespace orvane::classic {
 
 int TRTree::GetHeight() const {
@@ -181,8 +184,7 @@ TRTree* TRTree::Delete(bool FreeContent) {
 TRRTree2D* TRRTree2D::Child(int Index) const { return dynamic_cast<TRRTree2D*>(FChildren[Index]); }
 
 TRect2D TRRTree2D::CheckedRange(const TRect2D& ARange) {
-  if (std::isnan(ARange.XMin) || std::isnan(ARange.YMin) || std::isnan(ARange.XMax) || std::isnan(ARange.YMax))
-    throw EParamError("[Error] TRRTree2D.Create: 参数错误");
+  if (internal::HasNaN(ARange)) throw EParamError("[Error] TRRTree2D.Create: 参数错误");
   return ARange;
 }
 
@@ -240,7 +242,7 @@ void TRRTree2D::PickUpContents(const TRect2D& ARange, TList<void*>& Contents) co
   while (!queue.empty()) {
     const TRRTree2D* node = queue.front();
     queue.pop_front();
-    if (node->FRange.RelationWithRect(ARange, 1e-6) == 0) continue;
+    if (node->FRange.RelationWithRect(ARange, DefaultTol) == 0) continue;
     if (node->GetContent() != nullptr) Contents.Add(node->GetContent());
     for (int i = 0; i < node->ChildCount(); ++i) queue.push_back(&dynamic_cast<const TRRTree2D&>(*node->FChildren[i]));
   }

@@ -13,23 +13,25 @@
 // handle is valid until the tree next changes.
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <functional>
 #include <memory>
 #include <span>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/List.h"
+#include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/Point2D.h"
 #include "orvane/foundation/Rect2D.h"
 #include "orvane/spatial/BulkMemory.h"
+#include "orvane/spatial/internal/IdHashTable.h"
+#include "orvane/spatial/internal/RadixSort.h"
 
 namespace orvane {
 
@@ -204,43 +206,42 @@ class TRTree final {
     FValues = {};
     FLinks = {};
     FFreeData = {};
-    FHash = {};
-    FHashMask = 0;
+    FHash.Clear();
     FFirst = FLast = -1;
     FCount = 0;
   }
 
   // The values whose boxes meet SearchRegion within Tol (TRect2D::RelationWithRect not 0),
   // depth first in child order. An invalid region, or a NaN tolerance, meets nothing.
-  std::unique_ptr<TList<T>> Search(const TRect2D& SearchRegion, double Tol) const {
-    auto result = std::make_unique<TList<T>>();
-    Search(SearchRegion, *result, Tol);
-    return result;
+  TList<T> Search(const TRect2D& SearchRegion, double Tol) const {
+    std::vector<T> found;
+    Search(SearchRegion, found, Tol);
+    return TList<T>(std::move(found));
   }
-  // The same, appended to ResultList; no allocation beyond the list's own growth.
+  // The same, appended to ResultList, each value notified as added.
   void Search(const TRect2D& SearchRegion, TList<T>& ResultList, double Tol) const {
     VisitBox(SearchRegion, Tol, [&](const TEntry& hit) {
       ResultList.Add(ValueOf(hit));
       return true;
     });
   }
+  // The same, appended to a plain array: a loop of queries that clears and reuses one array
+  // allocates nothing once it has grown.
   void Search(const TRect2D& SearchRegion, std::vector<T>& ResultList, double Tol) const {
     VisitBox(SearchRegion, Tol, [&](const TEntry& hit) {
       ResultList.push_back(ValueOf(hit));
       return true;
     });
   }
-  // The values whose valid boxes, grown by Tol on every side, hold Pt (bounds included).
+  // The values whose valid boxes, grown by Tol on every side, hold Pt (bounds included),
+  // appended to ResultList.
   void Search(const TPoint2D& Pt, TList<T>& ResultList, double Tol) const {
     VisitPoint(Pt, Tol, [&](const TEntry& hit) { ResultList.Add(ValueOf(hit)); });
   }
-  void Search(const TPoint2D& Pt, std::vector<T>& ResultList, double Tol) const {
-    VisitPoint(Pt, Tol, [&](const TEntry& hit) { ResultList.push_back(ValueOf(hit)); });
-  }
-  // True when some box meets SearchRegion within 1e-6; stops at the first one.
+  // True when some box meets SearchRegion within DefaultTol; stops at the first one.
   bool MayIntersect(const TRect2D& SearchRegion) const {
     bool found = false;
-    VisitBox(SearchRegion, 1e-6, [&](const TEntry&) {
+    VisitBox(SearchRegion, DefaultTol, [&](const TEntry&) {
       found = true;
       return false;
     });
@@ -248,11 +249,11 @@ class TRTree final {
   }
 
   // All values in insertion order.
-  std::unique_ptr<TList<T>> GetAllData() const {
-    auto result = std::make_unique<TList<T>>();
-    result->SetCapacity(FCount);
-    for (std::int32_t id = FFirst; id >= 0; id = FLinks[At(id)].Next) result->Add(FValues[At(id)]);
-    return result;
+  TList<T> GetAllData() const {
+    std::vector<T> all;
+    all.reserve(static_cast<std::size_t>(FCount));
+    for (std::int32_t id = FFirst; id >= 0; id = FLinks[At(id)].Next) all.push_back(FValues[At(id)]);
+    return TList<T>(std::move(all));
   }
   // The earliest inserted value still held: any value, not a random draw.
   T GetRandomData() const {
@@ -309,10 +310,7 @@ class TRTree final {
   std::int32_t Height(std::int32_t Branch) const { return Head(Branch).Aux; }
 
   static void CheckBox(const TRect2D& Box, const char* Message) {
-    const bool hasNaN = std::isnan(Box.XMin) || std::isnan(Box.YMin) || std::isnan(Box.XMax) || std::isnan(Box.YMax);
-    const bool finite =
-        std::isfinite(Box.XMin) && std::isfinite(Box.YMin) && std::isfinite(Box.XMax) && std::isfinite(Box.YMax);
-    if (hasNaN || (Box.IsValid() && !finite)) throw EParamError(Message);
+    if (internal::HasNaN(Box) || (Box.IsValid() && !internal::IsFinite(Box))) throw EParamError(Message);
   }
   // The same test as TRect2D::RelationWithRect(Region, Tol) != 0, in a form that a NaN
   // tolerance fails.
@@ -406,7 +404,7 @@ class TRTree final {
     Room(FValues, fresh);
     Room(FLinks, fresh);
     FFreeData.reserve(FLinks.capacity());
-    ReserveHash(static_cast<std::size_t>(FCount) + Extra);
+    FHash.Reserve(static_cast<std::size_t>(FCount) + Extra);
   }
   std::int32_t NewBranch(std::int32_t AHeight) {
     std::int32_t id;
@@ -451,11 +449,11 @@ class TRTree final {
       FFirst = Id;
     }
     FLast = Id;
-    HashInsert(Id);
+    FHash.Insert(Id, FValues[At(Id)]);
     ++FCount;
   }
   void Unregister(std::int32_t Id) {
-    HashErase(Id);
+    FHash.Erase(Id, FValues[At(Id)]);
     TLink& link = FLinks[At(Id)];
     if (link.Prev >= 0) {
       FLinks[At(link.Prev)].Next = link.Next;
@@ -631,7 +629,7 @@ class TRTree final {
       const auto id = static_cast<std::int32_t>(i);
       FLinks.push_back({-1, 0, id - 1, i + 1 < n ? id + 1 : -1});
     }
-    HashBuild(n);
+    if (!FHash.Build(std::span<const T>(FValues))) throw ERTreeError("[Error] TRTree<T>.Initialize: 数据重复");
     FFirst = 0;
     FLast = static_cast<std::int32_t>(n - 1);
     FCount = static_cast<std::int32_t>(n);
@@ -643,7 +641,7 @@ class TRTree final {
     std::int32_t height = 0;
     while (level.size() > 1) {
       const std::size_t count = level.size();
-      SortByX(level, scratch);
+      internal::StableSortByKey(level, scratch, [](const TLevelItem& Item) { return Item.CX; });
       // Slices by Y; equal centres keep their X order, which Seq records.
       for (std::size_t k = 0; k < count; ++k) level[k].Seq = static_cast<std::int32_t>(k);
       const std::size_t slice = SliceSize(count, m);
@@ -694,41 +692,6 @@ class TRTree final {
     __builtin_prefetch(Address);
 #endif
   }
-  // Stable sort of a level by centre X: a radix sort on the bits of the doubles, 11 bits a
-  // pass, skipping passes in which all keys agree; small levels go to std::stable_sort.
-  static void SortByX(TArray<TLevelItem>& Level, TArray<TLevelItem>& Scratch) {
-    const std::size_t n = Level.size();
-    if (n < 4096) {
-      std::stable_sort(Level.begin(), Level.end(),
-                       [](const TLevelItem& a, const TLevelItem& b) { return a.CX < b.CX; });
-      return;
-    }
-    auto key = [](double x) {
-      const auto u = std::bit_cast<std::uint64_t>(x + 0.0);  // -0 sorts with +0
-      return (u >> 63) != 0 ? ~u : u | (std::uint64_t{1} << 63);
-    };
-    constexpr int kBits = 11;
-    constexpr int kPasses = (64 + kBits - 1) / kBits;
-    constexpr std::size_t kBuckets = std::size_t{1} << kBits;
-    std::vector<std::size_t> counts(kPasses * kBuckets, 0);
-    for (const TLevelItem& item : Level) {
-      const std::uint64_t k = key(item.CX);
-      for (int p = 0; p < kPasses; ++p) ++counts[At(p) * kBuckets + ((k >> (p * kBits)) & (kBuckets - 1))];
-    }
-    Scratch.resize(n);
-    for (int p = 0; p < kPasses; ++p) {
-      std::size_t* count = counts.data() + At(p) * kBuckets;
-      if (std::find(count, count + kBuckets, n) != count + kBuckets) continue;
-      std::size_t sum = 0;
-      for (std::size_t b = 0; b < kBuckets; ++b) {
-        const std::size_t c = count[b];
-        count[b] = sum;
-        sum += c;
-      }
-      for (const TLevelItem& item : Level) Scratch[count[(key(item.CX) >> (p * kBits)) & (kBuckets - 1)]++] = item;
-      Level.swap(Scratch);
-    }
-  }
   // The run of a level that is sorted by Y and cut into groups: M * M nodes, or for a level
   // of more than M^3 nodes ceil(sqrt(groups)) * M, so that a level is cut into about as
   // many slices as each slice has groups. Fixed slices of M * M would make each group a
@@ -738,84 +701,9 @@ class TRTree final {
     auto perSlice = static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(groups))));
     return std::max(perSlice, M) * M;
   }
-  // ----- dictionary of data nodes: open addressing over data ids, keyed by their values -----
-  // Each slot keeps 32 bits of its value's hash beside the id, so that probing compares
-  // values only on a hash match and removal finds home slots without reading values.
+  // ----- dictionary of data nodes: data ids keyed by their values -----
 
-  struct THashSlot {
-    std::uint32_t Hash = 0;
-    std::int32_t Id = -1;  // -1 for an empty slot
-  };
-
-  static std::uint32_t HashOf(const T& Data) {
-    std::uint64_t h = static_cast<std::uint64_t>(std::hash<T>{}(Data));
-    h ^= h >> 33;
-    h *= 0xff51afd7ed558ccdULL;
-    h ^= h >> 33;
-    return static_cast<std::uint32_t>(h);
-  }
-  std::size_t Home(std::uint32_t Hash) const { return Hash & FHashMask; }
-  std::int32_t Find(const T& Data) const {
-    if (FHash.empty()) return -1;
-    const std::uint32_t h = HashOf(Data);
-    for (std::size_t i = Home(h);; i = (i + 1) & FHashMask) {
-      const THashSlot& slot = FHash[i];
-      if (slot.Id < 0) return -1;
-      if (slot.Hash == h && FValues[At(slot.Id)] == Data) return slot.Id;
-    }
-  }
-  void ReserveHash(std::size_t Entries) {
-    if (Entries * 2 <= FHash.size()) return;
-    std::size_t size = 16;
-    while (size < Entries * 2) size *= 2;
-    TArray<THashSlot> old(size);
-    old.swap(FHash);
-    FHashMask = size - 1;
-    for (const THashSlot& slot : old) {
-      if (slot.Id >= 0) Place(slot);
-    }
-  }
-  void Place(const THashSlot& Slot) {
-    std::size_t i = Home(Slot.Hash);
-    while (FHash[i].Id >= 0) i = (i + 1) & FHashMask;
-    FHash[i] = Slot;
-  }
-  void HashInsert(std::int32_t Id) { Place({HashOf(FValues[At(Id)]), Id}); }
-  // Enters the values of ids 0 .. N - 1 into an empty table, visiting the table in the
-  // order of their home slots so that it is swept about once. A value met twice is refused.
-  void HashBuild(std::size_t N) {
-    TArray<std::uint32_t> hashes(N);
-    for (std::size_t i = 0; i < N; ++i) hashes[i] = HashOf(FValues[i]);
-    const int bits = std::countr_zero(FHash.size());
-    const int shift = std::max(bits - 16, 0);
-    std::vector<std::uint32_t> start((std::size_t{1} << (bits - shift)) + 1, 0);
-    for (const std::uint32_t h : hashes) ++start[(Home(h) >> shift) + 1];
-    for (std::size_t b = 1; b < start.size(); ++b) start[b] += start[b - 1];
-    TArray<std::int32_t> order(N);
-    for (std::size_t i = 0; i < N; ++i) order[start[Home(hashes[i]) >> shift]++] = static_cast<std::int32_t>(i);
-    for (const std::int32_t id : order) {
-      const std::uint32_t h = hashes[At(id)];
-      std::size_t i = Home(h);
-      for (; FHash[i].Id >= 0; i = (i + 1) & FHashMask) {
-        if (FHash[i].Hash == h && FValues[At(FHash[i].Id)] == FValues[At(id)])
-          throw ERTreeError("[Error] TRTree<T>.Initialize: 数据重复");
-      }
-      FHash[i] = {h, id};
-    }
-  }
-  // Removal by shifting back the entries of the probe run, so no tombstones build up.
-  void HashErase(std::int32_t Id) {
-    std::size_t i = Home(HashOf(FValues[At(Id)]));
-    while (FHash[i].Id != Id) i = (i + 1) & FHashMask;
-    for (std::size_t j = (i + 1) & FHashMask; FHash[j].Id >= 0; j = (j + 1) & FHashMask) {
-      const std::size_t home = Home(FHash[j].Hash);
-      const bool stays = i <= j ? (i < home && home <= j) : (i < home || home <= j);
-      if (stays) continue;
-      FHash[i] = FHash[j];
-      i = j;
-    }
-    FHash[i] = THashSlot();
-  }
+  std::int32_t Find(const T& Data) const { return FHash.Find(Data, std::span<const T>(FValues)); }
 
   int FMaxChildCount;
   int FMinChildCount;
@@ -827,8 +715,7 @@ class TRTree final {
   TArray<T> FValues;  // by data id
   TArray<TLink> FLinks;
   TArray<std::int32_t> FFreeData;
-  TArray<THashSlot> FHash;
-  std::size_t FHashMask = 0;
+  internal::TIdHashTable<T> FHash;
   std::int32_t FFirst = -1;
   std::int32_t FLast = -1;
   std::int32_t FCount = 0;

@@ -16,6 +16,9 @@ class TVGeometry2DList : public TObjectList<T>, public IVGeometry2D {
   explicit TVGeometry2DList(bool AOwnsObjects = true) : TObjectList<T>(AOwnsObjects) {
     static_assert(std::is_base_of_v<IVGeometry2D, T>, "items must implement IVGeometry2D");
   }
+  // An object with identity, like every vertex geometry: copied through Clone, never moved.
+  TVGeometry2DList(TVGeometry2DList&&) = delete;
+  TVGeometry2DList& operator=(TVGeometry2DList&&) = delete;
 
   // An empty list of the receiver's class; every derived class overrides it.
   virtual std::unique_ptr<TVGeometry2DList<T>> New(bool AOwnsObjects) const {

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Enums.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
@@ -15,9 +16,6 @@
 namespace orvane {
 
 namespace {
-
-// The kernel's literal where an operation takes no tolerance of its own.
-constexpr double DefTol = 1e-6;
 
 constexpr auto Ord(TShapeRelation R) { return static_cast<std::uint8_t>(R); }
 
@@ -35,7 +33,7 @@ void AddCentroidSums(const TVPolyline2D& Loop, double& A, TPoint2D& S) {
 }
 
 TPoint2D Centroid(double A, const TPoint2D& S, const TRect2D& Box) {
-  if (fEqual(A, 0.0, DefTol)) return Box.CenterPoint();
+  if (fEqual(A, 0.0, DefaultTol)) return Box.CenterPoint();
   return (S / A) / 3.0;
 }
 
@@ -49,12 +47,6 @@ void SortByKey(std::vector<T*>& Items, bool Descending, TKey&& Key) {
     return Descending ? L.first > R.first : L.first < R.first;
   });
   for (std::size_t i = 0; i < keyed.size(); ++i) Items[i] = keyed[i].second;
-}
-
-void CheckRate(double Rate) {
-  if (!(Rate > 0.0) || !std::isfinite(Rate)) {
-    throw EParamError("[Error] TVHPolygonList.Create: Rate %s must be a positive number", FloatToStr(Rate));
-  }
 }
 
 // The regions of a clipping tree, breadth first. TTree gives a node's contour, children and
@@ -127,12 +119,12 @@ void TVHPolygon::Notify(TVPolyline2D* const& Item, TCollectionNotification Actio
   TVPolyline2DList::Notify(Item, Action);
   if (Action == TCollectionNotification::cnAdded) {
     if (Count() == 1) {
-      if (Item->IsClosed(DefTol)) Item->SetIsClockwise(FIsClockwise);
+      if (Item->IsClosed(DefaultTol)) Item->SetIsClockwise(FIsClockwise);
     } else if (FItems.front() == Item) {
       // Inserted in front: the new outline, and the former outline becomes a hole.
       Item->SetIsClockwise(FIsClockwise);
       FItems[1]->SetIsClockwise(!FIsClockwise);
-    } else if (Item->IsClosed(DefTol)) {
+    } else if (Item->IsClosed(DefaultTol)) {
       Item->SetIsClockwise(!FIsClockwise);
     }
   } else if (!FItems.empty()) {
@@ -154,7 +146,7 @@ int TVHPolygon::PtCount() const {
 }
 
 bool TVHPolygon::CheckClosed() const {
-  return std::all_of(FItems.begin(), FItems.end(), [](const TVPolyline2D* L) { return L->IsClosed(DefTol); });
+  return std::all_of(FItems.begin(), FItems.end(), [](const TVPolyline2D* L) { return L->IsClosed(DefaultTol); });
 }
 
 double TVHPolygon::Area() const {
@@ -188,7 +180,7 @@ double TVHPolygon::XGravity() const { return Gravity().X; }
 bool TVHPolygon::IsEqualTo(const TVHPolygon& HPolygon) const {
   if (Count() != HPolygon.Count()) return false;
   for (int i = 0; i < Count(); ++i) {
-    if (!(*this)[i]->IsEqualTo(*HPolygon[i], DefTol)) return false;
+    if (!(*this)[i]->IsEqualTo(*HPolygon[i], DefaultTol)) return false;
   }
   return true;
 }
@@ -206,19 +198,19 @@ std::uint8_t TVHPolygon::RelationWithPoint(const TPoint2D& Point, double Tol) co
 }
 
 bool TVHPolygon::IsCrossWith(const TVPolyline2D& Polyline) const {
-  if (BoundBox().RelationWithRect(Polyline.BoundBox(), DefTol) == 0) return false;
+  if (BoundBox().RelationWithRect(Polyline.BoundBox(), DefaultTol) == 0) return false;
   return std::any_of(FItems.begin(), FItems.end(), [&](const TVPolyline2D* L) { return L->IsCrossWith(Polyline); });
 }
 
 // TVHPolygonList -------------------------------------------------------------------------
 
 TVHPolygonList::TVHPolygonList(const Clipper::TPolyNode& PolyTree, double Rate) : TVHPolygonList(true) {
-  CheckRate(Rate);
+  internal::CheckPositiveRate(Rate, "TVHPolygonList.Create");
   AddRegions(*this, PolyTree, Rate, TLegacyTree());
 }
 
 TVHPolygonList::TVHPolygonList(const Clipper2::TPolyPath64& PolyTree, double Rate) : TVHPolygonList(true) {
-  CheckRate(Rate);
+  internal::CheckPositiveRate(Rate, "TVHPolygonList.Create");
   AddRegions(*this, PolyTree, Rate, TTree64());
 }
 
@@ -279,7 +271,7 @@ std::unique_ptr<TVHPolygonList> TVHPolygonList::IntersectSelf() const {
   auto usableLoops = [](const TVHPolygon& Polygon) {
     TPaths64 paths;
     for (const TVPolyline2D* loop : Polygon) {
-      if (loop->IsClosed(DefTol) && loop->Count() >= 3) paths.push_back(loop->ToPath(PathWorkingRate));
+      if (loop->IsClosed(DefaultTol) && loop->Count() >= 3) paths.push_back(loop->ToPath(PathWorkingRate));
     }
     return paths;
   };

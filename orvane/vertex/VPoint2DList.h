@@ -17,6 +17,9 @@ class ORVANE_API TVPoint2DList : public TList<TPoint2D>, public IVGeometry2D {
   TVPoint2DList(std::initializer_list<TPoint2D> Points) : TList<TPoint2D>(Points) {}
   explicit TVPoint2DList(const TDynPoints2D& Points) { FItems = Points; }
   explicit TVPoint2DList(TDynPoints2D&& Points) { FItems = std::move(Points); }
+  // An object with identity, like every vertex geometry: copied through Clone, never moved.
+  TVPoint2DList(TVPoint2DList&&) = delete;
+  TVPoint2DList& operator=(TVPoint2DList&&) = delete;
 
   // An empty list of the receiver's own class; every derived class overrides it, so that
   // Clone keeps the class.

@@ -4,17 +4,11 @@
 #include <cmath>
 
 #include "orvane/algorithms/MelkmanAlgo.h"
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 
 namespace orvane {
-
-namespace {
-
-// The kernel's literal where an operation takes no tolerance of its own.
-constexpr double DefTol = 1e-6;
-
-}  // namespace
 
 // Construction ---------------------------------------------------------------------------
 
@@ -32,9 +26,7 @@ TVPolyline2D::TVPolyline2D(const TArc2D& Arc, double ChordTol) {
 }
 
 TVPolyline2D::TVPolyline2D(const TPath64& Path, double Rate) {
-  if (!(Rate > 0.0) || !std::isfinite(Rate)) {
-    throw EParamError("[Error] TVPolyline2D.Create: Rate %s must be a positive number", FloatToStr(Rate));
-  }
+  internal::CheckPositiveRate(Rate, "TVPolyline2D.Create");
   FItems.reserve(Path.size());
   for (const TPoint64& p : Path) {
     FItems.emplace_back(static_cast<double>(p.X) / Rate, static_cast<double>(p.Y) / Rate);
@@ -69,13 +61,6 @@ TPath64 TVPolyline2D::ToPath(double Rate) const {
   return path;
 }
 
-std::unique_ptr<TList<TPoint2D>> TVPolyline2D::ToTPoint2DList() const {
-  auto list = std::make_unique<TList<TPoint2D>>();
-  list->SetCapacity(Count());
-  list->AddRange(FItems);
-  return list;
-}
-
 std::string TVPolyline2D::ToString() const {
   std::string text;
   for (const TPoint2D& p : FItems) text += Format("(%.16f, %.16f), ", p.X, p.Y);
@@ -94,33 +79,32 @@ TLine2D TVPolyline2D::Line(int Id) const {
 }
 
 std::unique_ptr<TVPolyline2D> TVPolyline2D::SubCurve(double ParamFrom, double ParamTo) const {
-  constexpr double Tol = DefTol;
   auto result = std::make_unique<TVPolyline2D>();
   if (FItems.empty()) return result;
-  const bool closed = IsClosed(Tol);
-  if (!closed && ParamFrom > ParamTo + Tol) {
+  const bool closed = IsClosed(DefaultTol);
+  if (!closed && ParamFrom > ParamTo + DefaultTol) {
     throw EParamError("[Error] TVPolyline2D.SubCurve: ParamTo < ParamFrom");
   }
   const double last = static_cast<double>(Count() - 1);
-  auto inRange = [&](double t) { return std::isfinite(t) && t >= -Tol && t <= last + Tol; };
+  auto inRange = [&](double t) { return std::isfinite(t) && t >= -DefaultTol && t <= last + DefaultTol; };
   if (!inRange(ParamFrom) || !inRange(ParamTo)) throw EParamError("[Error] TVPolyline2D.SubCurve: 参数错误");
   ParamFrom = std::clamp(ParamFrom, 0.0, last);
   ParamTo = std::clamp(ParamTo, 0.0, last);
 
   TDynPoints2D& pts = result->FItems;
   pts.push_back(CalcPointByParam(ParamFrom));
-  if (fEqual(ParamFrom, ParamTo, Tol)) return result;
+  if (fEqual(ParamFrom, ParamTo, DefaultTol)) return result;
 
   // The first vertex strictly behind the start.
-  int i = static_cast<int>(std::ceil(ParamFrom + Tol));
+  int i = static_cast<int>(std::ceil(ParamFrom + DefaultTol));
   if (closed && ParamFrom > ParamTo) {
     for (; i < Count(); ++i) pts.push_back(V(i));
     // Vertex 0 repeats the last one, which is already in.
     i = 1;
   }
-  for (; i < ParamTo - Tol; ++i) pts.push_back(V(i));
+  for (; i < ParamTo - DefaultTol; ++i) pts.push_back(V(i));
   const TPoint2D end = CalcPointByParam(ParamTo);
-  if (!end.Equals(pts.back(), Tol)) pts.push_back(end);
+  if (!end.Equals(pts.back(), DefaultTol)) pts.push_back(end);
   return result;
 }
 
@@ -144,9 +128,8 @@ bool TVPolyline2D::IsEqualToReverse(const TVPolyline2D& Polyline, double Toleran
 bool TVPolyline2D::IsClosed(double Tol) const { return !FItems.empty() && FItems.front().Equals(FItems.back(), Tol); }
 
 bool TVPolyline2D::IsRect(bool AABBOnly) const {
-  constexpr double Tol = DefTol;
   const int n = Count();
-  if (!(n == 4 || (n == 5 && IsClosed(Tol)))) return false;
+  if (!(n == 4 || (n == 5 && IsClosed(DefaultTol)))) return false;
   const TPoint2D e1 = V(1) - V(0);
   const TPoint2D e2 = V(2) - V(1);
   const TPoint2D e3 = V(3) - V(2);
@@ -154,11 +137,11 @@ bool TVPolyline2D::IsRect(bool AABBOnly) const {
   if (AABBOnly) {
     double a = e1.AngleBetween(TPoint2D(1.0, 0.0));
     while (a > HalfPi) a -= HalfPi;
-    if (!fEqual(a, 0.0, Tol) && !fEqual(a, HalfPi, Tol)) return false;
+    if (!fEqual(a, 0.0, DefaultTol) && !fEqual(a, HalfPi, DefaultTol)) return false;
   }
   const double a = e2.AngleFrom(e1);
-  if (!fEqual(a, HalfPi, Tol) && !fEqual(a, 4.71238898038469, Tol)) return false;
-  return fEqual(e3.AngleFrom(e2), a, Tol) && fEqual(e4.AngleFrom(e3), a, Tol);
+  if (!fEqual(a, HalfPi, DefaultTol) && !fEqual(a, 4.71238898038469, DefaultTol)) return false;
+  return fEqual(e3.AngleFrom(e2), a, DefaultTol) && fEqual(e4.AngleFrom(e3), a, DefaultTol);
 }
 
 double TVPolyline2D::TotalLength() const {
@@ -171,7 +154,7 @@ double TVPolyline2D::RangeLength(int SIdx, int EIdx) const {
   const int n = Count();
   Assert(SIdx >= 0 && SIdx < n && EIdx >= 0 && EIdx < n, "[Assert] TVPolyline2D.RangeLength: 下标越界");
   if (SIdx == EIdx) return 0.0;
-  if (EIdx < SIdx && !IsClosed(DefTol)) return 0.0;
+  if (EIdx < SIdx && !IsClosed(DefaultTol)) return 0.0;
   double sum = 0.0;
   int i = SIdx;
   for (;;) {
@@ -196,7 +179,7 @@ void TVPolyline2D::ConvexHull(TVPolyline2D& Hull) const {
 bool TVPolyline2D::IsConvexPolygon(bool AllowSame) const {
   const int n = Count();
   if (n < 3) return false;
-  const bool closed = IsClosed(DefTol);
+  const bool closed = IsClosed(DefaultTol);
   if (n == 3 && closed) return false;
 
   // 1. A convex loop changes direction in X-then-Y order exactly twice.
@@ -255,33 +238,33 @@ TPoint2D TVPolyline2D::Gravity() const {
   };
   for (int i = 0; i + 1 < Count(); ++i) step(V(i), V(i + 1));
   step(last, first);
-  if (fEqual(a, 0.0, DefTol)) return BoundBox().CenterPoint();
+  if (fEqual(a, 0.0, DefaultTol)) return BoundBox().CenterPoint();
   return (s / a) / 3.0;
 }
 
 TPoint2D TVPolyline2D::CalcLeftDerivative(double Param) const {
-  CheckFinite(Param, "TVPolyline2D.CalcLeftDerivative", "Param");
+  internal::CheckFinite(Param, "TVPolyline2D.CalcLeftDerivative", "Param");
   const int n = Count();
   if (n < 2 || Param < 0.0 || Param > static_cast<double>(n - 1)) return TPoint2D::FZero;
   const TPoint2D p = CalcPointByParam(Param);
   int i = static_cast<int>(std::floor(Param));
-  if (fEqual(Param, static_cast<double>(i), DefTol)) --i;
+  if (fEqual(Param, static_cast<double>(i), DefaultTol)) --i;
   if (i == -1) {
-    if (!IsClosed(DefTol)) return TPoint2D::FZero;
+    if (!IsClosed(DefaultTol)) return TPoint2D::FZero;
     i = n - 2;
   }
   return p - V(i);
 }
 
 TPoint2D TVPolyline2D::CalcRightDerivative(double Param) const {
-  CheckFinite(Param, "TVPolyline2D.CalcRightDerivative", "Param");
+  internal::CheckFinite(Param, "TVPolyline2D.CalcRightDerivative", "Param");
   const int n = Count();
   if (n < 2 || Param < 0.0 || Param > static_cast<double>(n - 1)) return TPoint2D::FZero;
   const TPoint2D p = CalcPointByParam(Param);
   int j = static_cast<int>(std::ceil(Param));
-  if (fEqual(Param, static_cast<double>(j), DefTol)) ++j;
+  if (fEqual(Param, static_cast<double>(j), DefaultTol)) ++j;
   if (j == n) {
-    if (!IsClosed(DefTol)) return TPoint2D::FZero;
+    if (!IsClosed(DefaultTol)) return TPoint2D::FZero;
     j = 1;
   }
   return V(j) - p;
@@ -297,7 +280,7 @@ double TVPolyline2D::CalcParamByPoint(const TPoint2D& Point, double Radius) cons
   double result = 0.0;
   for (int i = 0; i + 1 < Count(); ++i) {
     const TLine2D seg(V(i), V(i + 1));
-    if (best != MaxDouble && !seg.GetBoundBox().InflatedRect(best, best).Contains(Point, DefTol)) continue;
+    if (best != MaxDouble && !seg.GetBoundBox().InflatedRect(best, best).Contains(Point, DefaultTol)) continue;
     double u = 0.0;
     TPoint2D nearest;
     const double d = seg.DistanceLimit(Point, u, nearest);
@@ -319,7 +302,7 @@ double TVPolyline2D::CalcFirstParamByPoint(const TPoint2D& Point, double Tol) co
 }
 
 TPoint2D TVPolyline2D::CalcPointByParam(double Param) const {
-  CheckFinite(Param, "TVPolyline2D.CalcPointByParam", "Param");
+  internal::CheckFinite(Param, "TVPolyline2D.CalcPointByParam", "Param");
   if (Param < 0.0 || Param > static_cast<double>(Count() - 1)) return TPoint2D::FZero;
   const double lo = std::floor(Param);
   const int i = static_cast<int>(lo);
@@ -350,20 +333,20 @@ double TVPolyline2D::DistTo(const TPoint2D& Pt, TPoint2D& NearestPt) const {
 }
 
 bool TVPolyline2D::CalcTravelPos(int StartId, double Distance, double& Param, TPoint2D& Pos) const {
-  CheckFinite(Distance, "TVPolyline2D.CalcTravelPos", "Distance");
+  internal::CheckFinite(Distance, "TVPolyline2D.CalcTravelPos", "Distance");
   const int n = Count();
-  if (n < 2 || Distance < -DefTol) return false;
+  if (n < 2 || Distance < -DefaultTol) return false;
   if (StartId < 0 || StartId >= n) throw Exception("[Error] TVPolyline2D.CalcTravelPos: 下标越界");
   double loop = 0.0;
   bool hasLength = false;
   for (int k = 0; k + 1 < n; ++k) {
     const double s = V(k).DistanceTo(V(k + 1));
     loop += s;
-    hasLength = hasLength || s > DefTol;
+    hasLength = hasLength || s > DefaultTol;
   }
   if (!hasLength) return false;
 
-  const bool closed = IsClosed(DefTol);
+  const bool closed = IsClosed(DefaultTol);
   double acc = 0.0;
   if (closed && Distance > 2.0 * loop) {
     // Whole rounds end where they began: skip all but the last, so that a long distance
@@ -379,7 +362,7 @@ bool TVPolyline2D::CalcTravelPos(int StartId, double Distance, double& Param, TP
       j = 0;
     }
     const double s = V(i).DistanceTo(V(j));
-    if (acc + s >= Distance + DefTol) {
+    if (acc + s >= Distance + DefaultTol) {
       const double r = s > 0.0 ? (Distance - acc) / s : 0.0;
       Param = i + r;
       Pos = V(i) + (V(j) - V(i)) * r;

@@ -27,6 +27,7 @@
 namespace orvane {
 
 struct TGeTolerance;
+// Built on this class; Union answers one, and its callers include VPolyline2DList.h.
 class TVPolyline2DList;
 
 class ORVANE_API TVPolyline2D : public TVPoint2DList {
@@ -61,7 +62,7 @@ class ORVANE_API TVPolyline2D : public TVPoint2DList {
   // no vertex is dropped. EConvertError when a product is not finite or leaves 64 bits.
   TPath64 ToPath(double Rate) const;
   TDynPoints2D ToTDynPoints2D() const { return FItems; }
-  std::unique_ptr<TList<TPoint2D>> ToTPoint2DList() const;
+  TList<TPoint2D> ToTPoint2DList() const { return TList<TPoint2D>(TDynPoints2D(FItems)); }
   // "(%.16f, %.16f), " for each vertex, the trailing separator included.
   std::string ToString() const;
 
@@ -263,7 +264,3 @@ class ORVANE_API TVPolyline2D : public TVPoint2DList {
 };
 
 }  // namespace orvane
-
-// Union answers a TVPolyline2DList, which is built on this class: its header comes last, so
-// that every caller of Union has the complete type.
-#include "orvane/vertex/VPolyline2DList.h"  // IWYU pragma: export

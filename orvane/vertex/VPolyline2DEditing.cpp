@@ -9,22 +9,16 @@
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/paths/clipping/Clipper.h"
 #include "orvane/vertex/VPolyline2D.h"
+#include "orvane/vertex/VPolyline2DList.h"
 
 namespace orvane {
-
-namespace {
-
-// The kernel's literal for point coincidence where an operation takes no tolerance.
-constexpr double PointTol = 1e-6;
-
-}  // namespace
 
 void TVPolyline2D::Negative() {
   for (TPoint2D& p : FItems) p = -p;
 }
 
 void TVPolyline2D::ConnectHeadTail() {
-  if (!FItems.empty() && !IsClosed(PointTol)) Add(TPoint2D(FItems.front()));
+  if (!FItems.empty() && !IsClosed(DefaultTol)) Add(TPoint2D(FItems.front()));
 }
 
 void TVPolyline2D::Trim(double Length, bool OnHead, bool OnTail) {
@@ -43,12 +37,12 @@ void TVPolyline2D::Trim(double Length, bool OnHead, bool OnTail) {
     if (!CalcTravelPos(0, Length, u, p)) {
       // No place to be found: either nothing can be measured along the polyline, or what
       // remains is shorter than 1e-6 and is its last vertex.
-      if (!IsClosed(PointTol) && total - Length <= PointTol) FItems.assign(1, TPoint2D(FItems.back()));
+      if (!IsClosed(DefaultTol) && total - Length <= DefaultTol) FItems.assign(1, TPoint2D(FItems.back()));
       return;
     }
     const auto drop = static_cast<std::ptrdiff_t>(std::ceil(u));
     FItems.erase(FItems.begin(), FItems.begin() + drop);
-    if (FItems.empty() || !FItems.front().Equals(p, PointTol)) FItems.insert(FItems.begin(), p);
+    if (FItems.empty() || !FItems.front().Equals(p, DefaultTol)) FItems.insert(FItems.begin(), p);
     total -= Length;
   }
   if (OnTail) {
@@ -56,7 +50,7 @@ void TVPolyline2D::Trim(double Length, bool OnHead, bool OnTail) {
     if (!CalcTravelPos(0, total - Length, u, p)) return;
     const auto drop = static_cast<std::ptrdiff_t>(std::ceil(static_cast<double>(Count() - 1) - u));
     FItems.erase(FItems.end() - drop, FItems.end());
-    if (FItems.empty() || !FItems.back().Equals(p, PointTol)) FItems.push_back(p);
+    if (FItems.empty() || !FItems.back().Equals(p, DefaultTol)) FItems.push_back(p);
   }
 }
 
@@ -103,7 +97,7 @@ void TVPolyline2D::DeleteNeighbourClosed(bool DoesCheckHeadTail, double Toleranc
 
 void TVPolyline2D::CollinearSmooth(double ATol, bool IsSameDir) {
   if (Count() < 3) return;
-  const bool closed = IsClosed(PointTol);
+  const bool closed = IsClosed(DefaultTol);
   TDynPoints2D src(FItems);
   if (closed) src.pop_back();
   const std::size_t n = src.size();

@@ -13,7 +13,6 @@
 #include "orvane/vertex/VPolyline2DList.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -21,10 +20,12 @@
 #include <utility>
 #include <vector>
 
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Line2D.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/spatial/GenericRTree.h"
+#include "orvane/spatial/internal/PointGrid.h"
 
 namespace orvane {
 
@@ -32,106 +33,10 @@ namespace internal {
 
 namespace {
 
-void CheckTolerance(double Tol, const char* Where) {
-  if (!(Tol >= 0.0) || !std::isfinite(Tol)) {
-    throw EParamError("[Error] %s: Tolerance %s is not a finite number of at least 0", Where, FloatToStr(Tol));
-  }
-}
-
-bool IsFinite(const TPoint2D& P) { return std::isfinite(P.X) && std::isfinite(P.Y); }
-
 // A.Equals(B, Tol), with the square root spared where one axis alone is too far apart.
 bool Meet(const TPoint2D& A, const TPoint2D& B, double Tol) {
   return std::fabs(A.X - B.X) <= Tol && std::fabs(A.Y - B.Y) <= Tol && A.Equals(B, Tol);
 }
-
-// Points hashed by grid cell. A cell is at least four tolerances wide, so the points within
-// the tolerance of a point lie in at most two cells per axis. Cells are also kept coarse
-// enough that their indices stay far inside 64 bits and the rounding of a coordinate is a
-// small fraction of a cell. Points that are not finite equal nothing within a finite
-// tolerance and are never indexed.
-class TPointGrid {
- public:
-  TPointGrid(const std::vector<TPoint2D>& Pts, double Tol) : FPts(Pts) {
-    double x0 = std::numeric_limits<double>::infinity();
-    double y0 = x0;
-    double x1 = -x0;
-    double y1 = -x0;
-    double magnitude = 0.0;
-    for (const TPoint2D& p : Pts) {
-      if (!IsFinite(p)) continue;
-      x0 = std::min(x0, p.X);
-      x1 = std::max(x1, p.X);
-      y0 = std::min(y0, p.Y);
-      y1 = std::max(y1, p.Y);
-      magnitude = std::max({magnitude, std::fabs(p.X), std::fabs(p.Y)});
-    }
-    const bool any = x0 <= x1;
-    FOrgX = any ? x0 : 0.0;
-    FOrgY = any ? y0 : 0.0;
-    const double extent = any ? std::max(x1 - x0, y1 - y0) : 0.0;
-    FCell = std::max({4.0 * Tol, extent * 0x1p-30, magnitude * 0x1p-40, std::numeric_limits<double>::min()});
-    FReach = Tol / FCell + 1e-2;
-    const std::size_t buckets = std::bit_ceil(std::max<std::size_t>(16, 2 * Pts.size()));
-    FMask = buckets - 1;
-    FHeads.assign(buckets, -1);
-    FNext.assign(Pts.size(), -1);
-    FTags.assign(Pts.size(), 0);
-  }
-
-  void Add(std::int32_t Id) {
-    const TPoint2D& p = FPts[static_cast<std::size_t>(Id)];
-    if (!IsFinite(p)) return;
-    const auto i = static_cast<std::size_t>(Id);
-    const std::uint64_t h = Hash(static_cast<std::int64_t>(std::floor((p.X - FOrgX) / FCell)),
-                                 static_cast<std::int64_t>(std::floor((p.Y - FOrgY) / FCell)));
-    FTags[i] = static_cast<std::uint32_t>(h >> 32);
-    std::int32_t& head = FHeads[h & FMask];
-    FNext[i] = head;
-    head = Id;
-  }
-
-  // Visits every indexed point that may lie within the tolerance of P (and some that do not).
-  template <class TVisit>
-  void ForEachNear(const TPoint2D& P, TVisit&& Visit) const {
-    const double qx = (P.X - FOrgX) / FCell;
-    const double qy = (P.Y - FOrgY) / FCell;
-    // Far outside the indexed cells, or not finite: nothing is near.
-    if (!(std::fabs(qx) < 0x1p60 && std::fabs(qy) < 0x1p60)) return;
-    const auto cx0 = static_cast<std::int64_t>(std::floor(qx - FReach));
-    const auto cx1 = static_cast<std::int64_t>(std::floor(qx + FReach));
-    const auto cy0 = static_cast<std::int64_t>(std::floor(qy - FReach));
-    const auto cy1 = static_cast<std::int64_t>(std::floor(qy + FReach));
-    for (std::int64_t cx = cx0; cx <= cx1; ++cx) {
-      for (std::int64_t cy = cy0; cy <= cy1; ++cy) {
-        const std::uint64_t h = Hash(cx, cy);
-        const auto tag = static_cast<std::uint32_t>(h >> 32);
-        for (std::int32_t id = FHeads[h & FMask]; id >= 0; id = FNext[static_cast<std::size_t>(id)]) {
-          if (FTags[static_cast<std::size_t>(id)] == tag) Visit(id);
-        }
-      }
-    }
-  }
-
- private:
-  // The low bits pick the bucket, the high 32 bits tag the cell, so that a bucket's other
-  // cells are mostly passed over (a tag shared by two cells only adds candidates).
-  static std::uint64_t Hash(std::int64_t CX, std::int64_t CY) {
-    std::uint64_t h = static_cast<std::uint64_t>(CX) * 0x9E3779B97F4A7C15ull;
-    h ^= (static_cast<std::uint64_t>(CY) + 0x632BE59BD9B4E019ull) * 0xC2B2AE3D27D4EB4Full;
-    return h ^ (h >> 29);
-  }
-
-  const std::vector<TPoint2D>& FPts;
-  double FOrgX = 0.0;
-  double FOrgY = 0.0;
-  double FCell = 1.0;
-  double FReach = 0.0;
-  std::uint64_t FMask = 0;
-  std::vector<std::int32_t> FHeads;
-  std::vector<std::int32_t> FNext;
-  std::vector<std::uint32_t> FTags;
-};
 
 }  // namespace
 
@@ -488,22 +393,20 @@ TPaths64 TVPolyline2DList::ToPaths(double Rate) const {
 }
 
 double TVPolyline2DList::DistanceTo(const TPoint2D& Pt, int& PolylineId, int& SeglineId) const {
-  constexpr double Tol = 1e-6;
   // The margin beyond the nearest box, so that a polyline whose box is about as near is
   // searched as well.
   constexpr double Margin = 1e-5;
-  CheckFinite(Pt.X, "TVPolyline2DList.DistanceTo", "Pt.X");
-  CheckFinite(Pt.Y, "TVPolyline2DList.DistanceTo", "Pt.Y");
+  internal::CheckFinite(Pt.X, "TVPolyline2DList.DistanceTo", "Pt.X");
+  internal::CheckFinite(Pt.Y, "TVPolyline2DList.DistanceTo", "Pt.Y");
   auto boxDistance = [&Pt](const TRect2D& Box) {
-    return TMathUtils::DistToRange(Pt.X, Box.XMin, Box.XMax, Tol) +
-           TMathUtils::DistToRange(Pt.Y, Box.YMin, Box.YMax, Tol);
+    return TMathUtils::DistToRange(Pt.X, Box.XMin, Box.XMax, DefaultTol) +
+           TMathUtils::DistToRange(Pt.Y, Box.YMin, Box.YMax, DefaultTol);
   };
   TRTree<int> tree(8);
   double reach = MaxDouble;
   for (int i = 0; i < Count(); ++i) {
     const TRect2D box = FItems[static_cast<std::size_t>(i)]->BoundBox();
-    if (box.IsValid() &&
-        !(std::isfinite(box.XMin) && std::isfinite(box.XMax) && std::isfinite(box.YMin) && std::isfinite(box.YMax))) {
+    if (box.IsValid() && !internal::IsFinite(box)) {
       throw EParamError("[Error] TVPolyline2DList.DistanceTo: polyline %d has a vertex that is not finite", i);
     }
     reach = std::min(reach, boxDistance(box));
@@ -517,7 +420,7 @@ double TVPolyline2DList::DistanceTo(const TPoint2D& Pt, int& PolylineId, int& Se
   // run once more over the square of that distance, which holds every polyline as near.
   for (;;) {
     hits.clear();
-    tree.Search(TRect2D(Pt).InflatedRect(reach, reach), hits, Tol);
+    tree.Search(TRect2D(Pt).InflatedRect(reach, reach), hits, DefaultTol);
     best = MaxDouble;
     PolylineId = -1;
     SeglineId = -1;
@@ -535,8 +438,8 @@ double TVPolyline2DList::DistanceTo(const TPoint2D& Pt, int& PolylineId, int& Se
       for (std::size_t j = 0; j + 1 < pts.size(); ++j) {
         const TLine2D seg(pts[j], pts[j + 1]);
         const TRect2D box = seg.GetBoundBox();
-        if (CompareValue(TMathUtils::DistToRange(Pt.X, box.XMin, box.XMax, Tol), best, Tol) >= 0 ||
-            CompareValue(TMathUtils::DistToRange(Pt.Y, box.YMin, box.YMax, Tol), best, Tol) >= 0) {
+        if (CompareValue(TMathUtils::DistToRange(Pt.X, box.XMin, box.XMax, DefaultTol), best, DefaultTol) >= 0 ||
+            CompareValue(TMathUtils::DistToRange(Pt.Y, box.YMin, box.YMax, DefaultTol), best, DefaultTol) >= 0) {
           continue;
         }
         const double d = seg.DistanceLimit(Pt);

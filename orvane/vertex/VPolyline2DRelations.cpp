@@ -6,6 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Enums.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/GeTolerance.h"
@@ -19,8 +20,6 @@ namespace orvane {
 
 namespace {
 
-// The kernel's literal for point coincidence where an operation takes no tolerance.
-constexpr double PointTol = 1e-6;
 // The sine below which the segment tests take two segments as parallel.
 constexpr double ParallelTol = 1e-9;
 // The fan-out of the segment indexes.
@@ -59,8 +58,8 @@ bool MayMeet(const TRect2D& A, const TRect2D& B, double Tol, double PTol) {
 bool ApartBySide(const TPoint2D& S1, const TPoint2D& S2, const TPoint2D& O1, const TPoint2D& O2, double Tol,
                  double Scale) {
   const TPoint2D a = S2 - S1;
-  const double c1 = a.CrossMul(O1 - S1);
-  const double c2 = a.CrossMul(O2 - S1);
+  const double c1 = TPoint2DUtils::IsLeft(S1, S2, O1);
+  const double c2 = TPoint2DUtils::IsLeft(S1, S2, O2);
   if (!((c1 > 0.0 && c2 > 0.0) || (c1 < 0.0 && c2 < 0.0))) return false;
   const double m = std::min(std::fabs(c1), std::fabs(c2));
   const double d = std::max(Tol, 0.0) + RoundingSlack * Scale;
@@ -80,16 +79,6 @@ bool NeighboursCannotOverlap(const TPoint2D& A1, const TPoint2D& A2, const TPoin
   if (!(la2 > t2) || !(lb2 > t2)) return false;
   const double c = a.CrossMul(b);
   return c * c > PTol * PTol * la2 * lb2 * (1.0 + 1e-9);
-}
-
-// Raises EParamError for a vertex that is not a finite point, before an index is built on
-// the segments.
-void CheckVertices(const TDynPoints2D& Pts, const char* Where) {
-  for (std::size_t i = 0; i < Pts.size(); ++i) {
-    if (!std::isfinite(Pts[i].X) || !std::isfinite(Pts[i].Y)) {
-      throw EParamError("[Error] %s: vertex %d is not a finite point", Where, static_cast<long long>(i));
-    }
-  }
 }
 
 }  // namespace
@@ -152,7 +141,7 @@ void TVPolyline2D::RemoveDuplicate(TList<double>& Params) {
   // Each value against its neighbour in the sorted list, from the back, so that deleting
   // one leaves the comparisons still to come as they were.
   for (int i = Params.Count() - 1; i >= 1; --i) {
-    if (TMathUtils::FloatEquals(Params[i], Params[i - 1], PointTol)) Params.Delete(i);
+    if (TMathUtils::FloatEquals(Params[i], Params[i - 1], DefaultTol)) Params.Delete(i);
   }
 }
 
@@ -171,7 +160,7 @@ bool TVPolyline2D::CrossWith(const TLine2D& Line, TList<double>& CrossPoints, TL
     if (Line.IsOn(V(0), Tol)) CrossPoints.Add(Line.ParamOfPoint(V(0)));
     return CrossPoints.Count() > 0;
   }
-  if (fEqual(Line.Length(), 0.0, PointTol)) {
+  if (fEqual(Line.Length(), 0.0, DefaultTol)) {
     for (int i = 0; i + 1 < n; ++i) {
       if (TLine2D(V(i), V(i + 1)).IsOn(Line.P1, Tol)) {
         CrossPoints.Add(0.0);
@@ -220,7 +209,7 @@ bool TVPolyline2D::CrossWith(const TLine2D& Line, TList<TPoint2D>& CrossPts, TLi
                              bool RemoveDuplicate) const {
   TList<double> params;
   TList<TPair<double, double>> stretches;
-  const bool found = CrossWith(Line, params, stretches, RemoveDuplicate, PointTol);
+  const bool found = CrossWith(Line, params, stretches, RemoveDuplicate, DefaultTol);
   for (double t : params) CrossPts.Add(Line.EvalPoint(t));
   for (const TPair<double, double>& s : stretches) CrossLines.Add({Line.EvalPoint(s.Key), Line.EvalPoint(s.Value)});
   return found;
@@ -229,7 +218,7 @@ bool TVPolyline2D::CrossWith(const TLine2D& Line, TList<TPoint2D>& CrossPts, TLi
 TNullable<TPoint2D> TVPolyline2D::CrossWithLastPt(const TLine2D& Segline) const {
   TList<double> params;
   TList<TPair<double, double>> stretches;
-  if (!CrossWith(Segline, params, stretches, false, PointTol)) return {};
+  if (!CrossWith(Segline, params, stretches, false, DefaultTol)) return {};
   double t = 0.0;
   if (params.Count() > 0 && stretches.Count() > 0) {
     t = std::max(params.Last(), stretches.Last().Value);
@@ -249,8 +238,8 @@ void TVPolyline2D::CrossWith(const TVPolyline2D& Polyline, TList<TPoint2D>& Cros
   const TVPolyline2D& indexed = indexThis ? *this : Polyline;
   const TVPolyline2D& other = indexThis ? Polyline : *this;
   if (indexed.Count() < 2 || other.Count() < 2) return;
-  CheckVertices(FItems, "TVPolyline2D.CrossWith");
-  CheckVertices(Polyline.FItems, "TVPolyline2D.CrossWith");
+  internal::CheckFiniteVertices(FItems, "TVPolyline2D.CrossWith");
+  internal::CheckFiniteVertices(Polyline.FItems, "TVPolyline2D.CrossWith");
 
   // Built by insertion in segment order, so that the candidates of each query, and with
   // them the order of the reported crossings, do not depend on how a bulk load packs.
@@ -267,13 +256,13 @@ void TVPolyline2D::CrossWith(const TVPolyline2D& Polyline, TList<TPoint2D>& Cros
     const TLine2D query(other.V(k), other.V(k + 1));
     if (!(query.Length() > 0.0)) continue;
     hits.clear();
-    index.Search(query.GetBoundBox(), hits, PointTol);
+    index.Search(query.GetBoundBox(), hits, DefaultTol);
     for (int j : hits) {
       TPoint2D a;
       TPoint2D b;
-      const int r = query.RelationWithSegLine(TLine2D(indexed.V(j), indexed.V(j + 1)), a, b, PointTol, ParallelTol);
+      const int r = query.RelationWithSegLine(TLine2D(indexed.V(j), indexed.V(j + 1)), a, b, DefaultTol, ParallelTol);
       if (r == 1) {
-        if (seen.insert(TPointL2D(a / PointTol)).second) CrossPoints.Add(a);
+        if (seen.insert(TPointL2D(a / DefaultTol)).second) CrossPoints.Add(a);
       } else if (r == 2) {
         CrossLines.Add({a, b});
       }
@@ -301,7 +290,7 @@ bool TVPolyline2D::IsCrossWith(const TVPolyline2D& Polyline) const {
     for (int i = 0; i + 1 < Poly.Count(); ++i) {
       const TLine2D line(Poly.V(i), Poly.V(i + 1));
       const TRect2D box = line.GetBoundBox();
-      if (MayMeet(box, Box, PointTol, ParallelTol)) segs.push_back({line, box});
+      if (MayMeet(box, Box, DefaultTol, ParallelTol)) segs.push_back({line, box});
     }
     return segs;
   };
@@ -309,10 +298,10 @@ bool TVPolyline2D::IsCrossWith(const TVPolyline2D& Polyline) const {
   const std::vector<TSeg> theirs = nearSegments(Polyline, boxThis);
   for (const TSeg& s : mine) {
     for (const TSeg& t : theirs) {
-      if (!MayMeet(s.Box, t.Box, PointTol, ParallelTol)) continue;
+      if (!MayMeet(s.Box, t.Box, DefaultTol, ParallelTol)) continue;
       TPoint2D a;
       TPoint2D b;
-      if (s.Line.RelationWithSegLine(t.Line, a, b, PointTol, ParallelTol) != 0) return true;
+      if (s.Line.RelationWithSegLine(t.Line, a, b, DefaultTol, ParallelTol) != 0) return true;
     }
   }
   return false;
@@ -321,7 +310,7 @@ bool TVPolyline2D::IsCrossWith(const TVPolyline2D& Polyline) const {
 bool TVPolyline2D::IsSelfIntersect(double AbsTol) const {
   const int n = Count();
   if (n <= 2) return false;
-  CheckVertices(FItems, "TVPolyline2D.IsSelfIntersect");
+  internal::CheckFiniteVertices(FItems, "TVPolyline2D.IsSelfIntersect");
   const int segments = n - 1;
   double scale = 0.0;
   for (const TPoint2D& p : FItems) scale = std::max(scale, std::max(std::fabs(p.X), std::fabs(p.Y)));
@@ -423,7 +412,7 @@ int TVPolyline2D::RelationWith(const TVPolyline2D& Polyline) const {
   self->ConnectHeadTail();
   other->ConnectHeadTail();
   if (self->IsCrossWith(*other)) return 0;
-  return self->RelationWithPoint(other->First(), PointTol) == Ordinal(TShapeRelation::srIn) ? 1 : -1;
+  return self->RelationWithPoint(other->First(), DefaultTol) == Ordinal(TShapeRelation::srIn) ? 1 : -1;
 }
 
 bool TVPolyline2D::NearestCrossPoint(const TVPolyline2D& Polyline, const TPoint2D& FromPoint,
@@ -437,7 +426,7 @@ bool TVPolyline2D::NearestCrossPoint(const TVPolyline2D& Polyline, const TPoint2
   // FromPoint itself is no crossing of its own.
   for (const TPoint2D& p : points) {
     const double d = p.DistanceTo(FromPoint);
-    if (d <= PointTol || !(d < best)) continue;
+    if (d <= DefaultTol || !(d < best)) continue;
     best = d;
     nearest = p;
     found = true;
@@ -446,7 +435,7 @@ bool TVPolyline2D::NearestCrossPoint(const TVPolyline2D& Polyline, const TPoint2
     double u = 0.0;
     TPoint2D p;
     const double d = o.DistanceLimit(FromPoint, u, p);
-    if (d <= PointTol || !(d < best)) continue;
+    if (d <= DefaultTol || !(d < best)) continue;
     best = d;
     nearest = p;
     found = true;
@@ -463,7 +452,7 @@ std::uint8_t TVPolyline2D::CornerType(int Id) const {
   int prev = Id - 1;
   int next = Id + 1;
   if (Id == 0 || Id == n - 1) {
-    if (!IsClosed(PointTol)) return 0;
+    if (!IsClosed(DefaultTol)) return 0;
     prev = n - 2;
     next = 1;
   }
@@ -474,18 +463,18 @@ std::uint8_t TVPolyline2D::CornerType(int Id) const {
 }
 
 double TVPolyline2D::CurvatureRadius(double Param) const {
-  CheckFinite(Param, "TVPolyline2D.CurvatureRadius", "Param");
+  internal::CheckFinite(Param, "TVPolyline2D.CurvatureRadius", "Param");
   const int n = Count();
   const double last = static_cast<double>(n - 1);
   // Outside the polyline there is no place to bend.
   if (n < 2 || Param < 0.0 || Param > last) return 0.0;
   double a = 0.0;
   double b = 0.0;
-  if (IsClosed(PointTol)) {
+  if (IsClosed(DefaultTol)) {
     a = TMathUtils::CycInc(Param, -1.0, last);
     b = TMathUtils::CycInc(Param, 1.0, last);
   } else {
-    if (CompareValue(Param, 0.0, PointTol) == 0 || CompareValue(Param, last, PointTol) == 0) return 0.0;
+    if (CompareValue(Param, 0.0, DefaultTol) == 0 || CompareValue(Param, last, DefaultTol) == 0) return 0.0;
     a = std::max(Param - 1.0, 0.0);
     b = std::min(Param + 1.0, last);
   }
@@ -495,7 +484,7 @@ double TVPolyline2D::CurvatureRadius(double Param) const {
   const TLine2D bisector1 = TLine2D(pa, p).PerpendicularBisector();
   const TLine2D bisector2 = TLine2D(p, pb).PerpendicularBisector();
   TPoint2D centre;
-  if (bisector1.RelationWithLine(bisector2, centre, PointTol, PointTol) != 1) return 0.0;
+  if (bisector1.RelationWithLine(bisector2, centre, DefaultTol, DefaultTol) != 1) return 0.0;
   return centre.DistanceTo(p);
 }
 

@@ -6,8 +6,11 @@
 #include <random>
 
 #include "orvane/Orvane.h"
+#include "support/TestSupport.h"
 
 using namespace orvane;
+
+using orvane::testing::ExpectNear;
 
 namespace {
 
@@ -19,10 +22,6 @@ void ExpectArc(const TArc2D& A, TPoint2D Center, double Radius, double Start, do
   EXPECT_TRUE(AngleEqual(A.StartAngle, Start)) << A.StartAngle << " vs " << Start;
   EXPECT_NEAR(A.SweepAngle, Sweep, 1e-12);
   EXPECT_EQ(A.IsClockwise, Sweep < 0);
-}
-
-void ExpectNear(const TPoint2D& A, const TPoint2D& B, double Tol = 1e-12) {
-  EXPECT_LE(A.DistanceTo(B), Tol) << A.ToString() << " vs " << B.ToString();
 }
 
 }  // namespace

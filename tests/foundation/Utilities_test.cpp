@@ -1,10 +1,12 @@
 // Directions, point utilities, range relations and the small records.
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 
-#include "TestSupport.h"
 #include "orvane/Orvane.h"
+#include "orvane/foundation/internal/Orientation.h"
+#include "support/TestSupport.h"
 
 using namespace orvane;
 using orvane::testing::MessageOf;
@@ -112,4 +114,69 @@ TEST(SmallRecords, IntegerPointsAndNullables) {
   TLWPolyline lw;
   lw.Add(TLWPoint2D({1, 2}, 0.5));
   EXPECT_EQ(lw.First().Bulge, 0.5);
+}
+
+TEST(Checks, InvalidInputNamesTheOperationAndTheValue) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const double inf = std::numeric_limits<double>::infinity();
+  // Arcs raise geometry errors, everything else parameter errors.
+  EXPECT_THROW(TArc2D({nan, 0}, 1, 0, 1), EGeometry);
+  EXPECT_EQ(MessageOf([&] {
+              TArc2D({nan, 0}, 1, 0, 1);
+            }),
+            "[Error] TArc2D.Create: Center (NAN, 0) is not a finite point");
+  EXPECT_EQ(MessageOf([&] {
+              TArc2D::CreateBulge({0, 0}, {1, 0}, inf);
+            }),
+            "[Error] TArc2D.CreateBulge: Bulge is not a finite number");
+  EXPECT_THROW(TVPolyline2D(TPath64{{1, 1}}, 0.0), EParamError);
+  EXPECT_EQ(MessageOf([] {
+              TVPolyline2D(TPath64{{1, 1}}, -0.5);
+            }),
+            "[Error] TVPolyline2D.Create: Rate -0.5 must be a positive number");
+  EXPECT_EQ(MessageOf([&] {
+              TVPolyline2D(TPath64{{1, 1}}, inf);
+            }),
+            "[Error] TVPolyline2D.Create: Rate INF must be a positive number");
+  EXPECT_EQ(MessageOf([] { TVHPolygonList(Clipper::TPolyTree(), 0.0); }),
+            "[Error] TVHPolygonList.Create: Rate 0 must be a positive number");
+  TVPolyline2DList list;
+  EXPECT_EQ(MessageOf([&] { list.DeleteRepeat(false, -0.25); }),
+            "[Error] TVPolyline2DList.DeleteRepeat: Tolerance -0.25 is not a finite number of at least 0");
+  EXPECT_EQ(MessageOf([&] { list.ConnectPolylines(nan); }),
+            "[Error] TVPolyline2DList.ConnectPolylines: Tolerance NAN is not a finite number of at least 0");
+  const TVPolyline2D bad{{0, 0}, {1, 0}, {2, nan}};
+  TList<TPoint2D> points;
+  TList<TLine2D> overlaps;
+  EXPECT_EQ(MessageOf([&] {
+              bad.CrossWith(TVPolyline2D{{0, 1}, {1, -1}}, points, overlaps);
+            }),
+            "[Error] TVPolyline2D.CrossWith: vertex 2 is not a finite point");
+  EXPECT_EQ(MessageOf([&] { bad.CalcPointByParam(inf); }),
+            "[Error] TVPolyline2D.CalcPointByParam: Param is not a finite number");
+  EXPECT_EQ(MessageOf([&] { TMathUtils::CycInc(1.0, 1.0, nan); }),
+            "[Error] TMathUtils.CycInc: Period NAN must be positive");
+  EXPECT_EQ(TMathUtils::CycInc(-0.5, 0.0, 2.0), 1.5);
+}
+
+TEST(Orientation, ExactForIntegerPointsWhereDoublesRound) {
+  using internal::CrossProduct64;
+  using internal::Orientation64;
+  // A = 0, B = (a, a + 1), C = (2a, 2a + 2 + k): the cross product is a * k exactly
+  // (a (2a + 2 + k) - (a + 1) 2a). At a = 2^61 + 1 doubles lose the low bits of each product.
+  const std::int64_t a = (std::int64_t{1} << 61) + 1;
+  const TPoint64 o(0, 0);
+  const TPoint64 b(a, a + 1);
+  for (const std::int64_t k : {-1, 0, 1}) {
+    const TPoint64 c(2 * a, 2 * a + 2 + k);
+    EXPECT_TRUE(CrossProduct64(o, b, c) == static_cast<internal::TInt128>(a) * k) << k;
+    EXPECT_EQ(Orientation64(o, b, c), k);
+    EXPECT_EQ(Orientation64(o, c, b), -k);
+    EXPECT_EQ(Orientation64(b, c, o), k);  // the turn does not depend on the start
+  }
+  // Near the clipper's range, on both sides of the origin.
+  const std::int64_t h = Clipper::HiRange;
+  EXPECT_EQ(Orientation64(TPoint64(-h, -h), TPoint64(h, h), TPoint64(h - 1, h)), 1);
+  EXPECT_EQ(Orientation64(TPoint64(-h, -h), TPoint64(h, h), TPoint64(h, h - 1)), -1);
+  EXPECT_EQ(Orientation64(TPoint64(-h, -h), TPoint64(h, h), TPoint64(0, 0)), 0);
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "orvane/spatial/RTree.h"
+#include "orvane/spatial/internal/RadixSort.h"
 
 namespace orvane {
 namespace {
@@ -153,13 +154,64 @@ TEST(GenericRTree, MatchesBruteForceThroughMixedChanges) {
       if (step % 10 == 0) {
         std::vector<int> order;
         for (const auto& item : model.Items) order.push_back(item.first);
-        ASSERT_EQ(tree->GetAllData()->ToArray(), order) << "insertion order";
+        ASSERT_EQ(tree->GetAllData().ToArray(), order) << "insertion order";
         if (!order.empty()) {
           ASSERT_EQ(tree->GetRandomData(), order.front());
         }
         ASSERT_NO_FATAL_FAILURE(ExpectQueriesMatch(*tree, model, rng)) << "step " << step;
       }
     }
+  }
+}
+
+TEST(GenericRTree, LargeBulkLoadsMatchBruteForce) {
+  // Beyond RadixSortMinCount boxes the levels are radix sorted, and beyond 2^15 values the
+  // dictionary is built in slices of home slots. Boxes on the grid repeat their centres
+  // often (ties keep the list's order); a shifted half reaches negative centres.
+  std::mt19937 rng(2024);
+  const int n = 40000;
+  ASSERT_GT(static_cast<std::size_t>(n), 8 * internal::RadixSortMinCount);
+  TList<int> values;
+  TList<TRect2D> boxes;
+  TModel model;
+  for (int i = 0; i < n; ++i) {
+    TRect2D box = RandomBox(rng);
+    if (i % 2 == 1 && box.IsValid()) box = box.Translate(TPoint2D(-20.0, -20.0));
+    values.Add(7 * i + 3);
+    boxes.Add(box);
+    model.Items.emplace_back(7 * i + 3, box);
+  }
+  TTree tree(values, boxes, 8);
+  ASSERT_NO_FATAL_FAILURE(ExpectSound(tree));
+  EXPECT_EQ(tree.GetAllData().ToArray(), values.ToArray());
+  ASSERT_NO_FATAL_FAILURE(ExpectQueriesMatch(tree, model, rng));
+  // Removal from the large dictionary keeps every other value findable.
+  for (int i = 0; i < n; i += 3) tree.Remove(7 * i + 3);
+  std::erase_if(model.Items, [](const auto& Item) { return (Item.first - 3) / 7 % 3 == 0; });
+  ASSERT_NO_FATAL_FAILURE(ExpectSound(tree));
+  for (int i = 0; i < n; ++i) ASSERT_EQ(tree.Contains(7 * i + 3), i % 3 != 0) << i;
+  ASSERT_NO_FATAL_FAILURE(ExpectQueriesMatch(tree, model, rng));
+
+  // The level sort itself against std::stable_sort: ties, -0 with +0, both signs.
+  struct TItem {
+    double Key;
+    int Seq;
+  };
+  std::vector<TItem> items;
+  std::uniform_int_distribution<int> key(-300, 300);
+  for (int i = 0; i < 3 * static_cast<int>(internal::RadixSortMinCount); ++i) {
+    const int k = key(rng);
+    items.push_back({k == 0 ? (i % 2 == 0 ? 0.0 : -0.0) : k * 0.25 + (k % 7 == 0 ? 1e-300 : 0.0), i});
+  }
+  items.push_back({-1e308, -1});
+  items.push_back({1e308, -2});
+  std::vector<TItem> expected = items;
+  std::stable_sort(expected.begin(), expected.end(), [](const TItem& A, const TItem& B) { return A.Key < B.Key; });
+  std::vector<TItem> scratch;
+  internal::StableSortByKey(items, scratch, [](const TItem& Item) { return Item.Key; });
+  ASSERT_EQ(items.size(), expected.size());
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    ASSERT_EQ(items[i].Seq, expected[i].Seq) << i;
   }
 }
 
@@ -214,7 +266,7 @@ TEST(GenericRTree, SplitsAndPacksAsStated) {
     if (n == 65) {
       EXPECT_TRUE(packed.GetRoot().ChildNode(0).ChildNode(0).IsLeaf());
     }
-    EXPECT_EQ(packed.GetAllData()->ToArray(), values.ToArray());
+    EXPECT_EQ(packed.GetAllData().ToArray(), values.ToArray());
   }
 }
 
@@ -237,7 +289,7 @@ TEST(GenericRTree, EmptyTreesErrorsAndEdges) {
   EXPECT_TRUE(tree.GetRoot().IsNil());
   EXPECT_EQ(tree.Count(), 0);
   tree.Insert(7, {0, 0, 1, 1});
-  EXPECT_EQ(tree.Search(TRect2D(TPoint2D(1, 1)), 0.0)->ToArray(), std::vector<int>{7});
+  EXPECT_EQ(tree.Search(TRect2D(TPoint2D(1, 1)), 0.0).ToArray(), std::vector<int>{7});
 
   // Refused input leaves the tree as it was.
   EXPECT_THROW(tree.Insert(7, {2, 2, 3, 3}), ERTreeError);
@@ -256,7 +308,7 @@ TEST(GenericRTree, EmptyTreesErrorsAndEdges) {
   // An invalid box made of infinities is held, and never found.
   tree.Insert(9, {inf, inf, -inf, -inf});
   EXPECT_TRUE(tree.Contains(9));
-  EXPECT_EQ(tree.Search(TRect2D(-1e300, -1e300, 1e300, 1e300), 1.0)->ToArray(), std::vector<int>{7});
+  EXPECT_EQ(tree.Search(TRect2D(-1e300, -1e300, 1e300, 1e300), 1.0).ToArray(), std::vector<int>{7});
 
   // More values than boxes fails the bulk load's assertion; duplicate values are refused.
   TList<int> values{1, 2, 3};
@@ -291,12 +343,12 @@ TEST(GenericRTree, ValuesThatLiveOutsideTheEntries) {
     if (i % 3 != 0 && boxes[i].RelationWithRect(region, 0.0) != 0) expected.push_back(names[i]);
   }
   expected.push_back("extra");
-  std::vector<std::string> found = tree.Search(region, 0.0)->ToArray();
+  std::vector<std::string> found = tree.Search(region, 0.0).ToArray();
   std::sort(found.begin(), found.end());
   std::sort(expected.begin(), expected.end());
   EXPECT_EQ(found, expected);
   EXPECT_EQ(tree.GetRandomData(), "part-1");
-  EXPECT_EQ(tree.GetAllData()->Last(), "extra");
+  EXPECT_EQ(tree.GetAllData().Last(), "extra");
   EXPECT_THROW(tree.Insert("part-2", {0, 0, 1, 1}), ERTreeError);
 }
 

@@ -2,14 +2,6 @@
 
 #include <gtest/gtest.h>
 
-// Boost.Geometry's rescaling trips a false maybe-uninitialized warning at -O2.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#include <boost/geometry.hpp>
-#include <boost/geometry/geometries/multi_polygon.hpp>
-#include <boost/geometry/geometries/point_xy.hpp>
-#include <boost/geometry/geometries/polygon.hpp>
-#pragma GCC diagnostic pop
 #include <cmath>
 #include <random>
 #include <vector>
@@ -19,14 +11,16 @@
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/paths/clipping/Clipper.h"
 #include "orvane/paths/clipping/Clipper2.h"
+#include "support/BoostGeometry.h"
+#include "support/TestSupport.h"
 
 namespace orvane {
 namespace {
 
 namespace bg = boost::geometry;
-using BPoint = bg::model::d2::point_xy<double>;
-using BPolygon = bg::model::polygon<BPoint, false, true>;
-using BMulti = bg::model::multi_polygon<BPolygon>;
+using testing::BMulti;
+using testing::BPoint;
+using testing::BPolygon;
 
 constexpr auto On = static_cast<std::uint8_t>(TShapeRelation::srOn);
 constexpr auto In = static_cast<std::uint8_t>(TShapeRelation::srIn);
@@ -157,14 +151,8 @@ TEST(VHPolygon, RegionsFromEitherClippingTree) {
 std::unique_ptr<TVHPolygon> StarRegion(std::mt19937& Rng, const TPoint2D& C, bool Hole) {
   std::uniform_real_distribution<double> unit(0.0, 1.0);
   auto ring = [&](double R0, double R1) {
-    auto loop = std::make_unique<TVPolyline2D>();
     const int n = 5 + static_cast<int>(20 * unit(Rng));
-    for (int i = 0; i < n; ++i) {
-      const double a = (i + 0.8 * unit(Rng)) * TwoPi / n;
-      loop->Add(C + TPoint2D(std::cos(a), std::sin(a)) * (R0 + (R1 - R0) * unit(Rng)));
-    }
-    loop->ConnectHeadTail();
-    return loop;
+    return std::make_unique<TVPolyline2D>(testing::Star(Rng, n, C, R0, R1));
   };
   auto region = std::make_unique<TVHPolygon>(false);
   region->Add(ring(4, 10));

@@ -1,28 +1,23 @@
 #include <gtest/gtest.h>
 
-// Boost.Geometry's rescaling trips a false maybe-uninitialized warning at -O2.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#include <boost/geometry.hpp>
-#include <boost/geometry/geometries/point_xy.hpp>
-#include <boost/geometry/geometries/polygon.hpp>
-#pragma GCC diagnostic pop
 #include <cmath>
 #include <random>
 #include <vector>
 
-#include "TestSupport.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/vertex/VPolyline2D.h"
+#include "orvane/vertex/VPolyline2DList.h"
+#include "support/BoostGeometry.h"
+#include "support/TestSupport.h"
 
 namespace orvane {
 namespace {
 
 namespace bg = boost::geometry;
-using BPolygon = bg::model::polygon<bg::model::d2::point_xy<double>, false, true>;
+using testing::BPolygon;
 
-TDynPoints2D Star(std::mt19937& Rng, int Corners) { return orvane::testing::RandomStar(Rng, Corners); }
+using testing::RandomStar;
 
 // Runs Edit on a polyline made of Pts and compares the vertices with Want.
 template <class F>
@@ -116,7 +111,7 @@ TEST(VPolyline2DEditing, TrimAndCleanUpInvariants) {
   std::mt19937 rng(8);
   std::uniform_real_distribution<double> unit(0.0, 1.0);
   for (int round = 0; round < 200; ++round) {
-    const TDynPoints2D corners = Star(rng, 3 + round % 40);
+    const TDynPoints2D corners = RandomStar(rng, 3 + round % 40);
     TDynPoints2D pts = corners;
     if (round % 2 == 0) pts.push_back(pts.front());
     // A trim removes exactly the length asked for, at the ends asked for, and keeps vertices.
@@ -188,8 +183,8 @@ TEST(VPolyline2DEditing, UnionAgainstBoost) {
     return poly;
   };
   for (int round = 0; round < 40; ++round) {
-    const TDynPoints2D p = Star(rng, 5 + round % 25);
-    TDynPoints2D q = Star(rng, 5 + round % 17);
+    const TDynPoints2D p = RandomStar(rng, 5 + round % 25);
+    TDynPoints2D q = RandomStar(rng, 5 + round % 17);
     const TPoint2D shift(unit(rng), unit(rng));
     for (TPoint2D& v : q) v += shift;
     const bool evenOdd = round % 2 == 0;

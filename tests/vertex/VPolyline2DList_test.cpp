@@ -13,6 +13,7 @@
 
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
+#include "support/TestSupport.h"
 
 namespace orvane {
 namespace {
@@ -206,14 +207,7 @@ TEST(VPolyline2DList, LoosePiecesJoinBackIntoTheirRings) {
     std::vector<TDynPoints2D> rings;
     for (int r = 0; r < 1 + round % 12; ++r) {
       const int corners = 3 + static_cast<int>(60 * unit(rng));
-      TDynPoints2D ring;
-      for (int i = 0; i < corners; ++i) {
-        const double a = (i + 0.8 * unit(rng)) * TwoPi / corners;
-        ring.push_back(TPoint2D(25.0 * (r % 4), 25.0 * (r / 4)) +
-                       TPoint2D(std::cos(a), std::sin(a)) * (2 + 8 * unit(rng)));
-      }
-      ring.push_back(ring.front());
-      rings.push_back(ring);
+      rings.push_back(testing::Star(rng, corners, TPoint2D(25.0 * (r % 4), 25.0 * (r / 4)), 2.0, 10.0));
     }
     ExpectRingsJoinBack(rings, round % 2 == 0 ? 1e-3 : 1e-9, rng, round % 3 == 0);
     if (HasFatalFailure()) FAIL() << "round " << round;

@@ -10,15 +10,18 @@
 #include <utility>
 #include <vector>
 
-#include "TestSupport.h"
 #include "orvane/foundation/Enums.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/GeTolerance.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/vertex/VPolyline2D.h"
+#include "support/TestSupport.h"
 
 namespace orvane {
 namespace {
+
+using testing::Orient;
+using testing::RandomStar;
 
 constexpr int On = static_cast<int>(TShapeRelation::srOn);
 constexpr int In = static_cast<int>(TShapeRelation::srIn);
@@ -32,7 +35,7 @@ int Winding(const TDynPoints2D& Poly, const TPoint2D& P) {
   for (std::size_t i = 0, prev = Poly.size() - 1; i < Poly.size(); prev = i++) {
     const TPoint2D& a = Poly[prev];
     const TPoint2D& b = Poly[i];
-    const double side = (b.X - a.X) * (P.Y - a.Y) - (P.X - a.X) * (b.Y - a.Y);
+    const double side = Orient(a, b, P);
     if (a.Y <= P.Y && b.Y > P.Y && side > 0) ++wn;
     if (a.Y > P.Y && b.Y <= P.Y && side < 0) --wn;
   }
@@ -42,12 +45,10 @@ int Winding(const TDynPoints2D& Poly, const TPoint2D& P) {
 double BoundaryDistance(const TDynPoints2D& Poly, const TPoint2D& P) {
   double best = MaxDouble;
   for (std::size_t i = 0, prev = Poly.size() - 1; i < Poly.size(); prev = i++) {
-    best = std::min(best, TLine2D(Poly[prev], Poly[i]).DistanceLimit(P));
+    best = std::min(best, testing::PointSegDist(P, Poly[prev], Poly[i]));
   }
   return best;
 }
-
-TDynPoints2D Star(std::mt19937& Rng, int Corners) { return orvane::testing::RandomStar(Rng, Corners); }
 
 // Exact relation of two segments with small integer coordinates: 0 apart, 1 one common
 // point P, 2 a collinear stretch P..Q of positive length.
@@ -56,10 +57,6 @@ struct TContact {
   TPoint2D P;
   TPoint2D Q;
 };
-
-double Orient(const TPoint2D& A, const TPoint2D& B, const TPoint2D& C) {
-  return (B.X - A.X) * (C.Y - A.Y) - (C.X - A.X) * (B.Y - A.Y);
-}
 
 TContact Contact(const TPoint2D& A, const TPoint2D& B, const TPoint2D& C, const TPoint2D& D) {
   auto within = [](const TPoint2D& P, const TPoint2D& S1, const TPoint2D& S2) {
@@ -140,7 +137,7 @@ TEST(VPolyline2DRelations, PointRelation) {
   constexpr double Tol = 1e-6;
   int seen[3] = {0, 0, 0};
   for (int round = 0; round < 60; ++round) {
-    const TDynPoints2D pts = Star(rng, 3 + round % 40);
+    const TDynPoints2D pts = RandomStar(rng, 3 + round % 40);
     TVPolyline2D poly(pts);
     if (round % 3 == 0) poly.Reverse();
     if (round % 2 == 0) poly.Add(poly.First());
@@ -217,7 +214,7 @@ TEST(VPolyline2DRelations, SelfIntersectionAgainstAllPairs) {
   for (int round = 0; round < 3000; ++round) {
     TDynPoints2D pts = GridPolyline(rng, 3 + round % 8, 3 + round % 5);
     if (round % 10 == 0) {
-      pts = Star(rng, 20 + round % 150);
+      pts = RandomStar(rng, 20 + round % 150);
       for (TPoint2D& p : pts) p = TPoint2D(2.0 * std::round(p.X * 50.0), 2.0 * std::round(p.Y * 50.0));
       pts.erase(std::unique(pts.begin(), pts.end()), pts.end());
       const auto pick = [&] { return static_cast<std::size_t>(unit(rng) * static_cast<double>(pts.size() - 1)); };

@@ -4,26 +4,17 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <typeinfo>
 
-#include "TestSupport.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
+#include "support/TestSupport.h"
 
 namespace orvane {
 namespace {
 
-void ExpectPoint(const TPoint2D& Got, const TPoint2D& Want, double Tol = 1e-12) {
-  EXPECT_NEAR(Got.X, Want.X, Tol);
-  EXPECT_NEAR(Got.Y, Want.Y, Tol);
-}
-
-// A closed star-shaped outline (simple by construction) with a closing vertex.
-TDynPoints2D Star(std::mt19937& Rng, int Corners) {
-  TDynPoints2D pts = orvane::testing::RandomStar(Rng, Corners);
-  pts.push_back(pts.front());
-  return pts;
-}
+using testing::ExpectNear;
+using testing::ExpectRaise;
+using testing::Star;
 
 // Length along the polyline from vertex 0 to parameter T.
 double LengthAt(const TVPolyline2D& Poly, double T) {
@@ -64,21 +55,10 @@ TEST(VPolyline2D, PathsAndTexts) {
   EXPECT_EQ(halves.ToPath(1.0), (TPath64{{0, 2}, {2, -2}}));
   TVPolyline2D fine{{0.12345, -7.00001}, {123.45678, 0.00003}};
   EXPECT_TRUE(TVPolyline2D(fine.ToPath(PathWorkingRate), PathWorkingRate).IsEqualTo(fine, 0.0));
+  EXPECT_TRUE(TVPolyline2D(fine.ToTPoint2DList()).IsEqualTo(fine, 0.0));
   EXPECT_THROW(TVPolyline2D(TPath64{{1, 1}}, 0.0), EParamError);
   EXPECT_THROW((TVPolyline2D{{1e300, 0}}).ToPath(PathWorkingRate), EConvertError);
   EXPECT_EQ(halves.ToString(), "(0.5000000000000000, 1.5000000000000000), (2.5000000000000000, -2.5000000000000000), ");
-}
-
-// Call must raise exactly E (not a subclass) with Text.
-template <class E, class F>
-void ExpectRaise(F&& Call, const char* Text) {
-  try {
-    Call();
-    ADD_FAILURE() << "nothing raised, expected " << Text;
-  } catch (const Exception& e) {
-    EXPECT_EQ(typeid(e), typeid(E)) << Text;
-    EXPECT_STREQ(e.what(), Text);
-  }
 }
 
 TEST(VPolyline2D, ErrorAndAssertionTexts) {
@@ -119,12 +99,12 @@ TEST(VPolyline2D, ParameterAndLengthRoundTrips) {
       TPoint2D pos;
       ASSERT_TRUE(poly.CalcTravelPos(0, LengthAt(poly, t), param, pos));
       EXPECT_NEAR(param, t, 1e-9);
-      ExpectPoint(pos, p, 1e-9);
+      ExpectNear(pos, p, 1e-9);
       const int start = static_cast<int>(t / 2);
       ASSERT_TRUE(poly.CalcTravelPos(start, LengthAt(poly, t) - poly.RangeLength(0, start), param, pos));
-      ExpectPoint(pos, p, 1e-9);
+      ExpectNear(pos, p, 1e-9);
       EXPECT_EQ(poly.CalcTravelPos(0, LengthAt(poly, t) + 3.0 * total, param, pos), closed);
-      if (closed) ExpectPoint(pos, p, 1e-9);
+      if (closed) ExpectNear(pos, p, 1e-9);
       // A piece measures what lies between its ends, through the seam when closed.
       const double u = unit(rng) * last;
       const double lt = LengthAt(poly, t);
@@ -132,8 +112,8 @@ TEST(VPolyline2D, ParameterAndLengthRoundTrips) {
       if (t < u || closed) {
         auto piece = poly.SubCurve(t, u);
         EXPECT_NEAR(piece->TotalLength(), t < u ? lu - lt : total - (lt - lu), 1e-9);
-        ExpectPoint(piece->First(), p);
-        ExpectPoint(piece->Last(), poly.CalcPointByParam(u));
+        ExpectNear(piece->First(), p);
+        ExpectNear(piece->Last(), poly.CalcPointByParam(u));
       }
     }
     const int a = 1;
@@ -204,7 +184,7 @@ TEST(VPolyline2D, ArcsKeepTheirSense) {
     }
     EXPECT_TRUE(poly.IsConvexPolygon(false));
     EXPECT_EQ(poly.IsClosed(1e-6), std::fabs(sweep) == TwoPi);
-    if (std::fabs(sweep) == TwoPi) ExpectPoint(poly.Gravity(), arc.Center, 1e-9);
+    if (std::fabs(sweep) == TwoPi) ExpectNear(poly.Gravity(), arc.Center, 1e-9);
   }
 }
 
@@ -217,9 +197,9 @@ TEST(VPolyline2D, ConvexityGravityAndHull) {
   EXPECT_TRUE(repeated.IsConvexPolygon(true));
   EXPECT_FALSE(repeated.IsConvexPolygon(false));
 
-  ExpectPoint(ell.Gravity(), {2.5 / 3.0, 2.5 / 3.0});
+  ExpectNear(ell.Gravity(), {2.5 / 3.0, 2.5 / 3.0});
   ell.SetIsClockwise(true);
-  ExpectPoint(ell.Gravity(), {2.5 / 3.0, 2.5 / 3.0});
+  ExpectNear(ell.Gravity(), {2.5 / 3.0, 2.5 / 3.0});
   EXPECT_EQ((TVPolyline2D{{0, 0}, {4, 2}}).Gravity(), TPoint2D(2, 1));
 
   // The point overload leaves the receiver alone, even where a collinear start is nudged.

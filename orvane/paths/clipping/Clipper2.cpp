@@ -6,7 +6,8 @@
 
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
-#include "orvane/paths/clipping/ClipperEngine.h"
+#include "orvane/paths/clipping/internal/ClipperEngine.h"
+#include "orvane/paths/clipping/internal/OffsetJob.h"
 
 namespace orvane::Clipper2 {
 
@@ -356,8 +357,7 @@ void TClipperOffset64::AddPath(const TPath64& Path, TJoinType JoinType, TEndType
 }
 
 void TClipperOffset64::AddPaths(const TPaths64& Paths, TJoinType JoinType, TEndType EndType) {
-  internal::CheckRange(Paths);
-  for (const TPath64& p : Paths) FJob->Add(p, JoinType, EndType);
+  FJob->Add(Paths, JoinType, EndType);
 }
 
 void TClipperOffset64::Clear() { FJob->Clear(); }

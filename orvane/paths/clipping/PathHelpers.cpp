@@ -8,18 +8,16 @@
 #include <queue>
 #include <tuple>
 
+#include "orvane/foundation/internal/Orientation.h"
 #include "orvane/paths/clipping/Clipper2.h"
-#include "orvane/paths/clipping/ClipperEngine.h"
+#include "orvane/paths/clipping/internal/ClipperEngine.h"
 
 namespace orvane::Clipper2 {
 
 namespace {
 
-__extension__ typedef __int128 TInt128;
-
-TInt128 Cross(const TPoint64& A, const TPoint64& B, const TPoint64& C) {
-  return static_cast<TInt128>(B.X - A.X) * (C.Y - B.Y) - static_cast<TInt128>(B.Y - A.Y) * (C.X - B.X);
-}
+using internal::CrossProduct64;
+using internal::TInt128;
 
 std::int64_t RoundL(long double V) { return static_cast<std::int64_t>(std::nearbyint(V)); }
 
@@ -91,7 +89,7 @@ void MergeBoundaryRuns(TPath64& Ring, const TRect64& R) {
       const TPoint64& prev = out.empty() ? Ring[n - 1] : out.back();
       const TPoint64& cur = Ring[i];
       const TPoint64& next = Ring[(i + 1) % n];
-      if (OnBoundary(cur, R) && Cross(prev, cur, next) == 0) {
+      if (OnBoundary(cur, R) && CrossProduct64(prev, cur, next) == 0) {
         changed = true;
         continue;
       }
@@ -303,7 +301,7 @@ TPath64 TrimCollinear(const TPath64& Path, bool IsOpenPath) {
   TPath64 out;
   out.reserve(Path.size());
   for (const TPoint64& p : Path) {
-    while (out.size() >= 2 && Cross(out[out.size() - 2], out.back(), p) == 0) out.pop_back();
+    while (out.size() >= 2 && CrossProduct64(out[out.size() - 2], out.back(), p) == 0) out.pop_back();
     // A spike that came back to the last kept vertex adds nothing.
     if (!out.empty() && out.back() == p) continue;
     out.push_back(p);
@@ -313,10 +311,10 @@ TPath64 TrimCollinear(const TPath64& Path, bool IsOpenPath) {
   bool changed = true;
   while (changed && out.size() >= 3) {
     changed = false;
-    if (out.back() == out.front() || Cross(out[out.size() - 2], out.back(), out.front()) == 0) {
+    if (out.back() == out.front() || CrossProduct64(out[out.size() - 2], out.back(), out.front()) == 0) {
       out.pop_back();
       changed = true;
-    } else if (Cross(out.back(), out.front(), out[1]) == 0) {
+    } else if (CrossProduct64(out.back(), out.front(), out[1]) == 0) {
       out.erase(out.begin());
       changed = true;
     }
@@ -333,7 +331,7 @@ double LineDistSq(const TPoint64& A, const TPoint64& B, const TPoint64& C) {
   const double bx = static_cast<double>(B.X - A.X), by = static_cast<double>(B.Y - A.Y);
   const double len = dx * dx + dy * dy;
   if (len == 0.0) return bx * bx + by * by;
-  const double cr = static_cast<double>(Cross(A, B, C));
+  const double cr = static_cast<double>(CrossProduct64(A, B, C));
   return cr * cr / len;
 }
 

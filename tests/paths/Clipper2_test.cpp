@@ -4,14 +4,13 @@
 
 #include <random>
 
-#include "ClipTestUtils.h"
-#include "TestSupport.h"
 #include "orvane/foundation/Exception.h"
+#include "support/TestSupport.h"
 
 using namespace orvane;
 using orvane::testing::MessageOf;
 using namespace orvane::Clipper2;
-using cliptest::Rect;
+using orvane::testing::Rect;
 
 namespace {
 
@@ -27,8 +26,8 @@ bool InsideRect(const TPaths64& Paths, const TRect64& R) {
 TEST(Clipper2, BooleanAreaIdentitiesOnRandomPolygons) {
   std::mt19937_64 rng(99);
   for (int round = 0; round < 6; ++round) {
-    const TPaths64 a = cliptest::RandomPolygons(rng, 40, 2000000, 300000);
-    const TPaths64 b = cliptest::RandomPolygons(rng, 40, 2000000, 300000);
+    const TPaths64 a = orvane::testing::RandomPolygons(rng, 40, 2000000, 300000);
+    const TPaths64 b = orvane::testing::RandomPolygons(rng, 40, 2000000, 300000);
     const TFillRule fill = round % 2 == 0 ? TFillRule::frNonZero : TFillRule::frEvenOdd;
     const double areaA = Area(Union(a, fill));
     const double areaB = Area(Union(b, fill));
@@ -175,7 +174,7 @@ TEST(Clipper2, RectClipMatchesTheGeneralIntersection) {
   for (int k = 0; k < 300; ++k) {
     // Spiky stars of both orientations that leave and re-enter the rectangle.
     std::uniform_int_distribution<std::int64_t> pos(0, 1800000);
-    TPath64 p = cliptest::StarPolygon(rng, pos(rng), pos(rng), 700000, 5 + k % 20, k % 3 == 0);
+    TPath64 p = orvane::testing::StarPolygon(rng, pos(rng), pos(rng), 700000, 5 + k % 20, k % 3 == 0);
     const TPaths64 clipped = RectClip(r, p);
     EXPECT_TRUE(InsideRect(clipped, r));
     const double general = Area(Intersect(TPaths64{p}, TPaths64{rectPath}, TFillRule::frNonZero));

@@ -1,4 +1,4 @@
-#include "orvane/foundation/Exception.h"
+#include "orvane/foundation/Format.h"
 
 #include <array>
 #include <charconv>

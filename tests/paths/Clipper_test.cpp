@@ -10,14 +10,13 @@
 #include <random>
 #include <set>
 
-#include "ClipTestUtils.h"
-#include "TestSupport.h"
 #include "orvane/foundation/Exception.h"
+#include "support/TestSupport.h"
 
 using namespace orvane;
 using orvane::testing::MessageOf;
 using namespace orvane::Clipper;
-using cliptest::Rect;
+using orvane::testing::Rect;
 
 namespace {
 
@@ -35,8 +34,8 @@ double Clip(TClipType Ct, const TPaths64& A, const TPaths64& B, TFillRule Fill) 
 TEST(Clipper, BooleanAreaIdentitiesOnRandomPolygons) {
   std::mt19937_64 rng(20240601);
   for (int round = 0; round < 6; ++round) {
-    const TPaths64 a = cliptest::RandomPolygons(rng, 40, 2000000, 300000);
-    const TPaths64 b = cliptest::RandomPolygons(rng, 40, 2000000, 300000);
+    const TPaths64 a = orvane::testing::RandomPolygons(rng, 40, 2000000, 300000);
+    const TPaths64 b = orvane::testing::RandomPolygons(rng, 40, 2000000, 300000);
     const TFillRule fill = round % 2 == 0 ? TFillRule::frNonZero : TFillRule::frEvenOdd;
     const double areaA = Clip(TClipType::ctUnion, a, {}, fill);
     const double areaB = Clip(TClipType::ctUnion, b, {}, fill);

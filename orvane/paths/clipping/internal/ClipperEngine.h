@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "orvane/paths/clipping/Clipper.h"
+#include "orvane/paths/clipping/internal/Contacts.h"
 
 namespace orvane::internal {
 
@@ -73,15 +74,6 @@ extern const char* const SPolyTreeNeeded;
 // closed paths for intersection recording, and the re-entry lock.
 class TEngineClipper {
  public:
-  // A closed path that the engine took, kept for the intersection pass as a stretch of
-  // KeptPoints (one buffer for all, so that keeping costs no allocation per path).
-  struct TKeptPath {
-    std::size_t Begin;
-    std::size_t Count;
-    TPathType Type;
-    int Ordinal;
-  };
-
   void Clear();
   // Checks first (open clip path, range), then adds; closed paths the engine takes are kept
   // for the intersection pass.
@@ -106,35 +98,6 @@ class TEngineClipper {
   bool Locked = false;
   bool StoreIntersection = false;
   bool AllIntersection = false;
-};
-
-// The contacts between the edges of the kept closed paths, appended to Records.
-void CollectContacts(const std::vector<ClipperLib::IntPoint>& Points,
-                     const std::vector<TEngineClipper::TKeptPath>& Paths, bool AllIntersection,
-                     std::vector<Clipper::TIntersectRecord>& Records);
-
-// Offsetting on the engine, with bevel joins built here.
-class TOffsetJob {
- public:
-  struct TGroup {
-    ClipperLib::Path Path;
-    TJoinType Join;
-    TEndType End;
-  };
-  void Add(const TPath64& Path, TJoinType Join, TEndType End);
-  void Clear() { Groups.clear(); }
-  // ArcTolerance as the engine reads it (<= 0 means its default of 0.25 units).
-  void Execute(double Delta, double MiterLimit, double ArcTolerance, ClipperLib::Paths& Solution) const;
-  void Execute(double Delta, double MiterLimit, double ArcTolerance, ClipperLib::PolyTree& Solution) const;
-
-  std::vector<TGroup> Groups;
-
- private:
-  bool HasBevel() const;
-  // Checks Delta (finite, every offset point in range) and answers the arc tolerance to use.
-  double Prepare(double Delta, double ArcTolerance) const;
-  void EngineOffset(double Delta, double MiterLimit, double ArcTolerance, ClipperLib::Paths& Out) const;
-  void BevelOffset(double Delta, double ArcTolerance, ClipperLib::Paths& Out) const;
 };
 
 // Union of closed subject paths on the engine.
