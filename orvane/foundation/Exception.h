@@ -12,9 +12,8 @@
 #include <string_view>
 #include <utility>
 
-#include "orvane/foundation/Format.h"
-
 #include "orvane/foundation/Export.h"
+#include "orvane/foundation/Format.h"
 
 namespace orvane {
 

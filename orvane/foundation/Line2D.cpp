@@ -150,9 +150,12 @@ int TLine2D::RelationWithSegLine(const TLine2D& Line, TPoint2D& OutP1, TPoint2D&
   const double u = (Line.P1 - P1).CrossMul(a) / denom;
   if (t * la >= -Tol && t * la <= la + Tol && u * lb >= -Tol && u * lb <= lb + Tol) {
     // A crossing just beyond an end within Tol is that end: a point of both segments' data.
-    if (t < 0.0 || t > 1.0) OutP1 = t < 0.0 ? P1 : P2;
-    else if (u < 0.0 || u > 1.0) OutP1 = u < 0.0 ? Line.P1 : Line.P2;
-    else OutP1 = EvalPoint(t);
+    if (t < 0.0 || t > 1.0)
+      OutP1 = t < 0.0 ? P1 : P2;
+    else if (u < 0.0 || u > 1.0)
+      OutP1 = u < 0.0 ? Line.P1 : Line.P2;
+    else
+      OutP1 = EvalPoint(t);
     return 1;
   }
   // The lines cross outside, but an end of one may still lie within Tol of the other.

@@ -4,16 +4,9 @@
 #include <cmath>
 
 #include "orvane/foundation/MathUtils.h"
+#include "orvane/foundation/internal/SegmentDistance.h"
 
 namespace orvane {
-
-namespace {
-
-// The chains' one tolerance, with CompareValue's meaning, inlined for the walk.
-constexpr double MonoTol = 1e-6;
-inline int MonoCmp(double A, double B) { return std::fabs(A - B) <= MonoTol ? 0 : (A < B ? -1 : 1); }
-
-}  // namespace
 
 std::unique_ptr<TVPoint2DList> TMChain::New() const { return std::make_unique<TMChain>(); }
 
@@ -65,20 +58,6 @@ void TMChain::Translate(const TPoint2D& Vector) {
 
 namespace {
 
-// Squared distance from P to segment S-E.
-inline double SegDist2(const TPoint2D& P, const TPoint2D& S, const TPoint2D& E) {
-  const double dx = E.X - S.X;
-  const double dy = E.Y - S.Y;
-  const double px = P.X - S.X;
-  const double py = P.Y - S.Y;
-  const double len2 = dx * dx + dy * dy;
-  double t = len2 > 0.0 ? (px * dx + py * dy) / len2 : 0.0;
-  t = t < 0.0 ? 0.0 : (t > 1.0 ? 1.0 : t);
-  const double ex = px - t * dx;
-  const double ey = py - t * dy;
-  return ex * ex + ey * ey;
-}
-
 // The merge walk over two chains A and B, upward in y. Both store their vertices in
 // non-decreasing y, so at every height each chain covers one x interval: a point, or a
 // level run. The walk stops at every vertex of either chain and settles two questions
@@ -98,16 +77,16 @@ class TOverlapWalk {
 
   bool Run() const {
     if (na == 0 || nb == 0) return false;
-    if (b[0].Y - a[na - 1].Y > MonoTol || a[0].Y - b[nb - 1].Y > MonoTol) return false;
+    if (b[0].Y - a[na - 1].Y > DefaultTol || a[0].Y - b[nb - 1].Y > DefaultTol) return false;
     // Only vertices in the band of heights that both chains reach within the tolerance can
     // meet the other chain.
-    const double lo = std::max(a[0].Y, b[0].Y) - MonoTol;
-    const double hi = std::min(a[na - 1].Y, b[nb - 1].Y) + MonoTol;
+    const double lo = std::max(a[0].Y, b[0].Y) - DefaultTol;
+    const double hi = std::min(a[na - 1].Y, b[nb - 1].Y) + DefaultTol;
     double aLo, aHi, bLo, bHi;
     TCursor ca = Band(a, na, lo, hi, aLo, aHi);
     TCursor cb = Band(b, nb, lo, hi, bLo, bHi);
     if (ca.Next > ca.Last && cb.Next > cb.Last) return false;
-    if (bLo - aHi > MonoTol || aLo - bHi > MonoTol) return false;
+    if (bLo - aHi > DefaultTol || aLo - bHi > DefaultTol) return false;
     // The heights that both chains cover; sides are compared only there.
     const double common0 = std::max(a[0].Y, b[0].Y);
     const double common1 = std::min(a[na - 1].Y, b[nb - 1].Y);
@@ -199,8 +178,8 @@ class TOverlapWalk {
     const double dx = E.X - S.X;
     const double dy = E.Y - S.Y;
     const double cross = dx * (P.Y - S.Y) - dy * (P.X - S.X);
-    if (cross * cross > MonoTol * MonoTol * (dx * dx + dy * dy)) return false;
-    return SegDist2(P, S, E) <= MonoTol * MonoTol;
+    if (cross * cross > DefaultTol * DefaultTol * (dx * dx + dy * dy)) return false;
+    return internal::SegmentDist2(P, S, E) <= DefaultTol * DefaultTol;
   }
 
   // Vertex P of one chain against the other chain O, at P's height. True when P lies
@@ -210,20 +189,22 @@ class TOverlapWalk {
     const TPoint2D* v = O.V;
     const int n = O.N;
     const double y = P.Y;
-    if (n == 1) return SegDist2(P, v[0], v[0]) <= MonoTol * MonoTol;
+    if (n == 1) return internal::SegmentDist2(P, v[0], v[0]) <= DefaultTol * DefaultTol;
     int& w = O.Window;
-    if (w < n - 2 && v[w + 1].Y < y - MonoTol) {
+    if (w < n - 2 && v[w + 1].Y < y - DefaultTol) {
       // A stretch taken whole may leave the window far behind: search, do not step.
-      const double floor = y - MonoTol;
-      w = static_cast<int>(std::partition_point(v + w + 1, v + n - 1, [floor](const TPoint2D& Q) { return Q.Y < floor; }) - v) - 1;
+      const double floor = y - DefaultTol;
+      w = static_cast<int>(
+              std::partition_point(v + w + 1, v + n - 1, [floor](const TPoint2D& Q) { return Q.Y < floor; }) - v) -
+          1;
     }
-    if (v[w].Y < y - MonoTol && v[w + 1].Y > y + MonoTol) {
+    if (v[w].Y < y - DefaultTol && v[w + 1].Y > y + DefaultTol) {
       // The common case: one segment spans the heights within the tolerance of P's, and it
       // alone can come near P. Clear of its x range, P lies on one side of it.
       const TPoint2D& s = v[w];
       const TPoint2D& e = v[w + 1];
-      if (P.X < std::min(s.X, e.X) - MonoTol) return !Side.Keep(PIsA);
-      if (P.X > std::max(s.X, e.X) + MonoTol) return !Side.Keep(!PIsA);
+      if (P.X < std::min(s.X, e.X) - DefaultTol) return !Side.Keep(PIsA);
+      if (P.X > std::max(s.X, e.X) + DefaultTol) return !Side.Keep(!PIsA);
       if (NearSegment(P, s, e)) return true;
       const double x = s.X + (y - s.Y) / (e.Y - s.Y) * (e.X - s.X);
       if (P.X == x) return true;
@@ -232,11 +213,11 @@ class TOverlapWalk {
     // The segments within the tolerance of P's height; on the way, the first that reaches
     // up to it, which holds P's height when the chain covers it.
     int k = -1;
-    for (int m = w; m < n - 1 && v[m].Y <= y + MonoTol; ++m) {
+    for (int m = w; m < n - 1 && v[m].Y <= y + DefaultTol; ++m) {
       const TPoint2D& s = v[m];
       const TPoint2D& e = v[m + 1];
       if (k < 0 && e.Y >= y) k = m;
-      if (P.X < std::min(s.X, e.X) - MonoTol || P.X > std::max(s.X, e.X) + MonoTol) continue;
+      if (P.X < std::min(s.X, e.X) - DefaultTol || P.X > std::max(s.X, e.X) + DefaultTol) continue;
       if (NearSegment(P, s, e)) return true;
     }
     if (y < v[0].Y || y > v[n - 1].Y) return false;
@@ -283,8 +264,8 @@ class TOverlapWalk {
     double aLo, aHi, bLo, bHi;
     Reach(a, na, A.Next, a2, bottom, top, aLo, aHi);
     Reach(b, nb, B.Next, b2, bottom, top, bLo, bHi);
-    const bool left = bLo - aHi > MonoTol;
-    if (!left && !(aLo - bHi > MonoTol)) return 0;
+    const bool left = bLo - aHi > DefaultTol;
+    if (!left && !(aLo - bHi > DefaultTol)) return 0;
     // A side counts only where a stop lies at heights both chains cover.
     if (top >= Common0 && bottom <= Common1 && !Side.Keep(left)) return -1;
     const int taken = a2 - A.Next + b2 - B.Next;
@@ -298,9 +279,9 @@ class TOverlapWalk {
   // is the chain's next vertex, To the first vertex above Top.
   static void Reach(const TPoint2D* V, int N, int From, int To, double Bottom, double Top, double& Lo, double& Hi) {
     int first = std::min(From, N - 1);
-    while (first > 0 && V[first].Y >= Bottom - MonoTol) --first;
+    while (first > 0 && V[first].Y >= Bottom - DefaultTol) --first;
     int last = std::min(To, N - 1);
-    while (last < N - 1 && V[last].Y <= Top + MonoTol) ++last;
+    while (last < N - 1 && V[last].Y <= Top + DefaultTol) ++last;
     Span(V, first, last, Lo, Hi);
   }
 
@@ -332,15 +313,19 @@ TPair<int, int> TMChain::GetRangeIdsByPt(const TPoint2D& Pt) const {
   }
   const int idx = lo;
   if (idx < 0 || idx >= n) return {-1, -1};
-  if (idx == 0 && MonoCmp(v[0].Y, Pt.Y) > 0) return {-1, -1};
+  if (idx == 0 && TMathUtils::CompareFloat(v[0].Y, Pt.Y, DefaultTol) > 0) return {-1, -1};
   // Widen to the vertices that match the height, or to the pair that brackets it; the
   // search's start may lie anywhere in a level stretch.
   int first = idx;
-  while (first >= 1 && MonoCmp(v[first].Y, Pt.Y) >= 0) --first;
-  if (first < n - 1 && MonoCmp(v[first].Y, Pt.Y) < 0 && MonoCmp(v[first + 1].Y, Pt.Y) == 0) ++first;
+  while (first >= 1 && TMathUtils::CompareFloat(v[first].Y, Pt.Y, DefaultTol) >= 0) --first;
+  if (first < n - 1 && TMathUtils::CompareFloat(v[first].Y, Pt.Y, DefaultTol) < 0 &&
+      TMathUtils::CompareFloat(v[first + 1].Y, Pt.Y, DefaultTol) == 0)
+    ++first;
   int last = idx;
-  while (last < n - 1 && MonoCmp(v[last].Y, Pt.Y) <= 0) ++last;
-  if (last > 0 && MonoCmp(v[last].Y, Pt.Y) > 0 && MonoCmp(v[last - 1].Y, Pt.Y) == 0) --last;
+  while (last < n - 1 && TMathUtils::CompareFloat(v[last].Y, Pt.Y, DefaultTol) <= 0) ++last;
+  if (last > 0 && TMathUtils::CompareFloat(v[last].Y, Pt.Y, DefaultTol) > 0 &&
+      TMathUtils::CompareFloat(v[last - 1].Y, Pt.Y, DefaultTol) == 0)
+    --last;
   return {first, last};
 }
 

@@ -5,16 +5,14 @@
 #include <unordered_map>
 #include <utility>
 
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
+#include "orvane/foundation/internal/SegmentDistance.h"
 
 namespace orvane {
 
 namespace {
-
-// CompareValue at the chains' one tolerance, inlined for the list order.
-constexpr double MonoTol = 1e-6;
-inline int MonoCmp(double A, double B) { return std::fabs(A - B) <= MonoTol ? 0 : (A < B ? -1 : 1); }
 
 // A step climbs when its end lies higher, by the exact sign of the step: a tolerance here
 // would let a run that climbs in steps below it pass for level, and a chain stored in
@@ -27,20 +25,6 @@ bool IsWhollyLevel(const TMChain& Chain) {
     if (p.Y != y0) return false;
   }
   return true;
-}
-
-// Squared distance from P to segment S-E.
-inline double SegDist2(const TPoint2D& P, const TPoint2D& S, const TPoint2D& E) {
-  const double dx = E.X - S.X;
-  const double dy = E.Y - S.Y;
-  const double px = P.X - S.X;
-  const double py = P.Y - S.Y;
-  const double len2 = dx * dx + dy * dy;
-  double t = len2 > 0.0 ? (px * dx + py * dy) / len2 : 0.0;
-  t = t < 0.0 ? 0.0 : (t > 1.0 ? 1.0 : t);
-  const double ex = px - t * dx;
-  const double ey = py - t * dy;
-  return ex * ex + ey * ey;
 }
 
 // Appends the vertices of From to To, from index Skip on.
@@ -57,16 +41,13 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   const TDynPoints2D& p = Polyline.Points();
   const int n = static_cast<int>(p.size());
   // A vertex without a place would break the order in y that everything here rests on.
-  for (int k = 0; k < n; ++k) {
-    if (!std::isfinite(p[static_cast<std::size_t>(k)].X) || !std::isfinite(p[static_cast<std::size_t>(k)].Y))
-      throw EParamError("[Error] TMPolygon.Create: vertex %d is not a finite point", k);
-  }
+  internal::CheckFiniteVertices(p, "TMPolygon.Create");
   if (n < 2) return;
 
   // The outline is walked once, from its last vertex; a closed polyline's vertex 0 is its
   // last vertex again and is skipped. A new chain starts at every change between climbing
   // and falling, and neighbouring chains share the turning vertex.
-  const bool closed = Polyline.IsClosed(MonoTol);
+  const bool closed = Polyline.IsClosed(DefaultTol);
   const int start = closed ? 1 : 0;
   // The length of every run first, so that each chain is allocated once at its size (two
   // more for the vertices the seam may add).
@@ -201,7 +182,7 @@ int TMPolygon::Compare(TMChain* const& A, TMChain* const& B) {
   if (bEmpty) return 1;
   if (A->FLeft < B->FLeft) return -1;
   if (A->FLeft > B->FLeft) return 1;
-  return MonoCmp(A->FItems.front().Y, B->FItems.front().Y);
+  return TMathUtils::CompareFloat(A->FItems.front().Y, B->FItems.front().Y, DefaultTol);
 }
 
 template <class F>
@@ -226,7 +207,7 @@ void TMPolygon::ForEachTravelVertex(F&& Visit, const char* Method) const {
   const TMChain* c = first;
   do {
     const TMChain* next = c->FNext;
-    if (!c->FItems.empty() && !next->FItems.empty() && !travelEnd(c).Equals(travelStart(next), MonoTol)) {
+    if (!c->FItems.empty() && !next->FItems.empty() && !travelEnd(c).Equals(travelStart(next), DefaultTol)) {
       begin = next;
       break;
     }
@@ -241,7 +222,7 @@ void TMPolygon::ForEachTravelVertex(F&& Visit, const char* Method) const {
     const int n = c->Count();
     if (n > 0) {
       const TPoint2D* v = c->FItems.data();
-      if (pending && !last.Equals(travelStart(c), MonoTol)) Visit(last);
+      if (pending && !last.Equals(travelStart(c), DefaultTol)) Visit(last);
       if (c->FPositive) {
         for (int k = 0; k < n - 1; ++k) Visit(v[k]);
       } else {
@@ -292,26 +273,28 @@ double TMPolygon::Area() const {
 bool TMPolygon::IsClockwise() const { return Area() < 0.0; }
 
 std::uint8_t TMPolygon::PointIsIn(const TPoint2D& Pt) const {
-  constexpr double tol2 = MonoTol * MonoTol;
+  constexpr double tol2 = DefaultTol * DefaultTol;
   bool inside = false;
   for (const TMChain* chain : FItems) {
     const int n = chain->Count();
     if (n == 0) continue;
     const TPoint2D* v = chain->FItems.data();
-    if (Pt.Y < v[0].Y - MonoTol || Pt.Y > v[n - 1].Y + MonoTol) continue;
+    if (Pt.Y < v[0].Y - DefaultTol || Pt.Y > v[n - 1].Y + DefaultTol) continue;
     // A chain wholly left of the point neither holds it nor crosses the ray.
-    if (Pt.X > chain->FRight + MonoTol) continue;
-    if (Pt.X >= chain->FLeft - MonoTol) {
+    if (Pt.X > chain->FRight + DefaultTol) continue;
+    if (Pt.X >= chain->FLeft - DefaultTol) {
       // On the boundary: within the tolerance of a segment, by Euclidean distance, so that
       // a nearly level edge holds the points beside it as a steep one does.
       if (n == 1) {
-        if (SegDist2(Pt, v[0], v[0]) <= tol2) return 2;
+        if (internal::SegmentDist2(Pt, v[0], v[0]) <= tol2) return 2;
         continue;
       }
-      const double floor = Pt.Y - MonoTol;
-      int k = static_cast<int>(std::partition_point(v + 1, v + n - 1, [floor](const TPoint2D& Q) { return Q.Y < floor; }) - v) - 1;
-      for (; k < n - 1 && v[k].Y <= Pt.Y + MonoTol; ++k) {
-        if (SegDist2(Pt, v[k], v[k + 1]) <= tol2) return 2;
+      const double floor = Pt.Y - DefaultTol;
+      int k = static_cast<int>(
+                  std::partition_point(v + 1, v + n - 1, [floor](const TPoint2D& Q) { return Q.Y < floor; }) - v) -
+              1;
+      for (; k < n - 1 && v[k].Y <= Pt.Y + DefaultTol; ++k) {
+        if (internal::SegmentDist2(Pt, v[k], v[k + 1]) <= tol2) return 2;
       }
     }
     // The ray toward larger x, against the chain over the half-open heights from its
@@ -354,19 +337,19 @@ bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
     const double aLeft = a->FLeft;
     const double aRight = a->FRight;
     // This list is sorted by Left as well: no later chain reaches the other polygon.
-    if (aLeft - right > MonoTol) break;
-    if (left - aRight > MonoTol) continue;
+    if (aLeft - right > DefaultTol) break;
+    if (left - aRight > DefaultTol) continue;
     const double aBottom = a->FItems.front().Y;
     const double aTop = a->FItems.back().Y;
-    if (aBottom - top > MonoTol || bottom - aTop > MonoTol) continue;
+    if (aBottom - top > DefaultTol || bottom - aTop > DefaultTol) continue;
     for (std::size_t k = 0; k < count; ++k) {
       const TMChain* other = b[k];
       // Sorted by Left: no later chain reaches this one.
-      if (other->FLeft - MonoTol > aRight) break;
-      if (aLeft > other->FRight + MonoTol) continue;
+      if (other->FLeft - DefaultTol > aRight) break;
+      if (aLeft > other->FRight + DefaultTol) continue;
       // IsOverlap's own first test, made here to spare the call.
-      if (other->FItems.empty() || other->FItems.front().Y - aTop > MonoTol ||
-          aBottom - other->FItems.back().Y > MonoTol)
+      if (other->FItems.empty() || other->FItems.front().Y - aTop > DefaultTol ||
+          aBottom - other->FItems.back().Y > DefaultTol)
         continue;
       if (a->IsOverlap(*other)) return true;
     }

@@ -8,7 +8,8 @@
 #include <random>
 #include <vector>
 
-#include "MonotoneTestUtils.h"
+#include "orvane/vertex/VPolyline2D.h"
+#include "support/TestSupport.h"
 
 namespace orvane {
 namespace {

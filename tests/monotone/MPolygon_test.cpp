@@ -5,10 +5,11 @@
 #include <optional>
 #include <random>
 
-#include "MonotoneTestUtils.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/PointArray.h"
 #include "orvane/monotone/Monotone.h"
+#include "orvane/vertex/VPolyline2D.h"
+#include "support/TestSupport.h"
 
 namespace orvane {
 namespace {

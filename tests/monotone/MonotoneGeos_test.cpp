@@ -12,10 +12,11 @@
 #include <string>
 #include <vector>
 
-#include "MonotoneTestUtils.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/PointArray.h"
 #include "orvane/monotone/Monotone.h"
+#include "orvane/vertex/VPolyline2D.h"
+#include "support/TestSupport.h"
 
 #if ORVANE_HAVE_GEOS
 #include <geos_c.h>

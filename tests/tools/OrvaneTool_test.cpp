@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <set>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <sstream>
 #include <string>
 
@@ -152,7 +152,8 @@ TEST(LayoutCheck, ContactIsADistanceAndOverlapsAreNeverMissed) {
   tenth.Tol = 0.1;
   // 0.09 apart across a 45-degree edge (0.127 along x): a contact at 0.1.
   const double c = 0.09 * std::sqrt(2.0);
-  const std::string slanted = "[[" + FloatToStr(10 + c) + ",0],[" + FloatToStr(10 + c) + ",10],[" + FloatToStr(c) + ",10]]";
+  const std::string slanted =
+      "[[" + FloatToStr(10 + c) + ",0],[" + FloatToStr(10 + c) + ",10],[" + FloatToStr(c) + ",10]]";
   EXPECT_EQ(CheckText(Layout(Square(-1, -1, 30), {"[[0,0],[10,0],[0,10]]", slanted}), tenth).ContactPairs, 1);
   // Corners 0.127 apart: no contact at 0.1, one at 0.13.
   const std::string corners = Layout(Square(-1, -1, 30), {Square(0, 0, 1), Square(1.0898, 1.0898, 1)});
@@ -236,7 +237,8 @@ TEST(LayoutCheck, BadInputGetsOneLineAndExitCode2) {
       {"flat-container.json", Layout("[[0,0],[5,0],[9,0]]", {Square(1, 1, 1)}), "container has no area"},
       {"bow-tie.json", Layout(Square(0, 0, 9), {"[[0,0],[1,1],[1,0],[0,1]]"}), "crosses or touches itself"},
       {"hole-outside.json",
-       Layout(Square(0, 0, 9), {}, "{\"id\":\"f\",\"outer\":" + Square(1, 1, 2) + ",\"holes\":[" + Square(4, 4, 1) + "]}"),
+       Layout(Square(0, 0, 9), {},
+              "{\"id\":\"f\",\"outer\":" + Square(1, 1, 2) + ",\"holes\":[" + Square(4, 4, 1) + "]}"),
        "part 0 (id f) hole 0 reaches outside"},
   };
   for (const TCase& c : cases) {
@@ -251,13 +253,13 @@ TEST(LayoutCheck, BadInputGetsOneLineAndExitCode2) {
   EXPECT_EQ(RunTool("check").Code, 2);
   // A whole number of turns as large as a double gets is still a rotation.
   r = RunTool("check " + WriteTemp("spun.json", "{\"shapes\":[{\"part\":0,\"outer\":" + Square(0, 0, 1) +
-                                                     "}],\"placements\":[{\"part\":0,\"rotation_deg\":1e300}]}"));
+                                                    "}],\"placements\":[{\"part\":0,\"rotation_deg\":1e300}]}"));
   EXPECT_EQ(r.Code, 0) << r.Err;
   // Ids with control characters and bytes that are not UTF-8, and a file name that is not
   // UTF-8: the JSON report and the picture stay well-formed.
-  const std::string odd = WriteTemp(std::string("odd\xff-name.json"),
-                                    "{\"parts\":[{\"id\":\"a\\u0001b<&>\",\"outer\":" + Square(0, 0, 2) +
-                                        "},{\"id\":\"x\",\"outer\":" + Square(1, 1, 2) + "}]}");
+  const std::string odd =
+      WriteTemp(std::string("odd\xff-name.json"), "{\"parts\":[{\"id\":\"a\\u0001b<&>\",\"outer\":" + Square(0, 0, 2) +
+                                                      "},{\"id\":\"x\",\"outer\":" + Square(1, 1, 2) + "}]}");
   const std::string oddSvg = (std::filesystem::temp_directory_path() / "orvane-tool-test" / "odd.svg").string();
   r = RunTool("check --json '" + odd + "' --svg " + oddSvg);
   EXPECT_EQ(r.Code, 1) << r.Err;
@@ -266,7 +268,9 @@ TEST(LayoutCheck, BadInputGetsOneLineAndExitCode2) {
   std::stringstream oddText;
   oddText << oddPic.rdbuf();
   EXPECT_EQ(oddText.str().find('\x01'), std::string::npos);
-  EXPECT_NE(oddText.str().find("a\xEF\xBF\xBD" "b&lt;&amp;&gt;"), std::string::npos);
+  EXPECT_NE(oddText.str().find("a\xEF\xBF\xBD"
+                               "b&lt;&amp;&gt;"),
+            std::string::npos);
   EXPECT_EQ(RunTool("check " + WriteTemp("ok.json", Layout(Square(0, 0, 9), {Square(1, 1, 1)})) + " --tol -1").Code, 2);
 
   // A clean and a dirty layout through the command: exit codes 0 and 1, JSON keys present.
@@ -377,9 +381,8 @@ TEST(LayoutCheck, ContactsAtEveryTolAreThePairsGeosFindsWithinIt) {
           // Distances this close to T are round-off either way.
           if (std::fabs(d - tol) <= 1e-9 + 1e-7 * tol) continue;
           ++compared;
-          EXPECT_EQ(ours.count(pair) == 1, d <= tol)
-              << layout.Name << ": parts " << pair.first << " and " << pair.second << " lie " << d << " apart, --tol "
-              << tol;
+          EXPECT_EQ(ours.count(pair) == 1, d <= tol) << layout.Name << ": parts " << pair.first << " and "
+                                                     << pair.second << " lie " << d << " apart, --tol " << tol;
         }
       }
       for (GEOSGeometry* g : boundary) GEOSGeom_destroy_r(h, g);

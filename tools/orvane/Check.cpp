@@ -5,6 +5,9 @@
 #include <cmath>
 #include <memory>
 
+#include "orvane/foundation/Line2D.h"
+#include "orvane/foundation/MathUtils.h"
+#include "orvane/foundation/Point2DUtils.h"
 #include "orvane/foundation/PointArray.h"
 #include "orvane/monotone/Monotone.h"
 #include "orvane/paths/Path64.h"
@@ -21,7 +24,7 @@ using TClock = std::chrono::steady_clock;
 double SecondsSince(TClock::time_point Start) { return std::chrono::duration<double>(TClock::now() - Start).count(); }
 
 // The distance at which the kernel's boundary test counts two outlines as touching.
-constexpr double KernelTol = 1e-6;
+constexpr double KernelTol = DefaultTol;
 
 std::unique_ptr<TMPolygon> MonotoneRing(const TDynPoints2D& Ring) {
   TDynPoints2D closed;
@@ -31,26 +34,14 @@ std::unique_ptr<TMPolygon> MonotoneRing(const TDynPoints2D& Ring) {
   return std::make_unique<TMPolygon>(TVPolyline2D(std::move(closed)), nullptr, true);
 }
 
-// Whether two segments come within a distance: zero when they cross, else the smallest
-// distance from an end of one to the other.
-double SegPointDist2(const TPoint2D& P, const TPoint2D& S, const TPoint2D& E) {
-  const TPoint2D d = E - S;
-  const double len2 = d.X * d.X + d.Y * d.Y;
-  const double t = len2 > 0.0 ? std::clamp(((P.X - S.X) * d.X + (P.Y - S.Y) * d.Y) / len2, 0.0, 1.0) : 0.0;
-  const TPoint2D q = S + d * t;
-  return (P.X - q.X) * (P.X - q.X) + (P.Y - q.Y) * (P.Y - q.Y);
-}
-
-double Cross(const TPoint2D& A, const TPoint2D& B, const TPoint2D& C) {
-  return (B.X - A.X) * (C.Y - A.Y) - (B.Y - A.Y) * (C.X - A.X);
-}
-
+// Two segments come within Dist: they cross, or an end of one lies within Dist of the other.
 bool SegmentsWithin(const TPoint2D& A, const TPoint2D& B, const TPoint2D& C, const TPoint2D& D, double Dist) {
-  const double c1 = Cross(A, B, C), c2 = Cross(A, B, D), c3 = Cross(C, D, A), c4 = Cross(C, D, B);
+  const double c1 = TPoint2DUtils::IsLeft(A, B, C), c2 = TPoint2DUtils::IsLeft(A, B, D);
+  const double c3 = TPoint2DUtils::IsLeft(C, D, A), c4 = TPoint2DUtils::IsLeft(C, D, B);
   if (((c1 > 0 && c2 < 0) || (c1 < 0 && c2 > 0)) && ((c3 > 0 && c4 < 0) || (c3 < 0 && c4 > 0))) return true;
-  const double d2 = Dist * Dist;
-  return SegPointDist2(A, C, D) <= d2 || SegPointDist2(B, C, D) <= d2 || SegPointDist2(C, A, B) <= d2 ||
-         SegPointDist2(D, A, B) <= d2;
+  const TLine2D ab(A, B), cd(C, D);
+  return cd.DistanceLimit(A) <= Dist || cd.DistanceLimit(B) <= Dist || ab.DistanceLimit(C) <= Dist ||
+         ab.DistanceLimit(D) <= Dist;
 }
 
 // One ring's segments under an R-tree, made for the rings whose distance to another is

@@ -9,11 +9,12 @@
 #include <vector>
 
 #include "Layout.h"
+#include "orvane/foundation/MathUtils.h"
 
 namespace orvane::tool {
 
 struct TCheckOptions {
-  double Tol = 1e-6;            // parts whose boundaries come within this distance touch
+  double Tol = DefaultTol;      // parts whose boundaries come within this distance touch
   double MaxOverlap = 1e-5;     // allowed overlap, relative to the smaller part's area
   double MaxProtrusion = 1e-4;  // allowed protrusion, relative to the container's height
 };

@@ -213,8 +213,7 @@ int Run(const TArgs& Args) {
   }
   // File names and ids need not be UTF-8: replace what is not rather than fail.
   if (Args.Json)
-    std::cout << (all.size() == 1 ? all[0] : all).dump(2, ' ', false, nlohmann::json::error_handler_t::replace)
-              << "\n";
+    std::cout << (all.size() == 1 ? all[0] : all).dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << "\n";
   return clean ? 0 : 1;
 }
 

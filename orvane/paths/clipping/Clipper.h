@@ -264,7 +264,8 @@ ORVANE_API TPath64 CleanPolygonEx(const TPath64& Path, double Distance = 1.415);
 ORVANE_API TPaths64 MinkowskiSum(const TPath64& Pattern, const TPath64& Path, bool PathIsClosed);
 // Each path's Minkowski sum, plus each closed path moved by Pattern[0] (filling the inside),
 // united under PathFillType. Empty for an empty pattern.
-ORVANE_API TPaths64 MinkowskiSum(const TPath64& Pattern, const TPaths64& Paths, TFillRule PathFillType, bool PathIsClosed);
+ORVANE_API TPaths64 MinkowskiSum(const TPath64& Pattern, const TPaths64& Paths, TFillRule PathFillType,
+                                 bool PathIsClosed);
 ORVANE_API TPaths64 MinkowskiDiff(const TPath64& Poly1, const TPath64& Poly2);
 ORVANE_API TPaths64 PolyTreeToPaths(const TPolyTree& PolyTree);
 ORVANE_API TPaths64 ClosedPathsFromPolyTree(const TPolyTree& PolyTree);

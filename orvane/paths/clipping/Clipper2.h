@@ -283,9 +283,9 @@ class ORVANE_API TRectClipLines64 : public TRectClip64 {
 ORVANE_API TPaths64 BooleanOp(TClipType ClipType, const TPaths64& Subjects, const TPaths64& Clips, TFillRule FillRule);
 // Exception "The TPolyTree parameter must be assigned." when PolyTree is nullptr.
 ORVANE_API void BooleanOp(TClipType ClipType, const TPaths64& Subjects, const TPaths64& Clips, TPolyTree64* PolyTree,
-               TFillRule FillRule);
+                          TFillRule FillRule);
 ORVANE_API TPathsD BooleanOp(TClipType ClipType, const TPathsD& Subjects, const TPathsD& Clips, TFillRule FillRule,
-                  int Precision = 2);
+                             int Precision = 2);
 ORVANE_API TPaths64 Intersect(const TPaths64& Subjects, const TPaths64& Clips, TFillRule FillRule);
 ORVANE_API TPathsD Intersect(const TPathsD& Subjects, const TPathsD& Clips, TFillRule FillRule, int Precision = 2);
 ORVANE_API TPaths64 Union(const TPaths64& Subjects, const TPaths64& Clips, TFillRule FillRule);
@@ -298,10 +298,11 @@ ORVANE_API TPaths64 XOR_(const TPaths64& Subjects, const TPaths64& Clips, TFillR
 ORVANE_API TPathsD XOR_(const TPathsD& Subjects, const TPathsD& Clips, TFillRule FillRule, int Precision = 2);
 
 ORVANE_API TPaths64 InflatePaths(const TPaths64& Paths, double Delta, TJoinType JoinType = TJoinType::jtRound,
-                      TEndType EndType = TEndType::etPolygon, double MiterLimit = 2.0, double ArcTolerance = 0.0);
+                                 TEndType EndType = TEndType::etPolygon, double MiterLimit = 2.0,
+                                 double ArcTolerance = 0.0);
 ORVANE_API TPathsD InflatePaths(const TPathsD& Paths, double Delta, TJoinType JoinType = TJoinType::jtRound,
-                     TEndType EndType = TEndType::etPolygon, double MiterLimit = 2.0, int Precision = 2,
-                     double ArcTolerance = 0.0);
+                                TEndType EndType = TEndType::etPolygon, double MiterLimit = 2.0, int Precision = 2,
+                                double ArcTolerance = 0.0);
 
 ORVANE_API TPaths64 RectClip(const TRect64& Rect, const TPaths64& Paths);
 ORVANE_API TPaths64 RectClip(const TRect64& Rect, const TPath64& Path);

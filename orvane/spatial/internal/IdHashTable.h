@@ -90,7 +90,7 @@ class TIdHashTable {
 
  private:
   template <class V>
-  using TArray = std::vector<V, TBulkAllocator<V>>;
+  using TArray = std::vector<V, detail::TBulkAllocator<V>>;
 
   struct TSlot {
     std::uint32_t Hash = 0;

@@ -1,11 +1,11 @@
 // A host program built against an installed Orvane. Besides the plain calls, an exception
 // raised inside liborvane.so must be caught here by its own type, and a clone made there
 // must keep its class here: both need the library's exported type information.
+#include <orvane/Orvane.h>
+
 #include <cstdio>
 #include <cstring>
 #include <memory>
-
-#include <orvane/Orvane.h>
 
 int main() {
   int failures = 0;
