@@ -191,12 +191,16 @@ class TOverlapWalk {
     const double y = P.Y;
     if (n == 1) return internal::SegmentDist2(P, v[0], v[0]) <= DefaultTol * DefaultTol;
     int& w = O.Window;
-    if (w < n - 2 && v[w + 1].Y < y - DefaultTol) {
-      // A stretch taken whole may leave the window far behind: search, do not step.
-      const double floor = y - DefaultTol;
-      w = static_cast<int>(
-              std::partition_point(v + w + 1, v + n - 1, [floor](const TPoint2D& Q) { return Q.Y < floor; }) - v) -
-          1;
+    const double floor = y - DefaultTol;
+    // The window mostly moves a segment or two between stops; after a stretch taken whole
+    // it may lie far behind, and a search takes it there.
+    for (int steps = 0; w < n - 2 && v[w + 1].Y < floor; ++w) {
+      if (++steps == 4) {
+        w = static_cast<int>(
+                std::partition_point(v + w + 1, v + n - 1, [floor](const TPoint2D& Q) { return Q.Y < floor; }) - v) -
+            1;
+        break;
+      }
     }
     if (v[w].Y < y - DefaultTol && v[w + 1].Y > y + DefaultTol) {
       // The common case: one segment spans the heights within the tolerance of P's, and it
