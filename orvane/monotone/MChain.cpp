@@ -202,7 +202,7 @@ class TOverlapWalk {
         break;
       }
     }
-    if (v[w].Y < y - DefaultTol && v[w + 1].Y > y + DefaultTol) {
+    if (v[w].Y < floor && v[w + 1].Y > y + DefaultTol) {
       // The common case: one segment spans the heights within the tolerance of P's, and it
       // alone can come near P. Clear of its x range, P lies on one side of it.
       const TPoint2D& s = v[w];

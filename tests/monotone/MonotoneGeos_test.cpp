@@ -19,11 +19,11 @@
 #include "support/TestSupport.h"
 
 #if ORVANE_HAVE_GEOS
-#include <geos_c.h>
-
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+
+#include "support/Geos.h"
 #endif
 
 namespace orvane {
@@ -166,11 +166,7 @@ class TGeos {
 
   GEOSContextHandle_t Handle() const { return FH; }
   // A closed ring, owned by the caller.
-  GEOSGeometry* Ring(const TDynPoints2D& P) const {
-    GEOSCoordSequence* seq = GEOSCoordSeq_create_r(FH, static_cast<unsigned>(P.size()), 2);
-    for (std::size_t k = 0; k < P.size(); ++k) GEOSCoordSeq_setXY_r(FH, seq, static_cast<unsigned>(k), P[k].X, P[k].Y);
-    return GEOSGeom_createLinearRing_r(FH, seq);
-  }
+  GEOSGeometry* Ring(const TDynPoints2D& P) const { return testing::GeosRing(FH, P); }
 
  private:
   GEOSContextHandle_t FH;

@@ -316,20 +316,13 @@ TEST(LayoutCheck, PublishedLayoutsAgreeWithTheirStatedFigures) {
 }
 
 #if ORVANE_HAVE_GEOS
-#include <geos_c.h>
+#include "support/Geos.h"
 
 namespace {
 
 // A part as a GEOS polygon with its holes.
 GEOSGeometry* GeosPart(GEOSContextHandle_t H, const TLayoutPart& Part) {
-  auto ring = [&](const TDynPoints2D& Pts) {
-    GEOSCoordSequence* seq = GEOSCoordSeq_create_r(H, static_cast<unsigned>(Pts.size() + 1), 2);
-    for (std::size_t k = 0; k <= Pts.size(); ++k) {
-      const TPoint2D& p = Pts[k % Pts.size()];
-      GEOSCoordSeq_setXY_r(H, seq, static_cast<unsigned>(k), p.X, p.Y);
-    }
-    return GEOSGeom_createLinearRing_r(H, seq);
-  };
+  auto ring = [&](const TDynPoints2D& Pts) { return orvane::testing::GeosRing(H, Pts); };
   std::vector<GEOSGeometry*> holes;
   for (const TDynPoints2D& h : Part.Holes) holes.push_back(ring(h));
   return GEOSGeom_createPolygon_r(H, ring(Part.Outer), holes.data(), static_cast<unsigned>(holes.size()));

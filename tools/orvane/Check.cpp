@@ -27,11 +27,7 @@ double SecondsSince(TClock::time_point Start) { return std::chrono::duration<dou
 constexpr double KernelTol = DefaultTol;
 
 std::unique_ptr<TMPolygon> MonotoneRing(const TDynPoints2D& Ring) {
-  TDynPoints2D closed;
-  closed.reserve(Ring.size() + 1);
-  closed.assign(Ring.begin(), Ring.end());
-  closed.push_back(closed.front());  // closed: the first vertex repeated at the end
-  return std::make_unique<TMPolygon>(TVPolyline2D(std::move(closed)), nullptr, true);
+  return std::make_unique<TMPolygon>(ClosedPolyline(Ring), nullptr, true);
 }
 
 // Two segments come within Dist: they cross, or an end of one lies within Dist of the other.

@@ -197,9 +197,7 @@ void CheckRing(const TDynPoints2D& Ring, const std::string& What) {
     return (Ring[1].X - o.X) * (p.Y - o.Y) == (Ring[1].Y - o.Y) * (p.X - o.X);
   });
   if (collinear) throw ELayoutError(What + " has no area: its vertices lie on one line");
-  TDynPoints2D closed(Ring);
-  closed.push_back(Ring.front());
-  if (TVPolyline2D(std::move(closed)).IsSelfIntersect(0.0)) throw ELayoutError(What + " crosses or touches itself");
+  if (ClosedPolyline(Ring).IsSelfIntersect(0.0)) throw ELayoutError(What + " crosses or touches itself");
   if (PolyArea(Ring) == 0.0) throw ELayoutError(What + " has no area");
 }
 
@@ -212,9 +210,7 @@ void ValidateLayout(const TLayout& Layout) {
     const std::string what = Format("part %d (id %s)", static_cast<int>(i), part.Id);
     CheckRing(part.Outer, what + " outer ring");
     if (part.Holes.empty()) continue;
-    TDynPoints2D closed(part.Outer);
-    closed.push_back(part.Outer.front());
-    const TMPolygon outer(TVPolyline2D(std::move(closed)), nullptr);
+    const TMPolygon outer(ClosedPolyline(part.Outer), nullptr);
     for (std::size_t h = 0; h < part.Holes.size(); ++h) {
       const std::string hole = Format("%s hole %d", what, static_cast<int>(h));
       CheckRing(part.Holes[h], hole);
@@ -226,6 +222,14 @@ void ValidateLayout(const TLayout& Layout) {
 }
 
 }  // namespace
+
+TVPolyline2D ClosedPolyline(const TDynPoints2D& Ring) {
+  TDynPoints2D closed;
+  closed.reserve(Ring.size() + 1);
+  closed.assign(Ring.begin(), Ring.end());
+  if (!closed.empty()) closed.push_back(closed.front());
+  return TVPolyline2D(std::move(closed));
+}
 
 std::vector<TLayout> ParseLayout(const std::string& Text, const std::string& Name) {
   CheckJsonShape(Text);

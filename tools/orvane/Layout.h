@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "orvane/foundation/Point2D.h"
+#include "orvane/vertex/VPolyline2D.h"
 
 namespace orvane::tool {
 
@@ -38,6 +39,9 @@ struct TLayout {
   std::vector<TLayoutPart> Parts;
   std::optional<TExpectedChecks> Expected;
 };
+
+// A ring as the kernel's closed outline: its first vertex repeated at the end.
+TVPolyline2D ClosedPolyline(const TDynPoints2D& Ring);
 
 // Parses a file into its solutions (one layout for single-solution files). Raises
 // ELayoutError for unreadable files, malformed JSON, rings of fewer than three vertices,
