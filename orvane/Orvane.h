@@ -1,11 +1,13 @@
 #pragma once
 // Umbrella header: the version, and every public header of the value layer (foundation/),
-// vertex geometry (vertex/), integer paths and the clipping adapter (paths/) and the
-// algorithm classes (algorithms/). The spatial index and the monotone outlines have chief
+// vertex geometry (vertex/), integer paths and the clipping adapter (paths/), the
+// algorithm classes (algorithms/) and the curve objects (curves/). The spatial index and the monotone outlines have chief
 // headers of their own: orvane/spatial/RTree.h and orvane/monotone/Monotone.h.
 
 #include "orvane/Version.h"
 #include "orvane/algorithms/MelkmanAlgo.h"
+#include "orvane/curves/GeLoop.h"
+#include "orvane/curves/GePolygon.h"
 #include "orvane/foundation/Arc2D.h"
 #include "orvane/foundation/DirUtils.h"
 #include "orvane/foundation/Enums.h"
@@ -19,6 +21,7 @@
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/Matrix2D.h"
 #include "orvane/foundation/Nullable.h"
+#include "orvane/foundation/Persistent.h"
 #include "orvane/foundation/Point2D.h"
 #include "orvane/foundation/Point2DUtils.h"
 #include "orvane/foundation/PointArray.h"
