@@ -1,5 +1,6 @@
 #include "orvane/curves/GeLine2D.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "orvane/curves/GeStrings.h"
@@ -159,62 +160,94 @@ std::string TGeLine2D::ToString() const { return Format(SGeLineFmt, FLineStart.T
 
 TIntersectionType TGeLine2D::Intersect(const TGeLine2D& ALine, TList<TIntersect2D>& Inters,
                                        const TGeTolerance& Tol) const {
+  // Everything is measured on the raw vectors, without a root: with v1, v2 the two vectors,
+  // the sine of their angle is (v1 x v2) / (|v1| |v2|), and the crossing parameters are the
+  // cross products with the start offset over v1 x v2.
   const double eps = Tol.VectorTol;
-  const double len1 = GetCurveLength();
-  const double len2 = ALine.GetCurveLength();
-  if (eps > len1 || eps > len2) return TIntersectionType::itNone;
-  const TPoint2D d1 = FLineVec / len1;
-  const TPoint2D d2 = ALine.FLineVec / len2;
-  const double c = d1.CrossMul(d2);
+  const TPoint2D v1 = FLineVec;
+  const TPoint2D v2 = ALine.FLineVec;
+  const double m1 = v1.MagSqr();
+  const double m2 = v2.MagSqr();
+  if (eps > 0.0 && (eps * eps > m1 || eps * eps > m2)) return TIntersectionType::itNone;
+  const double cr = v1.CrossMul(v2);
   const TPoint2D e = ALine.FLineStart - FLineStart;
   auto add = [&](double t1, double t2) {
     Inters.Add(TIntersect2D(TPointOnCurve2D(this, t1), TPointOnCurve2D(&ALine, t2)));
   };
 
-  if (eps * eps >= c * c) {
-    // Parallel: only collinear segments meet, in any direction of the plane, and then along
-    // the extent that both cover, measured on this line's axis.
-    const double e2 = e.MagSqr();
-    const double off = e.CrossMul(d2);
-    if (e2 > eps * eps && off * off > eps * eps * e2) return TIntersectionType::itNone;
-    const TGeInterval i1(0.0, len1, 1e-6);
-    const double s = e.DotMul(d1);
-    TGeInterval i2(0.0, len2, 1e-6);
-    const bool opposite = d1.DotMul(d2) < 0.0;
-    if (opposite) i2 = -i2;
-    i2 = i2 + s;
-    if (i1.IsContionousUpper(i2)) {
-      add(1.0, opposite ? 1.0 : 0.0);
-      return TIntersectionType::itEndEnd;
-    }
-    if (i2.IsContionousUpper(i1)) {
-      add(0.0, opposite ? 0.0 : 1.0);
-      return TIntersectionType::itEndEnd;
-    }
-    TGeInterval r;
-    if (!i1.IntersectWith(i2, r)) return TIntersectionType::itNone;
-    // On ALine: shift back to its start and, for the opposite direction, turn around.
-    TGeInterval on2 = r + (-s);
-    if (opposite) on2 = -on2;
-    const double first2 = opposite ? on2.Lower : on2.Upper;
-    const double second2 = opposite ? on2.Upper : on2.Lower;
-    add(r.Upper / len1, first2 / len2);
-    add(r.Lower / len1, second2 / len2);
-    return TIntersectionType::itOverlap;
+  if (eps * eps * m1 * m2 < cr * cr) {
+    // The parameter range [0, 1] compares within 1e-6 at both ends.
+    constexpr double tol = 1e-6;
+    // Most pairs miss: tell them by the numerators against the signed denominator, before
+    // any division.
+    const double n1 = e.CrossMul(v2);
+    const double n2 = e.CrossMul(v1);
+    const double lo = std::min(-tol * cr, (1.0 + tol) * cr);
+    const double hi = std::max(-tol * cr, (1.0 + tol) * cr);
+    // One test of the four, without a branch per comparison that random input would mispredict.
+    const bool inside = static_cast<int>(n1 >= lo) & static_cast<int>(n1 <= hi) & static_cast<int>(n2 >= lo) &
+                        static_cast<int>(n2 <= hi);
+    if (!inside) return TIntersectionType::itNone;
+    const double t1 = n1 / cr;
+    const double t2 = n2 / cr;
+    if (!(t1 >= -tol && t1 <= 1.0 + tol && t2 >= -tol && t2 <= 1.0 + tol)) return TIntersectionType::itNone;
+    const bool end1 = std::fabs(t1) <= tol || std::fabs(t1 - 1.0) <= tol;
+    const bool end2 = std::fabs(t2) <= tol || std::fabs(t2 - 1.0) <= tol;
+    add(t1, t2);
+    if (end1 && end2) return TIntersectionType::itEndEnd;
+    if (end1) return TIntersectionType::itThisEnd;
+    if (end2) return TIntersectionType::itOtherEnd;
+    return TIntersectionType::itInner;
   }
 
-  const double t1 = e.CrossMul(d2) / c / len1;
-  const double t2 = e.CrossMul(d1) / c / len2;
-  const TGeInterval range1 = GetInterval();
-  const TGeInterval range2 = ALine.GetInterval();
-  if (!range1.Contains(t1) || !range2.Contains(t2)) return TIntersectionType::itNone;
-  const bool end1 = range1.IsEqualAtLower(t1) || range1.IsEqualAtUpper(t1);
-  const bool end2 = range2.IsEqualAtLower(t2) || range2.IsEqualAtUpper(t2);
-  add(t1, t2);
-  if (end1 && end2) return TIntersectionType::itEndEnd;
-  if (end1) return TIntersectionType::itThisEnd;
-  if (end2) return TIntersectionType::itOtherEnd;
-  return TIntersectionType::itInner;
+  return IntersectParallel(ALine, Inters, Tol);
+}
+
+// Parallel: only collinear segments meet, in any direction of the plane, and then along the
+// extent that both cover, measured on this line's axis. Kept out of line, so that the
+// crossing test stays small.
+TIntersectionType TGeLine2D::IntersectParallel(const TGeLine2D& ALine, TList<TIntersect2D>& Inters,
+                                               const TGeTolerance& Tol) const {
+  const double eps = Tol.VectorTol;
+  const TPoint2D v1 = FLineVec;
+  const TPoint2D v2 = ALine.FLineVec;
+  const TPoint2D e = ALine.FLineStart - FLineStart;
+  auto add = [&](double t1, double t2) {
+    Inters.Add(TIntersect2D(TPointOnCurve2D(this, t1), TPointOnCurve2D(&ALine, t2)));
+  };
+  const double len1 = v1.Mag();
+  const double len2 = v2.Mag();
+  // A point has no direction to run along (reached with a vector tolerance of 0).
+  if (len1 == 0.0 || len2 == 0.0) return TIntersectionType::itNone;
+  const TPoint2D d1 = v1 / len1;
+  const TPoint2D d2 = v2 / len2;
+  const double e2 = e.MagSqr();
+  const double off = e.CrossMul(d2);
+  if (e2 > eps * eps && off * off > eps * eps * e2) return TIntersectionType::itNone;
+  const TGeInterval i1(0.0, len1, 1e-6);
+  const double s = e.DotMul(d1);
+  TGeInterval i2(0.0, len2, 1e-6);
+  const bool opposite = d1.DotMul(d2) < 0.0;
+  if (opposite) i2 = -i2;
+  i2 = i2 + s;
+  if (i1.IsContionousUpper(i2)) {
+    add(1.0, opposite ? 1.0 : 0.0);
+    return TIntersectionType::itEndEnd;
+  }
+  if (i2.IsContionousUpper(i1)) {
+    add(0.0, opposite ? 0.0 : 1.0);
+    return TIntersectionType::itEndEnd;
+  }
+  TGeInterval r;
+  if (!i1.IntersectWith(i2, r)) return TIntersectionType::itNone;
+  // On ALine: shift back to its start and, for the opposite direction, turn around.
+  TGeInterval on2 = r + (-s);
+  if (opposite) on2 = -on2;
+  const double first2 = opposite ? on2.Lower : on2.Upper;
+  const double second2 = opposite ? on2.Upper : on2.Lower;
+  add(r.Upper / len1, first2 / len2);
+  add(r.Lower / len1, second2 / len2);
+  return TIntersectionType::itOverlap;
 }
 
 TIntersectionType TGeLine2D::IntersectWithSegLine(const TGeLine2D& ALine, TList<TIntersect2D>& Inters,

@@ -87,6 +87,9 @@ class ORVANE_API TGeLine2D : public TGeCurve2D {
                                          const TGeTolerance& Tol) const;
 
  private:
+  [[gnu::noinline]] TIntersectionType IntersectParallel(const TGeLine2D& ALine, TList<TIntersect2D>& Inters,
+                                                        const TGeTolerance& Tol) const;
+
   TPoint2D FLineStart;
   TPoint2D FLineVec;
 };
