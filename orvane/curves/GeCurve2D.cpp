@@ -1,5 +1,9 @@
 #include "orvane/curves/GeCurve2D.h"
 
+#include <cmath>
+
+#include "orvane/curves/GeLine2D.h"
+
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 
@@ -83,6 +87,26 @@ int TGeCurve2D::GetSamplePoints(double EpsChord, TDynPoints2D& Points) const {
   TFloatDynArray params;
   GetSamplePointsByChord(EpsChord, Points, params);
   return static_cast<int>(Points.size());
+}
+
+int TGeCurve2D::IsIn(const TPoint2D& Pnt, const TGeTolerance& Tol) const {
+  const TRect2D box = BoundBlock().InflatedRect(Tol.PointTol, Tol.PointTol);
+  if (!box.Contains(Pnt, 1e-6)) return -1;
+  const TGeLine2D ray(Pnt, TPoint2D(box.XMax, Pnt.Y));
+  TList<TIntersect2D> inters;
+  ray.IntersectCurve(*this, inters, Tol);
+  if (inters.IsEmpty()) return -1;
+  if (fEqual(inters[0].InterThis.Param, 0.0, 1e-6)) return 0;
+  int result = -1;
+  for (const TIntersect2D& hit : inters) {
+    double t = hit.InterThat.Param;
+    // A crossing at a joint of pieces is judged exactly at the joint.
+    const double whole = std::nearbyint(t);
+    if (fEqual(whole, t, 1e-6)) t = whole;
+    if (fSmall(DerivLeft(t).Y, 0.0, 1e-6)) result = -result;
+    if (fSmall(-DerivRight(t).Y, 0.0, 1e-6)) result = -result;
+  }
+  return result;
 }
 
 bool TGeCurve2D::IsOn(const TPoint2D& Pnt, const TGeTolerance& Tol) const {

@@ -87,6 +87,11 @@ class ORVANE_API TGeCurve2D : public TGeEntity2D {
   virtual int GetSamplePointsByChord(double paramFrom, double paramTo, double epsChord, TDynPoints2D& points,
                                      TFloatDynArray& params) const = 0;
 
+  // Where Pnt lies against the closed curve: 1 inside, 0 on it, -1 outside. A ray from Pnt
+  // in +X is crossed with the curve, and each crossing turns the answer by the sense in
+  // which the curve passes there, so that a touch from above turns it twice and a touch
+  // from below not at all.
+  virtual int IsIn(const TPoint2D& Pnt, const TGeTolerance& Tol) const;
   bool IsOn(const TPoint2D& Pnt, const TGeTolerance& Tol) const override;
   virtual bool IsOn(const TPoint2D& Pnt, const TGeTolerance& Tol, double& Param) const = 0;
   // Whether the parameter lies in the parameter range, within Tol.PointTol.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "orvane/curves/GeCircularArc2D.h"
 #include "orvane/curves/GeStrings.h"
 #include "orvane/curves/internal/CurveChecks.h"
 #include "orvane/foundation/Checks.h"
@@ -270,6 +271,27 @@ TIntersectionType TGeLine2D::IntersectWithSegLine(const TGeLine2D& ALine, TList<
     return TIntersectionType::itOverlap;
   }
   return TIntersectionType::itNone;
+}
+
+int TGeLine2D::IntersectCurve(const TGeCurve2D& ACurve, TList<TIntersect2D>& Inters, const TGeTolerance& Tol) const {
+  if (const auto* line = dynamic_cast<const TGeLine2D*>(&ACurve)) {
+    Intersect(*line, Inters, Tol);
+    return Inters.Count();
+  }
+  if (const auto* arc = dynamic_cast<const TGeCircularArc2D*>(&ACurve)) return IntersectArc(*arc, Inters, Tol);
+  // Composite, piecewise, Bezier and spline partners get their rules with their classes.
+  throw EAbstractError("[Error] TGeLine2D.IntersectCurve: no crossing rule for a %s", ACurve.ClassName());
+}
+
+int TGeLine2D::IntersectArc(const TGeCircularArc2D& AArc, TList<TIntersect2D>& Inters,
+                            const TGeTolerance& /*Tol*/) const {
+  TIntersectPoint2D i1;
+  TIntersectPoint2D i2;
+  const int n = AArc.GetArc().Intersect(GetLine(), i1, i2, 1e-6);
+  // The value arc reports its own parameter first; here this line's comes first.
+  if (n >= 1) Inters.Add(TIntersect2D(TPointOnCurve2D(this, i1.ParamThat), TPointOnCurve2D(&AArc, i1.ParamThis)));
+  if (n >= 2) Inters.Add(TIntersect2D(TPointOnCurve2D(this, i2.ParamThat), TPointOnCurve2D(&AArc, i2.ParamThis)));
+  return n;
 }
 
 }  // namespace orvane

@@ -13,6 +13,8 @@
 
 namespace orvane {
 
+class TGeCircularArc2D;
+
 class ORVANE_API TGeLine2D : public TGeCurve2D {
  public:
   using TGeCurve2D::GetClosedPointTo;
@@ -85,6 +87,13 @@ class ORVANE_API TGeLine2D : public TGeCurve2D {
   // The same question through the value segment's relation (itNone, itInner or itOverlap).
   TIntersectionType IntersectWithSegLine(const TGeLine2D& ALine, TList<TIntersect2D>& Inters,
                                          const TGeTolerance& Tol) const;
+
+  // Crossings of this line with any curve, appended to Inters with InterThis on this line;
+  // returns Inters.Count() for a line partner and the number of crossings for an arc.
+  // EAbstractError for a kind of curve this line has no crossing rule for.
+  int IntersectCurve(const TGeCurve2D& ACurve, TList<TIntersect2D>& Inters, const TGeTolerance& Tol) const;
+  // Crossings with an arc: 0, 1 or 2, within 1e-6 (Tol is not used).
+  int IntersectArc(const TGeCircularArc2D& AArc, TList<TIntersect2D>& Inters, const TGeTolerance& Tol) const;
 
  private:
   [[gnu::noinline]] TIntersectionType IntersectParallel(const TGeLine2D& ALine, TList<TIntersect2D>& Inters,

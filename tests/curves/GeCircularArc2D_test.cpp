@@ -226,6 +226,32 @@ TEST(GeCircularArc2D, MirroringFlipsTheSenseAndKeepsTheCircle) {
   ExpectNear(inters[2].InterThis.Point(), inters[2].InterThat.Point(), 1e-12);
 }
 
+TEST(GeCircularArc2D, PointRelationByTheRay) {
+  // A ray from (0, 0.6) meets the unit circle at (0.8, 0.6), a third of the way from the
+  // line's start; the parameter on the circle is the angle's share of the turn.
+  const TGeCircularArc2D ccw(TPoint2D(0, 0), 1.0, 0.0, TwoPi);
+  const TGeLine2D ray(TPoint2D(0, 0.6), TPoint2D(2.4, 0.6));
+  TList<TIntersect2D> inters;
+  EXPECT_EQ(ray.IntersectCurve(ccw, inters, DefTol), 1);
+  EXPECT_NEAR(inters[0].InterThis.Param, 1.0 / 3.0, 1e-12);
+  EXPECT_NEAR(inters[0].InterThat.Param, std::atan2(0.6, 0.8) / TwoPi, 1e-12);
+  EXPECT_EQ(inters[0].InterThat.Curve, &ccw);
+  EXPECT_EQ(ray.IntersectCurve(TGeLine2D(TPoint2D(1, 0), TPoint2D(1, 1)), inters, DefTol), 2);
+
+  const TGeCircularArc2D cw(TPoint2D(0, 0), 1.0, 1.0, -TwoPi);
+  for (const TGeCircularArc2D* circle : {&ccw, &cw}) {
+    EXPECT_EQ(circle->IsIn(TPoint2D(0, 0), DefTol), 1);
+    EXPECT_EQ(circle->IsIn(TPoint2D(-0.5, 0.5), DefTol), 1);
+    EXPECT_EQ(circle->IsIn(TPoint2D(0.9, 0.9), DefTol), -1);  // inside the box only
+    EXPECT_EQ(circle->IsIn(TPoint2D(3, 0), DefTol), -1);
+    EXPECT_EQ(circle->IsIn(TPoint2D(0.6, -0.8), DefTol), 0);
+    EXPECT_EQ(circle->IsIn(TPoint2D(1, 0), DefTol), 0);
+    // Rays that only touch the circle, above and below: outside.
+    EXPECT_EQ(circle->IsIn(TPoint2D(-0.5, 1), DefTol), -1);
+    EXPECT_EQ(circle->IsIn(TPoint2D(-0.5, -1), DefTol), -1);
+  }
+}
+
 #ifdef ORVANE_HAVE_OCCT
 // The same arc in OCCT: a circle trimmed to the arc's angles, always counter-clockwise.
 Handle(Geom2d_TrimmedCurve) OcctArc(const TGeCircularArc2D& Arc) {
