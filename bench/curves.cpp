@@ -19,10 +19,10 @@
 #include <Geom2dAdaptor_Curve.hxx>
 #include <Geom2d_Circle.hxx>
 #include <Geom2d_TrimmedCurve.hxx>
-#include <gp_Ax22d.hxx>
 #include <algorithm>
 #include <cmath>
 #include <deque>
+#include <gp_Ax22d.hxx>
 #include <memory>
 #include <random>
 #include <stdexcept>
@@ -87,7 +87,8 @@ const TPairs& Pairs() {
       const orvane::TIntersectionType kind = p.A[i].Intersect(p.B[i], inters, orvane::DefTol);
       if (geos == 1) {
         ++crossings;
-        if (kind == orvane::TIntersectionType::itNone || inters[0].InterThis.Point().DistanceTo(TPoint2D(x, y)) > 1e-9) {
+        if (kind == orvane::TIntersectionType::itNone ||
+            inters[0].InterThis.Point().DistanceTo(TPoint2D(x, y)) > 1e-9) {
           throw std::runtime_error("pair " + std::to_string(i) + ": GEOS and ours differ on a crossing");
         }
       } else if (kind != orvane::TIntersectionType::itNone) {

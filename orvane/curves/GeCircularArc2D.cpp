@@ -85,17 +85,13 @@ void TGeCircularArc2D::SetCenter(const TPoint2D& Value) {
 
 void TGeCircularArc2D::SetRadius(double Value) { FArc = TArc2D(FArc.Center, Value, FArc.StartAngle, FArc.SweepAngle); }
 
-void TGeCircularArc2D::SetStartAngle(double Value) {
-  FArc = TArc2D(FArc.Center, FArc.Radius, Value, FArc.SweepAngle);
-}
+void TGeCircularArc2D::SetStartAngle(double Value) { FArc = TArc2D(FArc.Center, FArc.Radius, Value, FArc.SweepAngle); }
 
 void TGeCircularArc2D::SetEndAngle(double Value) {
   FArc = TArc2D(FArc.Center, FArc.Radius, FArc.StartAngle, Value - FArc.StartAngle);
 }
 
-void TGeCircularArc2D::SetSweepAngle(double Value) {
-  FArc = TArc2D(FArc.Center, FArc.Radius, FArc.StartAngle, Value);
-}
+void TGeCircularArc2D::SetSweepAngle(double Value) { FArc = TArc2D(FArc.Center, FArc.Radius, FArc.StartAngle, Value); }
 
 TGeInterval TGeCircularArc2D::GetInterval() const { return {0.0, 1.0, 1e-6}; }
 

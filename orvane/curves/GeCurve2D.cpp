@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "orvane/curves/GeLine2D.h"
-
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 

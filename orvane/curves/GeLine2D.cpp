@@ -259,7 +259,8 @@ TIntersectionType TGeLine2D::IntersectWithSegLine(const TGeLine2D& ALine, TList<
   TPoint2D p2;
   const int relation = self.RelationWithSegLine(other, p1, p2, Tol.PointTol, 1e-9);
   auto add = [&](const TPoint2D& p) {
-    Inters.Add(TIntersect2D(TPointOnCurve2D(this, self.ParamOfPoint(p)), TPointOnCurve2D(&ALine, other.ParamOfPoint(p))));
+    Inters.Add(
+        TIntersect2D(TPointOnCurve2D(this, self.ParamOfPoint(p)), TPointOnCurve2D(&ALine, other.ParamOfPoint(p))));
   };
   if (relation == 1) {
     add(p1);

@@ -8,11 +8,11 @@
 
 #include "orvane/curves/ClassDict.h"
 #include "orvane/foundation/Export.h"
+#include "orvane/foundation/GeTolerance.h"
 #include "orvane/foundation/Line2D.h"
 #include "orvane/foundation/Matrix2D.h"
 #include "orvane/foundation/Persistent.h"
 #include "orvane/foundation/Point2D.h"
-#include "orvane/foundation/GeTolerance.h"
 
 namespace pugi {
 class xml_node;

@@ -117,8 +117,8 @@ void PackageInit() { EnterUnit<PackageCount>(); }
 void PackageFinit() { LeaveUnit<PackageCount>(); }
 
 const TPackageUnitEntry Units[] = {
-    {"Rtree", &RtreeInit, &RtreeFinit},        {"TGeObject", &GeObjectInit, &GeObjectFinit},
-    {"Orvane", &OrvaneInit, &OrvaneFinit},     {"Mchain", &MchainInit, &MchainFinit},
+    {"Rtree", &RtreeInit, &RtreeFinit},           {"TGeObject", &GeObjectInit, &GeObjectFinit},
+    {"Orvane", &OrvaneInit, &OrvaneFinit},        {"Mchain", &MchainInit, &MchainFinit},
     {"Ketraorvane", &PackageInit, &PackageFinit},
 };
 

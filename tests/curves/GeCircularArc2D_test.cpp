@@ -1,6 +1,8 @@
 // The arc curve: construction and its sense, boxes, chord sampling, equality, transforms;
 // random arcs and the arcs of real drawings against OCCT.
 
+#include "orvane/curves/GeCircularArc2D.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -8,7 +10,6 @@
 #include <random>
 #include <string>
 
-#include "orvane/curves/GeCircularArc2D.h"
 #include "orvane/curves/GeStrings.h"
 #include "support/TestSupport.h"
 
@@ -82,8 +83,9 @@ TEST(GeCircularArc2D, ConstructionKeepsTheAskedSense) {
   EXPECT_NEAR(cross->GetSweepAngle(), Pi, 1e-12);
 
   // A straight piece is never an arc object.
-  ExpectRaise<ECircularArcParam>([] { TGeCircularArc2D(TPoint2D(0, 0), 0.0, TPoint2D(2, 0)); },
-                                 "[Error] TGeCircularArc2D.Create: the points give a straight piece, which is a TGeLine2D");
+  ExpectRaise<ECircularArcParam>(
+      [] { TGeCircularArc2D(TPoint2D(0, 0), 0.0, TPoint2D(2, 0)); },
+      "[Error] TGeCircularArc2D.Create: the points give a straight piece, which is a TGeLine2D");
   EXPECT_THROW(TGeCircularArc2D::CreateCross(TPoint2D(0, 0), TPoint2D(1, 1), TPoint2D(3, 3)), ECircularArcParam);
   TGeCircularArc2D arc(TPoint2D(0, 0), 1.0, 0.0, HalfPi);
   EXPECT_THROW(arc.DegradeLine(TPoint2D(0, 0), TPoint2D(5, 5)), ECircularArcParam);
@@ -98,8 +100,8 @@ TEST(GeCircularArc2D, ConstructionKeepsTheAskedSense) {
   EXPECT_THROW(TGeCircularArc2D(TPoint2D(0, 0), TPoint2D(1, 0), 0.0), EGeometry);
   EXPECT_EQ(arc.GetRadius(), 1.0);
   EXPECT_EQ(arc.GetSweepAngle(), HalfPi);
-  EXPECT_EQ(arc.ToString(), SGeCCW + SGeCirArc2DFmt.substr(0, SGeCirArc2DFmt.find('%')) +
-                                "0.00, 0.00), " + "\xE5\x8D\x8A\xE5\xBE\x84" + "1.00, " +
+  EXPECT_EQ(arc.ToString(), SGeCCW + SGeCirArc2DFmt.substr(0, SGeCirArc2DFmt.find('%')) + "0.00, 0.00), " +
+                                "\xE5\x8D\x8A\xE5\xBE\x84" + "1.00, " +
                                 "\xE8\xB5\xB7\xE5\xA7\x8B\xE8\xA7\x92 0.00 \xE6\x97\x8B\xE8\xBD\xAC\xE8\xA7\x92 1.57");
 }
 
@@ -165,8 +167,8 @@ TEST(GeCircularArc2D, ChordSamplingGivesTheFewestPointsWithinTheError) {
   EXPECT_EQ(params.front(), 1.0);
   EXPECT_EQ(params.back(), 0.5);
   // A point arc samples to its one point at parameter 0.
-  for (const TGeCircularArc2D* point : {new TGeCircularArc2D(TPoint2D(1, 1), 0.0, 0.0, 1.0),
-                                        new TGeCircularArc2D(TPoint2D(1, 1), 2.0, 0.5, 0.0)}) {
+  for (const TGeCircularArc2D* point :
+       {new TGeCircularArc2D(TPoint2D(1, 1), 0.0, 0.0, 1.0), new TGeCircularArc2D(TPoint2D(1, 1), 2.0, 0.5, 0.0)}) {
     EXPECT_EQ(point->GetSamplePointsByChord(1e-3, pts, params), 1);
     EXPECT_EQ(params, TFloatDynArray{0.0});
     EXPECT_EQ(pts[0], point->GetStartPoint());
@@ -364,7 +366,8 @@ TEST(GeCircularArc2D, ArcsOfRealDrawingsAgreeWithOcct) {
     const auto arcs = ReadDxfArcs(dir + name);
     EXPECT_FALSE(arcs.empty()) << name;
     total += arcs.size();
-    for (std::size_t i = 0; i < arcs.size(); ++i) CompareWithOcct(*arcs[i], rng, std::string(name) + " #" + std::to_string(i));
+    for (std::size_t i = 0; i < arcs.size(); ++i)
+      CompareWithOcct(*arcs[i], rng, std::string(name) + " #" + std::to_string(i));
   }
   EXPECT_GT(total, 200u);
 }

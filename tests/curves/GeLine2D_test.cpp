@@ -1,12 +1,13 @@
 // The line curve: measures, projection, and segment against segment intersection, checked
 // by hand and against GEOS's segment intersector.
 
+#include "orvane/curves/GeLine2D.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <random>
 
-#include "orvane/curves/GeLine2D.h"
 #include "orvane/curves/GeStrings.h"
 #include "support/TestSupport.h"
 
@@ -188,7 +189,8 @@ TEST(GeLine2D, CrossingsAgreeWithGeos) {
       const bool nearMiss = inters.Count() == 1;
       if (nearMiss) {
         const TIntersect2D& hit = inters[0];
-        EXPECT_TRUE(std::fabs(hit.InterThis.Param - 0.5) > 0.5 - 1e-9 || std::fabs(hit.InterThat.Param - 0.5) > 0.5 - 1e-9)
+        EXPECT_TRUE(std::fabs(hit.InterThis.Param - 0.5) > 0.5 - 1e-9 ||
+                    std::fabs(hit.InterThat.Param - 0.5) > 0.5 - 1e-9)
             << k;
       }
     }

@@ -1,6 +1,8 @@
 // Start-up: the unit order and load counters, the class dictionary, the texts and the
 // locale procedure. Each test leaves the library started, with the default texts.
 
+#include "orvane/curves/Startup.h"
+
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -10,7 +12,6 @@
 #include "orvane/curves/GeCircularArc2D.h"
 #include "orvane/curves/GeLine2D.h"
 #include "orvane/curves/GeStrings.h"
-#include "orvane/curves/Startup.h"
 #include "orvane/foundation/PointL2D.h"
 #include "support/TestSupport.h"
 
@@ -32,7 +33,8 @@ const TExpectedText Defaults[] = {
     {&SGeCW, "SGeCW", "\xE9\xA1\xBA\xE6\x97\xB6\xE9\x92\x88"},
     {&SGeCCW, "SGeCCW", "\xE9\x80\x86\xE6\x97\xB6\xE9\x92\x88"},
     {&SGePolySegFmt, "SGePolySegFmt", "\xE5\xA4\x9A\xE6\xAE\xB5\xE7\xBA\xBF\xE5\x8D\x95\xE6\xAE\xB5: %s + u * %s"},
-    {&SGePolyBezier, "SGePolyBezier", "\xE5\xA4\x9A\xE6\xAE\xB5\xE8\xB4\x9D\xE5\xA1\x9E\xE5\xB0\x94\xE6\x9B\xB2\xE7\xBA\xBF "},
+    {&SGePolyBezier, "SGePolyBezier",
+     "\xE5\xA4\x9A\xE6\xAE\xB5\xE8\xB4\x9D\xE5\xA1\x9E\xE5\xB0\x94\xE6\x9B\xB2\xE7\xBA\xBF "},
     {&SGePolyBezierSegFmt, "SGePolyBezierSegFmt", "P0: %s, P1: %s, P2: %s, P3: %s"},
     {&SGeKnotCountFmt, "SGeKnotCountFmt", "\xE8\x8A\x82\xE7\x82\xB9\xE6\x95\xB0: %d"},
     {&SGeCtrlPt, "SGeCtrlPt", "\xE6\x8E\xA7\xE5\x88\xB6\xE7\x82\xB9\xEF\xBC\x9A"},

@@ -12,7 +12,8 @@ namespace orvane::internal {
 // EParamError "[Error] <Where>: the matrix has a coefficient that is not a finite number".
 inline void CheckFiniteMatrix(const TMatrix2D& Mtx, const char* Where) {
   for (const double v : {Mtx.M11, Mtx.M12, Mtx.M21, Mtx.M22, Mtx.DX, Mtx.DY}) {
-    if (!std::isfinite(v)) throw EParamError("[Error] %s: the matrix has a coefficient that is not a finite number", Where);
+    if (!std::isfinite(v))
+      throw EParamError("[Error] %s: the matrix has a coefficient that is not a finite number", Where);
   }
 }
 
