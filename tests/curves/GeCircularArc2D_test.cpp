@@ -281,6 +281,23 @@ void CompareWithOcct(const TGeCircularArc2D& Arc, std::mt19937& Rng, const std::
   EXPECT_NEAR(ours.XMax, x1, 1e-7 * r) << Where;
   EXPECT_NEAR(ours.YMax, y1, 1e-7 * r) << Where;
 
+  // A sub-range, its bounds in either order.
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
+  const double t0 = unit(Rng);
+  const double t1 = unit(Rng);
+  const double b0 = std::min(Arc.ParamToAngle(t0), Arc.ParamToAngle(t1));
+  const double b1 = std::max(Arc.ParamToAngle(t0), Arc.ParamToAngle(t1));
+  if (b1 - b0 > 1e-9) {
+    Bnd_Box2d sub;
+    BndLib_Add2dCurve::AddOptimal(occ->BasisCurve(), b0, b1, 0.0, sub);
+    sub.Get(x0, y0, x1, y1);
+    const TRect2D part = Arc.BoundBlockOf(TGeInterval(t0, t1));
+    EXPECT_NEAR(part.XMin, x0, 1e-7 * r) << Where;
+    EXPECT_NEAR(part.YMin, y0, 1e-7 * r) << Where;
+    EXPECT_NEAR(part.XMax, x1, 1e-7 * r) << Where;
+    EXPECT_NEAR(part.YMax, y1, 1e-7 * r) << Where;
+  }
+
   std::uniform_real_distribution<double> u(-3.0, 3.0);
   for (int k = 0; k < 5; ++k) {
     const TPoint2D p = Arc.GetCenter() + TPoint2D(u(Rng), u(Rng)) * r;
