@@ -1,13 +1,21 @@
 #pragma once
 // Umbrella header: the version, and every public header of the value layer (foundation/),
-// vertex geometry (vertex/), integer paths and the clipping adapter (paths/), the
-// algorithm classes (algorithms/) and the curve objects (curves/). The spatial index and the monotone outlines have chief
-// headers of their own: orvane/spatial/RTree.h and orvane/monotone/Monotone.h.
+// vertex geometry (vertex/), integer paths and the clipping adapter (paths/), the algorithm
+// classes (algorithms/) and the curve objects (curves/). The spatial index and the monotone
+// outlines have chief headers of their own: orvane/spatial/RTree.h and
+// orvane/monotone/Monotone.h.
 
 #include "orvane/Version.h"
 #include "orvane/algorithms/MelkmanAlgo.h"
+#include "orvane/curves/ClassDict.h"
+#include "orvane/curves/GeCircularArc2D.h"
+#include "orvane/curves/GeCurve2D.h"
+#include "orvane/curves/GeLine2D.h"
 #include "orvane/curves/GeLoop.h"
+#include "orvane/curves/GeObject.h"
 #include "orvane/curves/GePolygon.h"
+#include "orvane/curves/GeStrings.h"
+#include "orvane/curves/Startup.h"
 #include "orvane/foundation/Arc2D.h"
 #include "orvane/foundation/DirUtils.h"
 #include "orvane/foundation/Enums.h"
@@ -29,6 +37,7 @@
 #include "orvane/foundation/Rect2D.h"
 #include "orvane/foundation/ShapeRelationUtils.h"
 #include "orvane/foundation/Triangle2D.h"
+#include "orvane/foundation/VorLocale.h"
 #include "orvane/paths/Path64.h"
 #include "orvane/paths/clipping/Clipper.h"
 #include "orvane/paths/clipping/Clipper2.h"
