@@ -1,0 +1,266 @@
+// The cubic Bezier value against hand-worked and high-precision values, and against OCCT on
+// random cubics.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+#include "orvane/foundation/BezierSegment2D.h"
+#include "orvane/foundation/Exception.h"
+#include "support/TestSupport.h"
+#ifdef ORVANE_HAVE_OCCT
+#include "support/OcctBezier.h"
+#endif
+
+using namespace orvane;
+using orvane::testing::ExpectNear;
+
+namespace {
+
+// Inner legs of the standard quarter-circle cubic.
+constexpr double K = 0.5522847498;
+const TBezierSegment2D Arch({0, 0}, {0, 1}, {1, 1}, {1, 0});
+const TBezierSegment2D Quarter({1, 0}, {1, K}, {K, 1}, {0, 1});
+const TBezierSegment2D Cusp({0, 0}, {1, 1}, {0, 1}, {1, 0});
+const TBezierSegment2D Loop({0, 0}, {2, 2}, {-1, 2}, {1, 0});
+
+TBezierSegment2D RandomCubic(std::mt19937& Rng, double Size = 10.0) {
+  std::uniform_real_distribution<double> u(-Size, Size);
+  return {{u(Rng), u(Rng)}, {u(Rng), u(Rng)}, {u(Rng), u(Rng)}, {u(Rng), u(Rng)}};
+}
+
+}  // namespace
+
+TEST(BezierSegment2D, HandWorkedArch) {
+  // x = 3t^2 - 2t^3, y = 3t(1 - t): the top at (0.5, 0.75).
+  ExpectNear(Arch.EvalPoint(0.5), {0.5, 0.75});
+  TPoint2D d;
+  ExpectNear(Arch.EvalPoint(0.25, d), {0.15625, 0.5625});
+  ExpectNear(d, {1.125, 1.5});
+  TBezierSegment2D l, r;
+  ASSERT_TRUE(Arch.Split(0.5, l, r));
+  EXPECT_EQ(l, TBezierSegment2D({0, 0}, {0, 0.5}, {0.25, 0.75}, {0.5, 0.75}));
+  EXPECT_EQ(r, TBezierSegment2D({0.5, 0.75}, {0.75, 0.75}, {1, 0.5}, {1, 0}));
+  TBezierSegment2D ml, mr;
+  Arch.SplitMiddle(ml, mr);
+  EXPECT_EQ(ml, l);
+  EXPECT_EQ(mr, r);
+  // Outside (0, 1) nothing happens to the outputs.
+  for (double t : {0.0, 1.0, -0.5, 2.0, std::numeric_limits<double>::quiet_NaN()}) EXPECT_FALSE(Arch.Split(t, l, r));
+  EXPECT_EQ(l, ml);
+  EXPECT_EQ(Arch.GetBoundBox(), TRect2D(0, 0, 1, 0.75));
+  EXPECT_NEAR(Arch.CurveLength(), 2.0, 2e-15);
+  EXPECT_NEAR(Arch.ParamOfLength(0.0, 1.0, 1e-12), 0.5, 1e-13);
+  EXPECT_NEAR(Arch.ParamOfLength(1.0, -1.0, 1e-12), 0.5, 1e-13);
+  EXPECT_EQ(Arch.ParamOfLength(0.2, 5.0, 1e-9), 1.0);
+  EXPECT_EQ(Arch.ParamOfLength(0.2, -5.0, 1e-9), 0.0);
+  EXPECT_EQ(Arch.ParamOfLength(0.2, 0.0, 1e-9), 0.2);
+  ExpectNear(Arch.TangentStart(), {0, 1});
+  ExpectNear(Arch.TangentEnd(), {0, -1});
+  TBezierSegment2D rev = Arch;
+  rev.Reverse();
+  EXPECT_EQ(rev, TBezierSegment2D({1, 0}, {1, 1}, {0, 1}, {0, 0}));
+  TMatrix2D m;
+  m.Translate(2, 3);
+  rev.TransformBy(m);
+  EXPECT_EQ(rev.P1, TPoint2D(3, 4));
+}
+
+TEST(BezierSegment2D, LengthOnCuspsLoopsAndArcs) {
+  // References from an adaptive high-precision quadrature.
+  EXPECT_NEAR(Quarter.CurveLength(), 1.5710166980604843, 1e-14);
+  EXPECT_NEAR(Cusp.CurveLength(), 2.0 * std::sqrt(2.0) - 1.0, 1e-11);
+  EXPECT_NEAR(Loop.CurveLength(), 3.6961109147795420, 1e-11);
+  // Whatever the panel order, the answer settles.
+  for (int n : {2, 5, 14, 24, 64, 1000}) EXPECT_NEAR(Cusp.CurveLength(n), 2.0 * std::sqrt(2.0) - 1.0, 1e-10) << n;
+  // Walking out by lengths and measuring back is a round trip, also across the cusp.
+  for (double s : {0.0, 0.3, 0.7}) {
+    for (double len : {0.1, 0.5, 0.9}) {
+      const double t = Cusp.ParamOfLength(s, len, 1e-12);
+      if (t == 1.0) continue;  // past the end
+      TBezierSegment2D a, b, piece;
+      const bool split = Cusp.Split(s, a, b);
+      piece = split ? b : Cusp;
+      const double local = (t - s) / (1.0 - s);
+      TBezierSegment2D c, e;
+      ASSERT_TRUE(piece.Split(local, c, e));
+      EXPECT_NEAR(c.CurveLength(), len, 1e-10) << s << " " << len;
+    }
+  }
+  // A point cubic has length 0 and stays where it is.
+  const TBezierSegment2D dot({2, 2}, {2, 2}, {2, 2}, {2, 2});
+  EXPECT_EQ(dot.CurveLength(), 0.0);
+  EXPECT_EQ(dot.ParamOfLength(0.5, 1.0, 1e-9), 1.0);
+}
+
+TEST(BezierSegment2D, StraightCubicsAndTangents) {
+  const TBezierSegment2D s({1, 1}, {4, 5});
+  ExpectNear(s.EvalPoint(0.3), {1.9, 2.2}, 1e-14);  // chord parameters are curve parameters
+  TLine2D line;
+  ASSERT_TRUE(s.IsLinear(line, 1e-9));
+  EXPECT_EQ(line, TLine2D({1, 1}, {4, 5}));
+  EXPECT_NEAR(s.CurveLength(), 5.0, 1e-14);
+  EXPECT_NEAR(s.ParamOfLength(0.0, 2.0, 1e-12), 0.4, 1e-14);
+  // A cubic that doubles back over its chord is not straight, though it lies on the line.
+  const TBezierSegment2D back({0, 0}, {3, 0}, {3, 0}, {1, 0});
+  EXPECT_FALSE(back.IsLinear(line, 1e-6));
+  EXPECT_EQ(line, TLine2D({1, 1}, {4, 5}));  // untouched
+  // Uneven but forward: straight.
+  EXPECT_TRUE(TBezierSegment2D({0, 0}, {0, 0}, {1, 0}, {1, 0}).IsLinear(line, 1e-9));
+  // Inner points swapped along the chord still run forward; past the end by 0.2 they do not.
+  EXPECT_TRUE(TBezierSegment2D({0, 0}, {1, 0}, {0, 0}, {1, 0}).IsLinear(line, 1e-9));
+  EXPECT_TRUE(TBezierSegment2D({0, 0}, {1.2, 0}, {1.2, 0}, {1, 0}).IsLinear(line, 0.25));
+  EXPECT_FALSE(TBezierSegment2D({0, 0}, {1.2, 0}, {1.2, 0}, {1, 0}).IsLinear(line, 0.1));
+  EXPECT_FALSE(Arch.IsLinear(line, 0.5));
+  // Tangents point forward and survive coincident control points.
+  ExpectNear(TBezierSegment2D({0, 0}, {0, 0}, {1, 1}, {2, 0}).TangentStart(), TPoint2D(1, 1).Normal());
+  ExpectNear(TBezierSegment2D({0, 0}, {1, 1}, {2, 0}, {2, 0}).TangentEnd(), TPoint2D(1, -1).Normal());
+  ExpectNear(TBezierSegment2D({0, 0}, {0, 0}, {0, 0}, {-3, 0}).TangentStart(), {-1, 0});
+  ExpectNear(TBezierSegment2D({0, 0}, {0, 0}, {0, 0}, {-3, 0}).TangentEnd(), {-1, 0});
+  EXPECT_EQ(TBezierSegment2D({1, 1}, {1, 1}, {1, 1}, {1, 1}).TangentStart(), TPoint2D::FZero);
+}
+
+TEST(BezierSegment2D, ArcsAndInflections) {
+  TArc2D arc;
+  ASSERT_TRUE(Quarter.IsArc(arc, 1e-6, 1e-4));
+  ExpectNear(arc.Center, {0, 0}, 1e-9);
+  EXPECT_NEAR(arc.Radius, 1.0, 1e-9);
+  EXPECT_NEAR(arc.StartAngle, 0.0, 1e-9);
+  EXPECT_NEAR(arc.SweepAngle, HalfPi, 1e-9);
+  // Reversed, scaled, moved: a clockwise arc of the same circle.
+  TBezierSegment2D q = Quarter;
+  q.Reverse();
+  TMatrix2D m;
+  m.Scale(50, 50);
+  m.Translate(7, -3);
+  q.TransformBy(m);
+  ASSERT_TRUE(q.IsArc(arc, 1e-6, 1e-4));
+  ExpectNear(arc.Center, {7, -3}, 1e-8);
+  EXPECT_NEAR(arc.Radius, 50.0, 1e-8);
+  EXPECT_NEAR(arc.SweepAngle, -HalfPi, 1e-9);
+  // Legs 1% too long, an asymmetric cubic, an S and a straight cubic are no arcs.
+  EXPECT_FALSE(TBezierSegment2D({1, 0}, {1, K * 1.01}, {K * 1.01, 1}, {0, 1}).IsArc(arc, 1e-6, 1e-4));
+  EXPECT_FALSE(TBezierSegment2D({1, 0}, {1, K}, {K, 1.1}, {0, 1}).IsArc(arc, 1e-6, 1e-4));
+  EXPECT_FALSE(TBezierSegment2D({0, 0}, {1, 1}, {2, -1}, {3, 0}).IsArc(arc, 1e-6, 1e-4));
+  EXPECT_FALSE(TBezierSegment2D({0, 0}, {3, 0}).IsArc(arc, 1e-6, 1e-4));
+  // An S turns once, in its middle; arcs, arches and straight cubics never.
+  const TFloatDynArray s = TBezierSegment2D({0, 0}, {1, 1}, {2, -1}, {3, 0}).CurvatureChangedPlaces();
+  ASSERT_EQ(s.size(), 1U);
+  EXPECT_NEAR(s[0], 0.5, 1e-15);
+  EXPECT_TRUE(Quarter.CurvatureChangedPlaces().empty());
+  EXPECT_TRUE(Arch.CurvatureChangedPlaces().empty());
+  EXPECT_TRUE(TBezierSegment2D({0, 0}, {3, 0}).CurvatureChangedPlaces().empty());
+  // x = t, y = (t - 1/4)(t - 3/4)(t - 1/2)-like wave: two inflections, where B' x B'' = 0.
+  const TBezierSegment2D wave({0, 0}, {1, 3}, {2, -3}, {3, 0.5});
+  const TFloatDynArray w = wave.CurvatureChangedPlaces();
+  for (double t : w) {
+    TPoint2D d1;
+    wave.EvalPoint(t, d1);
+    const double h = 1e-6;
+    TPoint2D a, b;
+    wave.EvalPoint(t - h, a);
+    wave.EvalPoint(t + h, b);
+    EXPECT_NEAR(d1.CrossMul((b - a) / (2 * h)), 0.0, 1e-6);
+  }
+  EXPECT_EQ(w.size(), 1U);
+}
+
+TEST(BezierSegment2D, NearestPointIsGlobal) {
+  // From (0.5, 0.3) under the arch the two flanks are local minima at the same distance...
+  // moved right, the right flank wins; a search from the start would settle on the left.
+  double t = -1;
+  TPoint2D nearest;
+  const double d = Arch.DistanceTo({0.62, 0.3}, DefTol, t, nearest);
+  EXPECT_GT(t, 0.5);
+  // Dense sampling bounds the minimum from above and the answer may not exceed it.
+  double best = 1e300;
+  for (int i = 0; i <= 100000; ++i) best = std::min(best, Arch.EvalPoint(i / 100000.0).DistanceTo({0.62, 0.3}));
+  EXPECT_LE(d, best + 1e-15);
+  EXPECT_GT(d, best - 1e-9);
+  ExpectNear(nearest, Arch.EvalPoint(t), 1e-15);
+  // The centre of the quarter circle sees the whole arc at about radius 1: ends included.
+  EXPECT_NEAR(Quarter.DistanceTo({0, 0}, DefTol, t, nearest), 1.0, 3e-4);
+  // A point on the loop's crossing belongs to both passes; a point on the curve is on it.
+  double param = -1;
+  EXPECT_TRUE(Loop.IsOn(Loop.EvalPoint(0.37), DefTol, param));
+  EXPECT_NEAR(param, 0.37, 1e-9);
+  EXPECT_FALSE(Loop.IsOn({5, 5}, DefTol, param));
+  EXPECT_NEAR(Cusp.ParamOfPoint({0.5, 0.75}, DefTol), 0.5, 1e-6);
+  ExpectNear(Cusp.GetClosedPointTo({0.5, 2}, DefTol, param), {0.5, 0.75}, 1e-12);
+}
+
+TEST(BezierSegment2D, SamplingKeepsChordsWithinTolerance) {
+  TDynPoints2D pts;
+  TFloatDynArray params;
+  for (double tol : {1e-1, 1e-3, 1e-5}) {
+    const int n = Loop.GetSamplePoints(tol, pts, params, 100000);
+    ASSERT_EQ(pts.size(), static_cast<std::size_t>(n));
+    EXPECT_EQ(params.front(), 0.0);
+    EXPECT_EQ(params.back(), 1.0);
+    // The curve between two samples stays within tol of their chord.
+    for (int i = 0; i + 1 < n; ++i) {
+      for (int k = 1; k < 8; ++k) {
+        const double p = params[i] + (params[i + 1] - params[i]) * k / 8;
+        EXPECT_LE(TLine2D(pts[i], pts[i + 1]).DistanceLimit(Loop.EvalPoint(p)), tol);
+      }
+    }
+  }
+  EXPECT_EQ(TBezierSegment2D({0, 0}, {3, 0}).GetSamplePoints(1e-9, pts, params, 1000), 2);
+  EXPECT_EQ(Loop.GetSamplePoints(1e-12, pts, params, 50), 50);
+  const int back = Loop.GetSamplePoints(0.8, 0.2, 1e-3, pts, params, 1000);
+  EXPECT_EQ(back, static_cast<int>(pts.size()));
+  EXPECT_EQ(params.front(), 0.8);
+  EXPECT_EQ(params.back(), 0.2);
+  EXPECT_EQ(Loop.GetSamplePoints(0.3, 0.3, 1e-3, pts, params, 1000), 1);
+}
+
+TEST(BezierSegment2D, BadInputRaisesNamedErrors) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const TBezierSegment2D bad({0, 0}, {nan, 1}, {1, 1}, {1, 0});
+  double t = 0;
+  TPoint2D p;
+  TLine2D line;
+  TArc2D arc;
+  TDynPoints2D pts;
+  TFloatDynArray params;
+  EXPECT_THROW(bad.CurveLength(), EParamError);
+  EXPECT_THROW(bad.ParamOfLength(0, 1, 1e-6), EParamError);
+  EXPECT_THROW(bad.DistanceTo({0, 0}, DefTol, t, p), EParamError);
+  EXPECT_THROW(bad.IsLinear(line, 1e-6), EParamError);
+  EXPECT_THROW(bad.IsArc(arc, 1e-6, 1e-4), EParamError);
+  EXPECT_THROW(bad.CurvatureChangedPlaces(), EParamError);
+  EXPECT_THROW(bad.GetSamplePoints(1e-3, pts, params, 10), EParamError);
+  EXPECT_THROW(Arch.DistanceTo({std::numeric_limits<double>::infinity(), 0}, DefTol, t, p), EParamError);
+  EXPECT_THROW(Arch.ParamOfLength(0, nan, 1e-6), EParamError);
+  EXPECT_EQ(orvane::testing::MessageOf([&] { bad.CurveLength(); }),
+            "[Error] TBezierSegment2D.CurveLength: P1 (NAN, 1) is not a finite point");
+}
+
+#ifdef ORVANE_HAVE_OCCT
+TEST(BezierSegment2D, AgreesWithOcctOnRandomCubics) {
+  std::mt19937 rng(18);
+  std::uniform_real_distribution<double> u(-15.0, 15.0);
+  for (int i = 0; i < 300; ++i) {
+    const TBezierSegment2D b = RandomCubic(rng);
+    const double len = b.CurveLength();
+    EXPECT_NEAR(len, orvane::testing::OcctLength(b), 1e-8 * len) << i;
+    const TRect2D box = b.GetBoundBox(), ref = orvane::testing::OcctBox(b);
+    // OCCT's box may carry a small safety margin; ours is exact and must lie inside it.
+    EXPECT_GE(box.XMin, ref.XMin - 1e-12);
+    EXPECT_LE(box.XMax, ref.XMax + 1e-12);
+    EXPECT_NEAR(box.Width(), ref.Width(), 1e-6 * (1 + ref.Width()));
+    EXPECT_NEAR(box.Height(), ref.Height(), 1e-6 * (1 + ref.Height()));
+    for (int k = 0; k < 5; ++k) {
+      const TPoint2D pt(u(rng), u(rng));
+      double t;
+      TPoint2D nearest;
+      const double d = b.DistanceTo(pt, DefTol, t, nearest);
+      EXPECT_LE(d, orvane::testing::OcctDistance(b, pt) + 1e-9) << i << " " << k;
+      EXPECT_NEAR(nearest.DistanceTo(pt), d, 1e-12);
+    }
+  }
+}
+#else
+TEST(BezierSegment2D, AgreesWithOcctOnRandomCubics) { GTEST_SKIP() << "OCCT is not installed: no cross-check"; }
+#endif
