@@ -228,7 +228,6 @@ std::unique_ptr<TList<double>> TNumeric::NewtonRaphsonRoots(const TGeInterval& I
   for (std::size_t i = 0; i < cells; ++i) {
     const double x0 = xs[i], x1 = xs[i + 1], f0 = fs[i], f1 = fs[i + 1];
     if (!std::isfinite(f0) || !std::isfinite(f1)) continue;
-    if (f0 == 0.0) roots.push_back(x0);
     if ((f0 < 0.0 && f1 > 0.0) || (f0 > 0.0 && f1 < 0.0)) {
       roots.push_back(SolveBracketed(F, &DF, x0, x1, f0, f1));
       continue;
@@ -247,15 +246,26 @@ std::unique_ptr<TList<double>> TNumeric::NewtonRaphsonRoots(const TGeInterval& I
       roots.push_back(SolveBracketed(F, &DF, xm, x1, fm, f1));
     }
   }
-  if (std::isfinite(fs[cells]) && fs[cells] == 0.0) roots.push_back(b);
+  // A sample where |F| is within Tol and smallest among its neighbours is a root too: an end
+  // of the interval that F just reaches, or a touch that falls right on a sample.
+  for (std::size_t i = 0; i <= cells; ++i) {
+    const double fi = std::fabs(fs[i]);
+    if (fi <= tol && (i == 0 || fi <= std::fabs(fs[i - 1])) && (i == cells || fi <= std::fabs(fs[i + 1])))
+      roots.push_back(xs[i]);
+  }
   std::sort(roots.begin(), roots.end());
-  // Neighbouring roots between which F stays within Tol of 0 are one touch of the axis.
+  // Neighbouring roots between which F stays within Tol of 0 are one touch of the axis,
+  // given where |F| is least.
   std::size_t i = 0;
   while (i < roots.size()) {
-    double lo = roots[i], hi = roots[i];
+    double best = roots[i], bestF = std::fabs(F(roots[i]));
     std::size_t j = i + 1;
-    while (j < roots.size() && std::fabs(F(0.5 * (hi + roots[j]))) <= tol) hi = roots[j++];
-    result->Add(lo == hi ? lo : 0.5 * (lo + hi));
+    while (j < roots.size() && std::fabs(F(0.5 * (roots[j - 1] + roots[j]))) <= tol) {
+      const double fj = std::fabs(F(roots[j]));
+      if (fj < bestF) best = roots[j], bestF = fj;
+      ++j;
+    }
+    result->Add(best);
     i = j;
   }
   return result;
