@@ -72,6 +72,59 @@ bool SameCtrlPoints(const TBezierSegment2D& A, const TBezierSegment2D& B, double
   return same || (A.P0.Equals(B.P3, Tol) && A.P1.Equals(B.P2, Tol) && A.P2.Equals(B.P1, Tol) && A.P3.Equals(B.P0, Tol));
 }
 
+// The two pieces meet at an angle of at least 30 degrees wherever they meet: every leg of
+// one control polygon crosses every leg of the other that steeply and with the same turn.
+// The derivatives are positive combinations of the legs, so A' x B' keeps that sign for all
+// parameters, and two crossings p, q would need q - p (a combination of A's legs and of B's)
+// to be parallel to itself with a non-zero cross product: the pieces cross at most once.
+bool SteeplyTransversal(const TBezierSegment2D& A, const TBezierSegment2D& B) {
+  const TPoint2D la[3] = {A.P1 - A.P0, A.P2 - A.P1, A.P3 - A.P2};
+  const TPoint2D lb[3] = {B.P1 - B.P0, B.P2 - B.P1, B.P3 - B.P2};
+  int sign = 0;
+  for (const TPoint2D& a : la) {
+    const double ma = a.MagSqr();
+    if (ma == 0.0) continue;
+    for (const TPoint2D& b : lb) {
+      const double mb = b.MagSqr();
+      if (mb == 0.0) continue;
+      const double c = a.CrossMul(b);
+      if (c * c < 0.25 * ma * mb) return false;
+      const int cs = c > 0.0 ? 1 : -1;
+      if (sign != 0 && cs != sign) return false;
+      sign = cs;
+    }
+  }
+  return sign != 0;
+}
+
+// Newton's method on A(s) = B(t) from the crossing of the chords. True, with the local
+// parameters, when it converges inside both pieces.
+bool NewtonCross(const TBezierSegment2D& A, const TBezierSegment2D& B, double& S, double& T) {
+  const TPoint2D da = A.P3 - A.P0, db = B.P3 - B.P0, w = B.P0 - A.P0;
+  const double den = da.CrossMul(db);
+  if (den == 0.0) return false;
+  double s = std::clamp(w.CrossMul(db) / den, 0.0, 1.0), t = std::clamp(w.CrossMul(da) / den, 0.0, 1.0);
+  for (int iter = 0; iter < 32; ++iter) {
+    TPoint2D ds, dt;
+    const TPoint2D f = A.EvalPoint(s, ds) - B.EvalPoint(t, dt);
+    const double det = dt.CrossMul(ds);
+    if (det == 0.0) return false;
+    // Solve ds * x - dt * y = f for the step (x, y).
+    const double x = dt.CrossMul(f) / det, y = ds.CrossMul(f) / det;
+    s -= x;
+    t -= y;
+    if (!(s > -0.25 && s < 1.25 && t > -0.25 && t < 1.25)) return false;
+    if (std::fabs(x) + std::fabs(y) <= 1e-15) {
+      constexpr double slack = 1e-12;
+      if (s < -slack || s > 1.0 + slack || t < -slack || t > 1.0 + slack) return false;
+      S = std::clamp(s, 0.0, 1.0);
+      T = std::clamp(t, 0.0, 1.0);
+      return true;
+    }
+  }
+  return false;
+}
+
 // The Bezier parameter of a point found on a straight Bezier: its own nearest parameter, so
 // that an unevenly parameterised straight cubic still gets its true parameter.
 double StraightParam(const TBezierSegment2D& B, const TPoint2D& Pt) { return B.ParamOfPoint(Pt, DefTol); }
@@ -343,6 +396,14 @@ void TGeometryUtils::DoBezierCrossWithBezier(const TBezierSegment2D& BezierA, co
     const TBox boxA = CtrlBox(piece.A), boxB = CtrlBox(piece.B);
     if (BoxesApart(boxA, boxB, Tol)) continue;
     const bool smallB = IsSmall(boxB, Tol), smallA = IsSmall(boxA, Tol);
+    // Pieces that can cross only once, steeply: Newton finds that crossing exactly, and the
+    // leaves around it would all lie within 2 * Tol of it. Without a crossing inside, the
+    // pair goes on as usual (it may still touch within Tol).
+    double s = 0.0, t = 0.0;
+    if (!(smallA && smallB) && SteeplyTransversal(piece.A, piece.B) && NewtonCross(piece.A, piece.B, s, t)) {
+      AddCrossPt(Records, piece.A.EvalPoint(s), piece.T0 + (piece.T1 - piece.T0) * s, 0.0, piece.T0, piece.T1);
+      continue;
+    }
     if ((smallA && smallB) || piece.Depth >= 2 * MaxDepth || budget <= 0) {
       CrossLeaf(piece.A.P0, piece.A.P3, piece.B.P0, piece.B.P3, piece.T0, piece.T1, add);
       continue;

@@ -130,18 +130,26 @@ int CubicRootsIn01(double C3, double C2, double C1, double C0, std::array<double
   int n = 0;
   for (int i = 0; i <= nc; ++i) {
     double lo = knots[static_cast<std::size_t>(i)], hi = knots[static_cast<std::size_t>(i + 1)];
-    double flo = f(lo);
+    const double flo = f(lo);
     const double fhi = f(hi);
     if (!((flo < 0.0 && fhi > 0.0) || (flo > 0.0 && fhi < 0.0))) continue;
-    for (int iter = 0; iter < 80 && hi - lo > 1e-16; ++iter) {
-      const double mid = 0.5 * (lo + hi), fm = f(mid);
-      if ((fm < 0.0) == (flo < 0.0)) {
-        lo = mid;
-        flo = fm;
-      } else {
-        hi = mid;
-      }
+    // Newton inside the monotone stretch, bisecting whenever a step would leave it.
+    double x = 0.5 * (lo + hi);
+    for (int iter = 0; iter < 60; ++iter) {
+      const double fx = f(x);
+      if (fx == 0.0) break;
+      if ((fx < 0.0) == (flo < 0.0))
+        lo = x;
+      else
+        hi = x;
+      const double dfx = (3.0 * C3 * x + 2.0 * C2) * x + C1;
+      double next = dfx != 0.0 ? x - fx / dfx : 0.5 * (lo + hi);
+      if (!(next > std::min(lo, hi) && next < std::max(lo, hi))) next = 0.5 * (lo + hi);
+      const bool done = std::fabs(next - x) <= 1e-16;
+      x = next;
+      if (done) break;
     }
+    lo = hi = x;
     const double r = 0.5 * (lo + hi);
     if (r > 0.0 && r < 1.0) Roots[static_cast<std::size_t>(n++)] = r;
   }
@@ -434,29 +442,43 @@ bool TBezierSegment2D::IsLinear(TLine2D& Line, double Tol) const {
   return true;
 }
 
+namespace {
+
+// The largest radial deviation |r(t) - R| / R over 64 even parameter steps of B from the
+// circle about Center.
+double RadialDeviation(const TBezierSegment2D& B, const TPoint2D& Center, double Radius) {
+  double worst = 0.0;
+  for (int i = 1; i < 64; ++i) worst = std::max(worst, std::fabs(B.EvalPoint(i / 64.0).DistanceTo(Center) - Radius));
+  return worst / Radius;
+}
+
+}  // namespace
+
 bool TBezierSegment2D::IsArc(TArc2D& Arc, double Tol1, double Tol2) const {
   CheckFiniteBezier(*this, "TBezierSegment2D.IsArc");
-  const TPoint2D leg0 = P1 - P0, leg3 = P3 - P2, chordV = P3 - P0;
-  const double l0 = leg0.Mag(), l3 = leg3.Mag(), chord = chordV.Mag();
-  if (!(l0 > Tol1) || !(l3 > Tol1) || !(chord > Tol1)) return false;
-  const TPoint2D t0 = leg0 / l0, t3 = leg3 / l3, c = chordV / chord;
-  // An arc of sweep S meets its chord at S/2 at both ends.
-  const double half0 = std::atan2(t0.CrossMul(c), t0.DotMul(c));
-  const double half3 = std::atan2(c.CrossMul(t3), c.DotMul(t3));
-  const double half = 0.5 * (half0 + half3);
-  if (std::fabs(half) < 1e-9 || std::fabs(half) > HalfPi + 1e-9) return false;
-  if ((half0 > 0.0) != (half > 0.0) || (half3 > 0.0) != (half > 0.0)) return false;
-  const double radius = chord / (2.0 * std::sin(std::fabs(half)));
-  // The centres seen from the two ends, along the inward normals.
-  const TPoint2D n0 = half > 0.0 ? t0.RotateCcw90() : t0.RotateCw90();
-  const TPoint2D n3 = half > 0.0 ? t3.RotateCcw90() : t3.RotateCw90();
-  const TPoint2D c0 = P0 + n0 * radius, c3 = P3 + n3 * radius;
-  if (c0.DistanceTo(c3) > Tol1) return false;
-  const double sweep = 2.0 * half;
-  const double expected = 4.0 / 3.0 * std::tan(std::fabs(sweep) / 4.0) * radius;
-  if (std::fabs(l0 / expected - 1.0) > Tol2 || std::fabs(l3 / expected - 1.0) > Tol2) return false;
-  const TPoint2D center = (c0 + c3) * 0.5;
-  Arc = TArc2D(center, radius, (P0 - center).Angle(), sweep);
+  // The circle through the two ends and the curve's middle point.
+  const TPoint2D mid = EvalPoint(0.5);
+  const TLine2D chord(P0, P3);
+  if (!(chord.Length() > Tol1) || !(chord.DistanceDirect(mid) > Tol1)) return false;
+  const TPoint2D a = mid - P0, b = P3 - P0;
+  const double d = 2.0 * a.CrossMul(b);
+  const TPoint2D center = P0 + TPoint2D(b.Y * a.MagSqr() - a.Y * b.MagSqr(), a.X * b.MagSqr() - b.X * a.MagSqr()) / d;
+  const double radius = P0.DistanceTo(center);
+  // The sweep through the middle point: both halves turn the same way.
+  const TPoint2D v0 = P0 - center, vm = mid - center, v3 = P3 - center;
+  const double h1 = std::atan2(v0.CrossMul(vm), v0.DotMul(vm)), h2 = std::atan2(vm.CrossMul(v3), vm.DotMul(v3));
+  if ((h1 > 0.0) != (h2 > 0.0)) return false;
+  const double sweep = h1 + h2;
+  if (std::fabs(sweep) > Pi + 1e-9) return false;
+  // A cubic follows a circle only so far: the standard cubic of this sweep (inner legs
+  // 4/3 tan(sweep / 4) radius) strays by its own small amount, and the curve may stray by at
+  // most Tol2 more.
+  const double k = 4.0 / 3.0 * std::tan(std::fabs(sweep) / 4.0);
+  const double s = std::sin(std::fabs(sweep)), c = std::cos(std::fabs(sweep));
+  const TBezierSegment2D standard({1, 0}, {1, k}, {c + k * s, s - k * c}, {c, s});
+  const double inherent = RadialDeviation(standard, {0, 0}, 1.0);
+  if (RadialDeviation(*this, center, radius) > inherent + Tol2) return false;
+  Arc = TArc2D(center, radius, v0.Angle(), sweep);
   return true;
 }
 

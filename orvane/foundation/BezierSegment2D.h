@@ -72,12 +72,14 @@ struct ORVANE_API TBezierSegment2D {
   // runs back along it by more than Tol, so a cubic that doubles back over its chord is not
   // straight. Line receives P0-P3.
   bool IsLinear(TLine2D& Line, double Tol) const;
-  // The curve is the standard cubic of a circular arc of sweep at most a half turn: the end
-  // tangents meet the chord at equal angles (the two normals give centres within Tol1 of each
-  // other, Tol1 a distance) and each inner leg is 4/3 * tan(sweep / 4) * radius within the
-  // relative Tol2. Such a cubic follows its circle to about 2.7e-4 of the radius for a
-  // quarter turn and 4.2e-6 for an eighth. Arc receives the centre, radius, start angle and
-  // signed sweep (counter-clockwise positive).
+  // The curve is a circular arc of at most a half turn, the arc through its ends and its
+  // middle point (at parameter 1/2): its chord and its sagitta exceed Tol1 (a distance), and
+  // it strays from the circle by at most Tol2 (relative to the radius) more than the
+  // standard cubic of that arc does (the cubic with inner legs 4/3 * tan(sweep / 4) *
+  // radius, which strays by 2.7e-4 for a quarter turn and 4.2e-6 for an eighth). So the
+  // standard cubics are arcs at any Tol2, and arcs that an exporter wrote with slightly
+  // other legs pass at Tol2 = 1e-4. Arc receives the centre, radius, start angle and signed
+  // sweep (counter-clockwise positive).
   bool IsArc(TArc2D& Arc, double Tol1, double Tol2) const;
   // The inflections: the parameters in (0, 1) at which the curvature changes sign, ascending.
   TFloatDynArray CurvatureChangedPlaces() const;

@@ -139,8 +139,11 @@ TEST(BezierSegment2D, ArcsAndInflections) {
   ExpectNear(arc.Center, {7, -3}, 1e-8);
   EXPECT_NEAR(arc.Radius, 50.0, 1e-8);
   EXPECT_NEAR(arc.SweepAngle, -HalfPi, 1e-9);
-  // Legs 1% too long, an asymmetric cubic, an S and a straight cubic are no arcs.
-  EXPECT_FALSE(TBezierSegment2D({1, 0}, {1, K * 1.01}, {K * 1.01, 1}, {0, 1}).IsArc(arc, 1e-6, 1e-4));
+  // Legs 1% too long stray 1e-3 further: arcs at Tol2 = 2e-3, not at 1e-4. An asymmetric
+  // cubic, an S and a straight cubic are no arcs.
+  const TBezierSegment2D longLegs({1, 0}, {1, K * 1.01}, {K * 1.01, 1}, {0, 1});
+  EXPECT_FALSE(longLegs.IsArc(arc, 1e-6, 1e-4));
+  EXPECT_TRUE(longLegs.IsArc(arc, 1e-6, 2e-3));
   EXPECT_FALSE(TBezierSegment2D({1, 0}, {1, K}, {K, 1.1}, {0, 1}).IsArc(arc, 1e-6, 1e-4));
   EXPECT_FALSE(TBezierSegment2D({0, 0}, {1, 1}, {2, -1}, {3, 0}).IsArc(arc, 1e-6, 1e-4));
   EXPECT_FALSE(TBezierSegment2D({0, 0}, {3, 0}).IsArc(arc, 1e-6, 1e-4));
