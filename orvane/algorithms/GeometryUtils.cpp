@@ -72,15 +72,18 @@ bool SameCtrlPoints(const TBezierSegment2D& A, const TBezierSegment2D& B, double
   return same || (A.P0.Equals(B.P3, Tol) && A.P1.Equals(B.P2, Tol) && A.P2.Equals(B.P1, Tol) && A.P3.Equals(B.P0, Tol));
 }
 
-// The two pieces meet at an angle of at least 30 degrees wherever they meet: every leg of
-// one control polygon crosses every leg of the other that steeply and with the same turn.
-// The derivatives are positive combinations of the legs, so A' x B' keeps that sign for all
-// parameters, and two crossings p, q would need q - p (a combination of A's legs and of B's)
-// to be parallel to itself with a non-zero cross product: the pieces cross at most once.
-bool SteeplyTransversal(const TBezierSegment2D& A, const TBezierSegment2D& B) {
+// Sine of the shallowest angle at which the pieces can meet, when they meet at least at
+// MinSine everywhere: every leg of one control polygon crosses every leg of the other that
+// steeply and with the same turn. The derivatives are positive combinations of the legs, so
+// A' x B' keeps that sign for all parameters, and two crossings p, q would need q - p (a
+// combination of A's legs and of B's) to be parallel to itself with a non-zero cross
+// product: such pieces cross at most once. 0 otherwise.
+constexpr double MinSine = 0.1;
+double TransversalSine(const TBezierSegment2D& A, const TBezierSegment2D& B) {
   const TPoint2D la[3] = {A.P1 - A.P0, A.P2 - A.P1, A.P3 - A.P2};
   const TPoint2D lb[3] = {B.P1 - B.P0, B.P2 - B.P1, B.P3 - B.P2};
   int sign = 0;
+  double least = 1.0;
   for (const TPoint2D& a : la) {
     const double ma = a.MagSqr();
     if (ma == 0.0) continue;
@@ -88,13 +91,31 @@ bool SteeplyTransversal(const TBezierSegment2D& A, const TBezierSegment2D& B) {
       const double mb = b.MagSqr();
       if (mb == 0.0) continue;
       const double c = a.CrossMul(b);
-      if (c * c < 0.25 * ma * mb) return false;
+      const double sin2 = c * c / (ma * mb);
+      if (!(sin2 >= MinSine * MinSine)) return 0.0;
+      least = std::min(least, sin2);
       const int cs = c > 0.0 ? 1 : -1;
-      if (sign != 0 && cs != sign) return false;
+      if (sign != 0 && cs != sign) return 0.0;
       sign = cs;
     }
   }
-  return sign != 0;
+  return sign != 0 ? std::sqrt(least) : 0.0;
+}
+
+// P may lie within Tol of B: a few box tests on halves of B settle most points far away.
+bool MayBeNear(const TPoint2D& P, const TBezierSegment2D& B, double Tol) {
+  TBezierSegment2D stack[64];
+  int top = 0, budget = 256;
+  stack[top++] = B;
+  while (top > 0) {
+    const TBezierSegment2D piece = stack[--top];
+    const TBox box = CtrlBox(piece);
+    if (P.X < box.XMin - Tol || P.X > box.XMax + Tol || P.Y < box.YMin - Tol || P.Y > box.YMax + Tol) continue;
+    if (IsSmall(box, Tol) || --budget <= 0 || top + 2 > 64) return true;
+    Halves(piece, stack[top], stack[top + 1]);
+    top += 2;
+  }
+  return false;
 }
 
 // Newton's method on A(s) = B(t) from the crossing of the chords. True, with the local
@@ -143,13 +164,14 @@ void TGeometryUtils::SplitBezier(const TPoint2D& P1, const TPoint2D& P2, const T
 }
 
 void TGeometryUtils::AddCrossPt(TCrossRecs& Records, const TPoint2D& Pt, double Param, double Dist, double T0,
-                                double T1) {
+                                double T1, double Reach) {
   TLeafRec rec;
   rec.Pt = Pt;
   rec.Param = Param;
   rec.Dist = Dist;
   rec.T0 = T0;
   rec.T1 = T1;
+  rec.Reach = Reach;
   Records.push_back(rec);
 }
 
@@ -400,9 +422,13 @@ void TGeometryUtils::DoBezierCrossWithBezier(const TBezierSegment2D& BezierA, co
     // leaves around it would all lie within 2 * Tol of it. Without a crossing inside, the
     // pair goes on as usual (it may still touch within Tol).
     double s = 0.0, t = 0.0;
-    if (!(smallA && smallB) && SteeplyTransversal(piece.A, piece.B) && NewtonCross(piece.A, piece.B, s, t)) {
-      AddCrossPt(Records, piece.A.EvalPoint(s), piece.T0 + (piece.T1 - piece.T0) * s, 0.0, piece.T0, piece.T1);
-      continue;
+    if (!(smallA && smallB)) {
+      const double sine = TransversalSine(piece.A, piece.B);
+      if (sine > 0.0 && NewtonCross(piece.A, piece.B, s, t)) {
+        AddCrossPt(Records, piece.A.EvalPoint(s), piece.T0 + (piece.T1 - piece.T0) * s, 0.0, piece.T0, piece.T1,
+                   4.0 * Tol / sine);
+        continue;
+      }
     }
     if ((smallA && smallB) || piece.Depth >= 2 * MaxDepth || budget <= 0) {
       CrossLeaf(piece.A.P0, piece.A.P3, piece.B.P0, piece.B.P3, piece.T0, piece.T1, add);
@@ -435,13 +461,17 @@ void TGeometryUtils::RemoveCloseCrossPts(TCrossRecs& Records, TList<TPoint2D>& C
   std::size_t i = 0;
   while (i < Records.size()) {
     std::size_t best = i, j = i + 1;
-    double reach = Records[i].T1;
+    double reach = Records[i].T1, near = std::max(2.0 * Tol, Records[i].Reach);
     // A group also stays contiguous along the first curve: a curve that passes one point
-    // twice crosses there twice.
-    while (j < Records.size() && std::fabs(Records[j].Pt.X - Records[j - 1].Pt.X) <= 2.0 * Tol &&
-           std::fabs(Records[j].Pt.Y - Records[j - 1].Pt.Y) <= 2.0 * Tol && Records[j].T0 <= reach) {
+    // twice crosses there twice. Around an exactly solved shallow crossing it spans the
+    // stretch where the curves stay within Tol of each other.
+    while (j < Records.size() && Records[j].T0 <= reach) {
+      const double lim = std::max(near, Records[j].Reach);
+      if (std::fabs(Records[j].Pt.X - Records[j - 1].Pt.X) > lim || std::fabs(Records[j].Pt.Y - Records[j - 1].Pt.Y) > lim)
+        break;
       if (Records[j].Dist < Records[best].Dist) best = j;
       reach = std::max(reach, Records[j].T1);
+      near = lim;
       ++j;
     }
     // Leaves pass the box test up to about twice Tol apart: a group that never came within
@@ -464,7 +494,7 @@ bool TGeometryUtils::IsBezierOverlap(const TBezierSegment2D& BezierA, const TBez
   auto endOn = [&](const TPoint2D& p, const TBezierSegment2D& other, const TBox& otherBox) {
     TEnd end;
     if (p.X < otherBox.XMin - Tol || p.X > otherBox.XMax + Tol || p.Y < otherBox.YMin - Tol ||
-        p.Y > otherBox.YMax + Tol)
+        p.Y > otherBox.YMax + Tol || !MayBeNear(p, other, Tol))
       return end;
     TPoint2D nearest;
     end.On = other.DistanceTo(p, tol, end.Param, nearest) <= Tol;

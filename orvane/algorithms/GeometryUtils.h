@@ -72,9 +72,12 @@ class ORVANE_API TGeometryUtils {
   // A candidate with the parameter span of the leaf of the first curve that gave it: leaves
   // of one crossing are contiguous along that curve, leaves of two crossings at one point
   // (a curve that comes back through it) are not.
+  // Reach: how far from an exactly solved crossing leaves of neighbouring pieces may still
+  // pass within Tol (it grows as the crossing gets shallower); 0 for a leaf.
   struct TLeafRec : TCrossRec {
     double T0 = 0.0;
     double T1 = 0.0;
+    double Reach = 0.0;
   };
   using TCrossRecs = std::vector<TLeafRec>;
 
@@ -91,7 +94,8 @@ class ORVANE_API TGeometryUtils {
                                    double Tol, TCrossRecs& Records);
   static void DoBezierCrossWithBezier(const TBezierSegment2D& BezierA, const TBezierSegment2D& BezierB, double Tol,
                                       TCrossRecs& Records);
-  static void AddCrossPt(TCrossRecs& Records, const TPoint2D& Pt, double Param, double Dist, double T0, double T1);
+  static void AddCrossPt(TCrossRecs& Records, const TPoint2D& Pt, double Param, double Dist, double T0, double T1,
+                         double Reach = 0.0);
   static void RemoveCloseCrossPts(TCrossRecs& Records, TList<TPoint2D>& CrossPts, TList<double>* CrossPtParams,
                                   double Tol);
 };
