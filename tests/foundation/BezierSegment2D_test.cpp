@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
 #include <limits>
 #include <random>
 
@@ -28,6 +32,38 @@ const TBezierSegment2D Loop({0, 0}, {2, 2}, {-1, 2}, {1, 0});
 TBezierSegment2D RandomCubic(std::mt19937& Rng, double Size = 10.0) {
   std::uniform_real_distribution<double> u(-Size, Size);
   return {{u(Rng), u(Rng)}, {u(Rng), u(Rng)}, {u(Rng), u(Rng)}, {u(Rng), u(Rng)}};
+}
+
+// The single-span, non-rational cubic SPLINEs of a DXF file (degree 3, four control
+// points): the group codes 71 (degree), 73 (control point count), 41 (a weight), 10 and 20
+// (control point coordinates) of each SPLINE entity.
+std::vector<TBezierSegment2D> DxfCubics(const std::filesystem::path& File) {
+  std::ifstream in(File);
+  std::vector<std::pair<int, std::string>> pairs;
+  std::string code, value;
+  while (std::getline(in, code) && std::getline(in, value)) {
+    if (!value.empty() && value.back() == '\r') value.pop_back();
+    value.erase(0, std::min(value.size(), value.find_first_not_of(' ')));
+    pairs.emplace_back(std::stoi(code), value);
+  }
+  std::vector<TBezierSegment2D> result;
+  for (std::size_t i = 0; i < pairs.size(); ++i) {
+    if (pairs[i].first != 0 || pairs[i].second != "SPLINE") continue;
+    int degree = 0, count = 0;
+    bool rational = false;
+    std::vector<double> xs, ys;
+    for (std::size_t k = i + 1; k < pairs.size() && pairs[k].first != 0; ++k) {
+      const int c = pairs[k].first;
+      if (c == 71) degree = std::stoi(pairs[k].second);
+      if (c == 73) count = std::stoi(pairs[k].second);
+      if (c == 41) rational = true;
+      if (c == 10) xs.push_back(std::stod(pairs[k].second));
+      if (c == 20) ys.push_back(std::stod(pairs[k].second));
+    }
+    if (degree == 3 && count == 4 && !rational && xs.size() == 4 && ys.size() == 4)
+      result.push_back({{xs[0], ys[0]}, {xs[1], ys[1]}, {xs[2], ys[2]}, {xs[3], ys[3]}});
+  }
+  return result;
 }
 
 }  // namespace
@@ -238,6 +274,42 @@ TEST(BezierSegment2D, BadInputRaisesNamedErrors) {
   EXPECT_THROW(Arch.ParamOfLength(0, nan, 1e-6), EParamError);
   EXPECT_EQ(orvane::testing::MessageOf([&] { bad.CurveLength(); }),
             "[Error] TBezierSegment2D.CurveLength: P1 (NAN, 1) is not a finite point");
+}
+
+// Arcs of 30 to 90 degrees that drawing programs exported as single cubics.
+TEST(BezierSegment2D, ExportedArcsFromRealDrawings) {
+  const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "curves";
+  std::vector<TBezierSegment2D> cubics;
+  for (const char* name : {"laser4diy_shim_4pcs_2combined.dxf", "laser4diy_backplate_v2.dxf",
+                           "laser4diy_cutout_frontplate.dxf"}) {
+    if (!std::filesystem::exists(dir / name)) GTEST_SKIP() << "no drawing " << (dir / name).string();
+    const std::vector<TBezierSegment2D> some = DxfCubics(dir / name);
+    cubics.insert(cubics.end(), some.begin(), some.end());
+  }
+  ASSERT_EQ(cubics.size(), 243U);
+  for (const TBezierSegment2D& b : cubics) {
+    TArc2D arc;
+    ASSERT_TRUE(b.IsArc(arc, 1e-6, 1e-4)) << b.P0.ToString() << b.P1.ToString() << b.P2.ToString() << b.P3.ToString();
+    const double sweep = std::fabs(arc.SweepAngle) * 180 / Pi;
+    EXPECT_TRUE(sweep > 29.9 && sweep < 90.1) << sweep;
+    ExpectNear(arc.StartPoint(), b.P0, 1e-9 * arc.Radius);
+    ExpectNear(arc.EndPoint(), b.P3, 1e-9 * arc.Radius);
+    // The cubic follows its arc: length, middle and nearest points.
+    const double len = b.CurveLength();
+    EXPECT_NEAR(len, arc.CurveLength(), 2e-4 * len);
+    double t;
+    TPoint2D nearest;
+    EXPECT_LT(b.DistanceTo(arc.EvalPoint(0.3), DefTol, t, nearest), 4e-4 * arc.Radius);
+    EXPECT_NEAR(t, 0.3, 0.01);
+    // The exact box holds the curve and is held by the arc's box grown by the stray.
+    const TRect2D box = b.GetBoundBox(), arcBox = arc.GetBoundBox().InflatedRect(4e-4 * arc.Radius, 4e-4 * arc.Radius);
+    EXPECT_TRUE(arcBox.RelationWithRect(box, 0.0) == 2) << box.XMin << " " << arcBox.XMin;
+    for (int i = 0; i <= 64; ++i) EXPECT_TRUE(box.Contains(b.EvalPoint(i / 64.0), 1e-12));
+    EXPECT_TRUE(b.CurvatureChangedPlaces().empty());
+#ifdef ORVANE_HAVE_OCCT
+    EXPECT_NEAR(len, orvane::testing::OcctLength(b), 1e-10 * len);
+#endif
+  }
 }
 
 #ifdef ORVANE_HAVE_OCCT
