@@ -182,6 +182,11 @@ TEST(GeometryUtils, BezierWithBezier) {
   ASSERT_EQ(r.Beziers.Count(), 1);
   ExpectNear(r.Beziers[0].P0, Arch.EvalPoint(0.4), 1e-9);
   ExpectNear(r.Beziers[0].P3, Arch.EvalPoint(0.6), 1e-9);
+  // A cubic that doubles back over its chord crosses a straight one twice at one point.
+  r = WithBezier(TBezierSegment2D({0, 0}, {3, 0}, {3, 0}, {1, 0}), TBezierSegment2D({2, -1}, {2, 1}));
+  ASSERT_EQ(r.Pts.Count(), 2);
+  EXPECT_NEAR(r.Params[0], 0.3225040588626252, 1e-5);
+  EXPECT_NEAR(r.Params[1], 0.7858250029412351, 1e-5);
   // Two straight Beziers cross as segments.
   r = WithBezier(TBezierSegment2D({0, 0}, {2, 2}), TBezierSegment2D({0, 2}, {2, 0}));
   ASSERT_EQ(r.Pts.Count(), 1);
