@@ -50,6 +50,7 @@ bool BoxesApart(const TBox& A, const TBox& B, double Tol) {
 
 bool IsSmall(const TBox& B, double Tol) { return B.XMax - B.XMin < Tol && B.YMax - B.YMin < Tol; }
 
+// De Casteljau at 1/2, the one split of the subdivisions.
 void Halves(const TBezierSegment2D& B, TBezierSegment2D& L, TBezierSegment2D& R) {
   const TPoint2D q1 = (B.P0 + B.P1) * 0.5, q2 = (B.P1 + B.P2) * 0.5, q3 = (B.P2 + B.P3) * 0.5;
   const TPoint2D r1 = (q1 + q2) * 0.5, r2 = (q2 + q3) * 0.5;
@@ -151,17 +152,6 @@ bool NewtonCross(const TBezierSegment2D& A, const TBezierSegment2D& B, double& S
 double StraightParam(const TBezierSegment2D& B, const TPoint2D& Pt) { return B.ParamOfPoint(Pt, DefTol); }
 
 }  // namespace
-
-void TGeometryUtils::SplitBezier(const TPoint2D& P1, const TPoint2D& P2, const TPoint2D& P3, const TPoint2D& P4,
-                                 double T, TPoint2D& Q1, TPoint2D& Q2, TPoint2D& M, TPoint2D& R1, TPoint2D& R2) {
-  const double s = 1.0 - T;
-  const TPoint2D a = P1 * s + P2 * T, b = P2 * s + P3 * T, c = P3 * s + P4 * T;
-  Q1 = a;
-  R2 = c;
-  Q2 = a * s + b * T;
-  R1 = b * s + c * T;
-  M = Q2 * s + R1 * T;
-}
 
 void TGeometryUtils::AddCrossPt(TCrossRecs& Records, const TPoint2D& Pt, double Param, double Dist, double T0,
                                 double T1, double Reach) {
@@ -385,7 +375,7 @@ void TGeometryUtils::DoBezierCrossWithArc(const TBezierSegment2D& Bezier, const 
     }
     const double am = 0.5 * (piece.A0 + piece.A1);
     if ((smallBezier && !smallArc) || (!smallArc && !piece.Flag)) {
-      const bool flag = smallBezier ? false : true;
+      const bool flag = !smallBezier;
       stack.push_back({piece.B, piece.T0, piece.T1, am, piece.A1, flag, piece.Depth + 1});
       stack.push_back({piece.B, piece.T0, piece.T1, piece.A0, am, flag, piece.Depth + 1});
       continue;
@@ -435,7 +425,7 @@ void TGeometryUtils::DoBezierCrossWithBezier(const TBezierSegment2D& BezierA, co
       continue;
     }
     if ((smallA && !smallB) || (!smallB && !piece.Flag)) {
-      const bool flag = smallA ? false : true;
+      const bool flag = !smallA;
       TBezierSegment2D l, r;
       Halves(piece.B, l, r);
       stack.push_back({piece.A, r, piece.T0, piece.T1, flag, piece.Depth + 1});

@@ -81,9 +81,6 @@ class ORVANE_API TGeometryUtils {
   };
   using TCrossRecs = std::vector<TLeafRec>;
 
-  // De Casteljau at T: the left half is P1, Q1, Q2, M and the right half M, R1, R2, P4.
-  static void SplitBezier(const TPoint2D& P1, const TPoint2D& P2, const TPoint2D& P3, const TPoint2D& P4, double T,
-                          TPoint2D& Q1, TPoint2D& Q2, TPoint2D& M, TPoint2D& R1, TPoint2D& R2);
   static bool IsBezierOverlap(const TBezierSegment2D& BezierA, const TBezierSegment2D& BezierB, double Tol,
                               TList<TBezierSegment2D>& CrossBeziers);
   // Bezier lies in the frame of the segment (0, 0)-(L, 0).
