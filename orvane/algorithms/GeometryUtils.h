@@ -1,10 +1,12 @@
 #pragma once
 // TGeometryUtils: where a cubic Bezier crosses a segment, an arc or another Bezier, found by
 // subdivision with box rejection down to pieces smaller than the tolerance; and two small
-// rigid-motion and angle utilities.
+// rigid-motion and angle utilities. Two Bezier pieces that can only meet once, at an angle
+// of 6 degrees or more, are not subdivided further: Newton's method gives their crossing
+// to full precision.
 //
-// Tol (drawing units) ends the subdivision: curves that pass within about Tol of each other
-// count as touching. Tol must be a finite number above 0 (EParamError otherwise). A Bezier
+// Tol (drawing units) ends the subdivision: curves that pass within Tol of each other count
+// as touching, and a touch is reported once, where the curves come nearest. Tol must be a finite number above 0 (EParamError otherwise). A Bezier
 // with a control point that is not finite crosses nothing: the answer is false and the
 // lists stay as they were. Every subdivision is bounded in depth and in the number of piece
 // pairs it visits, so curves that run along each other cannot explode into millions of

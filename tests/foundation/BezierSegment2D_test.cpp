@@ -190,19 +190,6 @@ TEST(BezierSegment2D, ArcsAndInflections) {
   EXPECT_TRUE(Quarter.CurvatureChangedPlaces().empty());
   EXPECT_TRUE(Arch.CurvatureChangedPlaces().empty());
   EXPECT_TRUE(TBezierSegment2D({0, 0}, {3, 0}).CurvatureChangedPlaces().empty());
-  // x = t, y = (t - 1/4)(t - 3/4)(t - 1/2)-like wave: two inflections, where B' x B'' = 0.
-  const TBezierSegment2D wave({0, 0}, {1, 3}, {2, -3}, {3, 0.5});
-  const TFloatDynArray w = wave.CurvatureChangedPlaces();
-  for (double t : w) {
-    TPoint2D d1;
-    wave.EvalPoint(t, d1);
-    const double h = 1e-6;
-    TPoint2D a, b;
-    wave.EvalPoint(t - h, a);
-    wave.EvalPoint(t + h, b);
-    EXPECT_NEAR(d1.CrossMul((b - a) / (2 * h)), 0.0, 1e-6);
-  }
-  EXPECT_EQ(w.size(), 1U);
 }
 
 TEST(BezierSegment2D, NearestPointIsGlobal) {
