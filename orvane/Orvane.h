@@ -6,6 +6,7 @@
 // orvane/monotone/Monotone.h.
 
 #include "orvane/Version.h"
+#include "orvane/algorithms/GeometryUtils.h"
 #include "orvane/algorithms/MelkmanAlgo.h"
 #include "orvane/curves/ClassDict.h"
 #include "orvane/curves/GeCircularArc2D.h"
@@ -17,6 +18,7 @@
 #include "orvane/curves/GeStrings.h"
 #include "orvane/curves/Startup.h"
 #include "orvane/foundation/Arc2D.h"
+#include "orvane/foundation/BezierSegment2D.h"
 #include "orvane/foundation/DirUtils.h"
 #include "orvane/foundation/Enums.h"
 #include "orvane/foundation/Exception.h"
@@ -29,6 +31,7 @@
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/Matrix2D.h"
 #include "orvane/foundation/Nullable.h"
+#include "orvane/foundation/Numeric.h"
 #include "orvane/foundation/Persistent.h"
 #include "orvane/foundation/Point2D.h"
 #include "orvane/foundation/Point2DUtils.h"
