@@ -335,7 +335,8 @@ bool TPathUtils::IsNearByPoint(const TPaths64& Paths, const TPointL2D& Point, st
   for (const TPath64& p : Paths) scan.Path(p);
   if (scan.best == range) return false;
   NearestPoint = TPointL2D(Round(scan.nx), Round(scan.ny));
-  NearestDistance = static_cast<double>(Round(scan.best));
+  // A whole number of integer units; nearbyint, as the distance may pass 2^63 at the range's edge.
+  NearestDistance = std::nearbyint(scan.best);
   return true;
 }
 
