@@ -15,18 +15,17 @@ namespace orvane {
 namespace {
 
 std::uint64_t Mix(std::uint64_t V) {
-  V ^= V >> 30;
-  V *= 0xBF58476D1CE4E5B9ull;
-  V ^= V >> 27;
-  V *= 0x94D049BB133111EBull;
-  return V ^ (V >> 31);
+  V ^= V >> 31;
+  V *= 0x9E3779B97F4A7C15ull;
+  return V ^ (V >> 29);
 }
 
 // A key that two paths share whenever one walks onto the other: the vertex count and an
 // order-free sum over the vertices.
 std::uint64_t CycleKey(const TPath64& P) {
   std::uint64_t sum = Mix(P.size());
-  for (const TPoint64& v : P) sum += Mix(static_cast<std::uint64_t>(v.X) ^ Mix(static_cast<std::uint64_t>(v.Y)));
+  for (const TPoint64& v : P)
+    sum += Mix(static_cast<std::uint64_t>(v.X) * 0xC2B2AE3D27D4EB4Full + static_cast<std::uint64_t>(v.Y));
   return sum;
 }
 
