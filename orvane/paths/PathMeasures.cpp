@@ -122,7 +122,11 @@ int ExactPointInPath(const TPoint64& Pt, const TPath64& Path) {
       if (prev.X > px && c.X > px) {
         inside = !inside;
       } else if (prev.X >= px || c.X >= px) {
-        const int side = internal::Orientation64(prev, c, Pt);
+        // Which side of prev -> c: exact for coordinates in the clipping range, and no
+        // overflow beyond it.
+        const std::int64_t cross = internal::ClampedCross(TInt128(c.X) - prev.X, TInt128(px) - prev.X,
+                                                          TInt128(c.Y) - prev.Y, TInt128(py) - prev.Y);
+        const int side = (cross > 0) - (cross < 0);
         if (side == 0) return -1;
         if ((side > 0) == above) inside = !inside;
       }
@@ -367,7 +371,9 @@ bool TPathUtils::IsPointIn(const TPoint64& pt, const TPaths64& poly, std::int64_
 
 bool TPathUtils::IsPointIn(const TPoint64& pt, const TPath64& poly, std::int64_t tol) {
   if (Clipper::PointInPolygon(pt, poly) != 0) return true;
-  return IsPointIn(pt, TPaths64{poly}, tol);
+  double dist = 0.0;
+  TPointL2D nearest;
+  return IsNearByPoint(TPaths64{poly}, TPointL2D(pt.X, pt.Y), tol, dist, nearest);
 }
 
 bool TPathUtils::IsNearByPoint(const TPaths64& Paths, const TPointL2D& Point, std::int64_t Range,

@@ -51,7 +51,7 @@ class ORVANE_API TPathUtils {
  public:
   TPathUtils() = delete;
 
-  // ---- Points ---------------------------------------------------------------------------
+  // ---- Points (integer units unless said) -------------------------------------------------
   // Rate is integer units per drawing unit; it must be a positive finite number wherever it
   // converts (EParamError otherwise). Rounding is half to even; a result beyond 64 bits
   // raises EConvertError.
@@ -117,7 +117,7 @@ class ORVANE_API TPathUtils {
   static void AssignToPolylines(const TPaths64& Paths, TVPolyline2DList& Polylines, double Rate);
   static std::unique_ptr<TVPolyline2DList> CreatePolylines(const TPaths64& Paths, double Rate);
 
-  // ---- Housekeeping ----------------------------------------------------------------------
+  // ---- Housekeeping (integer units) ------------------------------------------------------
 
   static TPath64 Clone(const TPath64& Path) { return Path; }
   static TPaths64 Clone(const TPaths64& Paths) { return Paths; }
@@ -231,7 +231,7 @@ class ORVANE_API TPathUtils {
   static TList<std::int64_t> CalcYByX(const TPaths64&, std::int64_t, std::int64_t, bool) = delete;
   static TList<std::int64_t> CalcXByY(const TPaths64&, std::int64_t, std::int64_t, bool) = delete;
 
-  // ---- Point relations -------------------------------------------------------------------
+  // ---- Point relations (points in integer units) ------------------------------------------
 
   // srOn, srIn or srOut by an even-odd ray towards +X; the path is taken as closed. At
   // PathWorkingRate: a point within 1e-6 drawing units of where a sloped edge crosses its
@@ -291,6 +291,8 @@ class ORVANE_API TPathUtils {
   // when there is no vertex.
   static TPoint64 MostPoint(const TPaths64& Paths, const IntPointTolCmpFunc& Cmp, int& PathIdx, int& PtIdx,
                             std::int64_t Tol);
+  // MostPoint with the left-bottom rule of the single-path form, and with its twin that has
+  // the axes exchanged (Tol in integer units).
   static TPoint64 LeftBottomPoint(const TPaths64& Paths, int& PathIdx, int& PtIdx, std::int64_t Tol);
   static TPoint64 LeftBottomPoint(const TPaths64& Paths, std::int64_t Tol);
   static TPoint64 BottomLeftPoint(const TPaths64& Paths, int& PathIdx, int& PtIdx, std::int64_t Tol);

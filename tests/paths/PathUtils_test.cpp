@@ -454,6 +454,45 @@ TEST(PathUtils, ParametersAndCorners) {
   ExpectRaise<Exception>([&] { U::CornerRadian(closed, -1); }, "[Error] TPathUtils.CornerRadian: 下标越界");
 }
 
+TEST(PathUtils, DegeneratePathsGiveNeutralAnswers) {
+  const TPath64 none;
+  const TPath64 one{{5, 5}};
+  for (const TPath64& p : {none, one}) {
+    EXPECT_EQ(U::Area(p), 0.0);
+    EXPECT_EQ(U::Perimeter(p), 0.0);
+    EXPECT_FALSE(U::IsRectangle(p));
+    EXPECT_FALSE(U::GetIsClockwise(p));
+    EXPECT_TRUE(U::CalcYByX(p, 5, 10, true).IsEmpty());
+    EXPECT_TRUE(U::CalcXByY(p, 5, 10, false).IsEmpty());
+    EXPECT_EQ(U::PointInPolygon({5, 5}, p, U::IntBoundbox(p)), 0);
+    EXPECT_EQ(U::RelationWithPath(p, Square, 1.0, 1.0), 2);
+    EXPECT_EQ(U::RelationWithPath(Square, p, 1.0, 1.0), 2);
+    EXPECT_DOUBLE_EQ(U::CornerRadian(p, 0), Pi);
+    double param = -1.0;
+    EXPECT_FALSE(U::ParamByPoint(p, {6, 6}, param));
+    EXPECT_EQ(param, -1.0);
+    EXPECT_FALSE(U::IsCongruent({p}, {p}, {}, 1.0));
+    EXPECT_TRUE(U::ComparePath(p, p, 0));
+    EXPECT_TRUE(U::Equal({p}, {p}));
+    TPath64 q = p;
+    EXPECT_FALSE(U::Delete(q, 1));
+    U::SetIsClockwise(q, true);
+    U::Rotate(q, 1.0);
+    EXPECT_EQ(q.size(), p.size());
+  }
+  EXPECT_EQ(U::RelationWithPoint(one, {5, 6}), TShapeRelation::srOut);
+  EXPECT_EQ(U::PointByParam(one, 0.5), TPoint64(5, 5));
+  EXPECT_EQ(U::LeftBottomPoint(none, 3), TPoint64());
+  int pathIdx = 0, ptIdx = 0;
+  EXPECT_EQ(U::MostPoint({}, [](const TPoint64&, const TPoint64&, std::int64_t) { return true; }, pathIdx, ptIdx, 0),
+            TPoint64());
+  EXPECT_EQ(std::make_pair(pathIdx, ptIdx), std::make_pair(-1, -1));
+  TPaths64 nothing;
+  U::SetIsClockwise(nothing, true, false);
+  EXPECT_TRUE(U::CreatePolylines(nothing, 1.0)->IsEmpty());
+  EXPECT_FALSE(U::Delete(nothing, 0));
+}
+
 TEST(PathUtils, RelationsOfNestedAndOverlappingSquares) {
   constexpr std::int64_t M = 1000000;  // sides of M: areas of whole units of 1e12
   auto sq = [](std::int64_t x, std::int64_t y, std::int64_t s) { return testing::Rect(x, y, x + s, y + s); };
