@@ -39,7 +39,7 @@ void AxisCrossings(const TPath64& Path, std::int64_t Value, std::int64_t Range, 
     if (Abs128(cur) <= range) {
       Out.push_back(Along(b));
     } else if (Sign(cur) * Sign(last) < 0) {
-      // The design's slope form in doubles; differences taken in doubles so that no integer
+      // Slope times offset, in doubles; differences taken in doubles so that no integer
       // overflows, and the result held to the edge's own span before rounding.
       const double slope = (static_cast<double>(Along(b)) - static_cast<double>(Along(a))) /
                            (static_cast<double>(Across(b)) - static_cast<double>(Across(a)));
