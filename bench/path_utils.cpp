@@ -102,7 +102,8 @@ TShape MakeShape(std::string Name, TPath64 Path) {
   // 10^5 points over the box grown by a tenth on each side.
   std::mt19937_64 rng(2026);
   const std::int64_t mx = (s.Box.Right - s.Box.Left) / 10, my = (s.Box.Bottom - s.Box.Top) / 10;
-  std::uniform_int_distribution<std::int64_t> xs(s.Box.Left - mx, s.Box.Right + mx), ys(s.Box.Top - my, s.Box.Bottom + my);
+  std::uniform_int_distribution<std::int64_t> xs(s.Box.Left - mx, s.Box.Right + mx),
+      ys(s.Box.Top - my, s.Box.Bottom + my);
   for (int k = 0; k < 100000; ++k) {
     const TPoint64 p(xs(rng), ys(rng));
     s.Points.push_back(p);
@@ -125,7 +126,8 @@ TShape MakeShape(std::string Name, TPath64 Path) {
       double d = 0.0;
       GEOSDistance_r(Geos(), s.GeosPoints[k], s.Ring, &d);
       TPointL2D nearest;
-      if (std::fabs(TPathUtils::DistanceTo(list, TPointL2D(s.Points[k].X, s.Points[k].Y), nearest) - d) > 0.5 + d * 1e-12)
+      if (std::fabs(TPathUtils::DistanceTo(list, TPointL2D(s.Points[k].X, s.Points[k].Y), nearest) - d) >
+          0.5 + d * 1e-12)
         Fail(s.Name + ": distances differ");
     }
   }
@@ -160,8 +162,8 @@ const std::vector<TShape>& Shapes() {
         }
       }
     }
-    const std::string name = "largest Baldacci bin (" + std::to_string(bestCount) + " vertices with holes), outer ring of " +
-                             std::to_string(bin.size());
+    const std::string name = "largest Baldacci bin (" + std::to_string(bestCount) +
+                             " vertices with holes), outer ring of " + std::to_string(bin.size());
     out.push_back(MakeShape(name, std::move(bin)));
     return out;
   }();
@@ -248,7 +250,8 @@ struct TRings {
 GEOSGeometry* GeosCollection(const TPaths64& Paths) {
   std::vector<GEOSGeometry*> polys;
   for (const TPath64& p : Paths) polys.push_back(GEOSGeom_createPolygon_r(Geos(), GeosRing(p), nullptr, 0));
-  return GEOSGeom_createCollection_r(Geos(), GEOS_GEOMETRYCOLLECTION, polys.data(), static_cast<unsigned>(polys.size()));
+  return GEOSGeom_createCollection_r(Geos(), GEOS_GEOMETRYCOLLECTION, polys.data(),
+                                     static_cast<unsigned>(polys.size()));
 }
 
 bool GeosEqual(const GEOSGeometry* A, const GEOSGeometry* B) {

@@ -48,7 +48,8 @@ TPoint64 Extreme(const TPath64& Path, int* Idx, std::int64_t Tol, TPoint64 Start
   TPoint64 best = Start;
   for (std::size_t i = 0; i < Path.size(); ++i) {
     const TPoint64& p = Path[i];
-    const bool isNear = i > 0 && (NearOnX ? internal::NearStrict(best.X, p.X, Tol) : internal::NearStrict(best.Y, p.Y, Tol));
+    const bool isNear =
+        i > 0 && (NearOnX ? internal::NearStrict(best.X, p.X, Tol) : internal::NearStrict(best.Y, p.Y, Tol));
     if (isNear ? Secondary(p, best) : Primary(p, best)) {
       best = p;
       if (Idx != nullptr) *Idx = static_cast<int>(i);
@@ -115,7 +116,8 @@ TPoint2D TPathUtils::CreatePoint2D(const TPoint64& Point, double Rate) {
 }
 
 TPoint64 TPathUtils::Sub(const TPoint64& Left, const TPoint64& Right) {
-  return {internal::CheckedSub(Right.X, Left.X, "TPathUtils.Sub"), internal::CheckedSub(Right.Y, Left.Y, "TPathUtils.Sub")};
+  return {internal::CheckedSub(Right.X, Left.X, "TPathUtils.Sub"),
+          internal::CheckedSub(Right.Y, Left.Y, "TPathUtils.Sub")};
 }
 
 TPoint64 TPathUtils::PointMul(const TPoint64& Point, double Num) {
@@ -129,7 +131,8 @@ TPoint64 TPathUtils::Divide(const TPoint64& Point, double Num) {
 }
 
 TPoint64 TPathUtils::Negative(const TPoint64& Point) {
-  return {internal::CheckedSub(0, Point.X, "TPathUtils.Negative"), internal::CheckedSub(0, Point.Y, "TPathUtils.Negative")};
+  return {internal::CheckedSub(0, Point.X, "TPathUtils.Negative"),
+          internal::CheckedSub(0, Point.Y, "TPathUtils.Negative")};
 }
 
 double TPathUtils::Angle(const TPoint64& Vec1, const TPoint64& Vec2) {
@@ -209,7 +212,9 @@ TPaths64 TPathUtils::CreatePaths(const TVPolyline2DList* Polylines, double Rate)
   return Polylines == nullptr ? TPaths64() : Polylines->ToPaths(Rate);
 }
 
-TPaths64 TPathUtils::CreatePaths(const TVPolyline2DList& Polylines, double Rate) { return CreatePaths(&Polylines, Rate); }
+TPaths64 TPathUtils::CreatePaths(const TVPolyline2DList& Polylines, double Rate) {
+  return CreatePaths(&Polylines, Rate);
+}
 
 TPaths64 TPathUtils::CreatePaths(const TVHPolygonList& HPolygons, double Rate) {
   internal::CheckPositiveRate(Rate, "TPathUtils.CreatePaths");
@@ -269,7 +274,9 @@ void TPathUtils::Free(TPaths64& Paths) {
   TPaths64().swap(Paths);
 }
 
-void TPathUtils::PathsAdd(TPaths64& DestinationPaths, TPath64 SourcePath) { DestinationPaths.push_back(std::move(SourcePath)); }
+void TPathUtils::PathsAdd(TPaths64& DestinationPaths, TPath64 SourcePath) {
+  DestinationPaths.push_back(std::move(SourcePath));
+}
 
 void TPathUtils::PathsAddRange(TPaths64& DestinationPaths, const TPaths64& SourcePaths) {
   DestinationPaths.insert(DestinationPaths.end(), SourcePaths.begin(), SourcePaths.end());
@@ -377,7 +384,9 @@ void TPathUtils::Reverse(TPaths64& Paths) {
 
 // ---- Extreme vertices -----------------------------------------------------------------------
 
-TPoint64 TPathUtils::LeftTopPoint(const TPath64& APath, int& ltIdx, std::int64_t Tol) { return LeftTop(APath, &ltIdx, Tol); }
+TPoint64 TPathUtils::LeftTopPoint(const TPath64& APath, int& ltIdx, std::int64_t Tol) {
+  return LeftTop(APath, &ltIdx, Tol);
+}
 
 TPoint64 TPathUtils::LeftTopPoint(const TPath64& APath, std::int64_t Tol) {
   return LeftTop(APath, nullptr, std::max<std::int64_t>(Tol, 1));
@@ -412,19 +421,29 @@ TPoint64 TPathUtils::LeftTopPoint(const TPath64& APath) {
   return LeftTopPoint(APath, idx);
 }
 
-TPoint64 TPathUtils::RightBottomPoint(const TPath64& APath, int& Idx, std::int64_t Tol) { return RightBottom(APath, &Idx, Tol); }
+TPoint64 TPathUtils::RightBottomPoint(const TPath64& APath, int& Idx, std::int64_t Tol) {
+  return RightBottom(APath, &Idx, Tol);
+}
 TPoint64 TPathUtils::RightBottomPoint(const TPath64& APath) { return RightBottom(APath, nullptr, 1000); }
-TPoint64 TPathUtils::RightTopPoint(const TPath64& APath, int& Idx, std::int64_t Tol) { return RightTop(APath, &Idx, Tol); }
+TPoint64 TPathUtils::RightTopPoint(const TPath64& APath, int& Idx, std::int64_t Tol) {
+  return RightTop(APath, &Idx, Tol);
+}
 TPoint64 TPathUtils::RightTopPoint(const TPath64& APath) { return RightTop(APath, nullptr, 1000); }
-TPoint64 TPathUtils::BottomLeftPoint(const TPath64& APath, int& Idx, std::int64_t Tol) { return BottomLeft(APath, &Idx, Tol); }
+TPoint64 TPathUtils::BottomLeftPoint(const TPath64& APath, int& Idx, std::int64_t Tol) {
+  return BottomLeft(APath, &Idx, Tol);
+}
 TPoint64 TPathUtils::BottomLeftPoint(const TPath64& APath) { return BottomLeft(APath, nullptr, 100); }
 TPoint64 TPathUtils::BottomRightPoint(const TPath64& APath, int& Idx, std::int64_t Tol) {
   return BottomRight(APath, &Idx, Tol);
 }
 TPoint64 TPathUtils::BottomRightPoint(const TPath64& APath) { return BottomRight(APath, nullptr, 100); }
-TPoint64 TPathUtils::TopLeftPoint(const TPath64& APath, int& Idx, std::int64_t Tol) { return TopLeft(APath, &Idx, Tol); }
+TPoint64 TPathUtils::TopLeftPoint(const TPath64& APath, int& Idx, std::int64_t Tol) {
+  return TopLeft(APath, &Idx, Tol);
+}
 TPoint64 TPathUtils::TopLeftPoint(const TPath64& APath) { return TopLeft(APath, nullptr, 100); }
-TPoint64 TPathUtils::TopRightPoint(const TPath64& APath, int& Idx, std::int64_t Tol) { return TopRight(APath, &Idx, Tol); }
+TPoint64 TPathUtils::TopRightPoint(const TPath64& APath, int& Idx, std::int64_t Tol) {
+  return TopRight(APath, &Idx, Tol);
+}
 TPoint64 TPathUtils::TopRightPoint(const TPath64& APath) { return TopRight(APath, nullptr, 1000); }
 
 }  // namespace orvane

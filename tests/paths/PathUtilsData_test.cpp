@@ -70,7 +70,7 @@ const std::vector<TOutlineSet>& Outlines() {
   return sets;
 }
 
-#define REQUIRE_OUTLINES()                                                                       \
+#define REQUIRE_OUTLINES() \
   if (Outlines().empty()) GTEST_SKIP() << "no part outlines in " ORVANE_SHARED_DATA_DIR "/outlines"
 
 TEST(PathUtilsData, EveryOutlineRoundTripsAtTheWorkingRate) {
@@ -177,6 +177,7 @@ void CheckOutline(const TGeos& G, const TPath64& P, int Points, std::mt19937_64&
                         a.Y + (b.Y - a.Y) / std::max<std::int64_t>(g, 1) * s);
       GEOSGeometry* gp = G.Point(on);
       ASSERT_EQ(GEOSIntersects_r(G.H, gp, ring), 1) << Name;
+      ASSERT_EQ(GEOSCovers_r(G.H, poly, gp), 1) << Name;
       GEOSGeom_destroy_r(G.H, gp);
       ASSERT_EQ(U::RelationWithPoint(P, on), TShapeRelation::srOn) << Name;
       ASSERT_EQ(U::PointInPolygon(on, P, box), -1) << Name;
@@ -193,7 +194,8 @@ TEST(PathUtilsData, AreaRelationAndDistanceAgreeWithGeosAndPolyclipping) {
   TGeos g;
   std::mt19937_64 rng(16);
   for (const TOutlineSet& set : Outlines()) {
-    for (const TDynPoints2D& part : set.Parts) CheckOutline(g, U::CreatePath(part, PathWorkingRate), 10000, rng, set.Name);
+    for (const TDynPoints2D& part : set.Parts)
+      CheckOutline(g, U::CreatePath(part, PathWorkingRate), 10000, rng, set.Name);
     // Bins are large and many: fewer points each.
     for (const TDynPoints2D& bin : set.Bins) CheckOutline(g, U::CreatePath(bin, PathWorkingRate), 300, rng, set.Name);
   }

@@ -397,12 +397,14 @@ TEST(PathUtils, PointScansAgreeWithTheExactTestOnLatticeOutlines) {
       for (std::int64_t y = -1; y <= 9; ++y) {
         const TPoint64 pt(x, y);
         const int exact = Clipper::PointInPolygon(pt, path);
-        const TShapeRelation want = exact == -1 ? TShapeRelation::srOn : exact == 1 ? TShapeRelation::srIn : TShapeRelation::srOut;
+        const TShapeRelation want = exact == -1  ? TShapeRelation::srOn
+                                    : exact == 1 ? TShapeRelation::srIn
+                                                 : TShapeRelation::srOut;
         ASSERT_EQ(U::RelationWithPoint(path, pt), want) << "round " << round << " at " << x << "," << y;
         ASSERT_EQ(U::PointInPolygon(pt, path, box), exact) << "round " << round << " at " << x << "," << y;
         ++seen[exact + 1];
         const int second = Clipper::PointInPolygon(pt, other);
-        const TShapeRelation both = exact == -1 || second == -1 ? TShapeRelation::srOn
+        const TShapeRelation both = exact == -1 || second == -1     ? TShapeRelation::srOn
                                     : (exact == 1) != (second == 1) ? TShapeRelation::srIn
                                                                     : TShapeRelation::srOut;
         ASSERT_EQ(U::RelationWithPoint(TPaths64{path, other}, pt), both) << "round " << round;
@@ -484,7 +486,8 @@ TEST(PathUtils, DegeneratePathsGiveNeutralAnswers) {
   EXPECT_EQ(U::PointByParam(one, 0.5), TPoint64(5, 5));
   EXPECT_EQ(U::LeftBottomPoint(none, 3), TPoint64());
   int pathIdx = 0, ptIdx = 0;
-  EXPECT_EQ(U::MostPoint({}, [](const TPoint64&, const TPoint64&, std::int64_t) { return true; }, pathIdx, ptIdx, 0),
+  EXPECT_EQ(U::MostPoint(
+                {}, [](const TPoint64&, const TPoint64&, std::int64_t) { return true; }, pathIdx, ptIdx, 0),
             TPoint64());
   EXPECT_EQ(std::make_pair(pathIdx, ptIdx), std::make_pair(-1, -1));
   TPaths64 nothing;
