@@ -42,6 +42,8 @@
 #include "orvane/foundation/Triangle2D.h"
 #include "orvane/foundation/VorLocale.h"
 #include "orvane/paths/Path64.h"
+#include "orvane/paths/PathUtils.h"
+#include "orvane/paths/PathsList.h"
 #include "orvane/paths/clipping/Clipper.h"
 #include "orvane/paths/clipping/Clipper2.h"
 #include "orvane/paths/clipping/ClipperCore.h"
