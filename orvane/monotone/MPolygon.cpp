@@ -272,48 +272,180 @@ double TMPolygon::Area() const {
 
 bool TMPolygon::IsClockwise() const { return Area() < 0.0; }
 
-std::uint8_t TMPolygon::PointIsIn(const TPoint2D& Pt) const {
+TMPolygon::TChainSpan TMPolygon::SpanOf(const TMChain& Chain) {
+  const TPoint2D* v = Chain.FItems.data();
+  const std::size_t n = Chain.FItems.size();
+  const double bottom = v[0].Y;
+  const double top = v[n - 1].Y;
+  return {bottom - DefaultTol, top + DefaultTol, bottom, top, Chain.FLeft, Chain.FRight, &Chain};
+}
+
+int TMPolygon::PlaceAgainst(const TChainSpan& Span, const TPoint2D& Pt) {
   constexpr double tol2 = DefaultTol * DefaultTol;
+  // A chain wholly left of the point neither holds it nor crosses the ray.
+  if (Pt.X > Span.Right + DefaultTol) return 0;
+  const TMChain& chain = *Span.Chain;
+  const TPoint2D* v = chain.FItems.data();
+  const int n = static_cast<int>(chain.FItems.size());
+  if (Pt.X >= Span.Left - DefaultTol) {
+    // On the boundary: within the tolerance of a segment, by Euclidean distance, so that
+    // a nearly level edge holds the points beside it as a steep one does.
+    if (n == 1) return internal::SegmentDist2(Pt, v[0], v[0]) <= tol2 ? 2 : 0;
+    const double floor = Pt.Y - DefaultTol;
+    int k = static_cast<int>(
+                std::partition_point(v + 1, v + n - 1, [floor](const TPoint2D& Q) { return Q.Y < floor; }) - v) -
+            1;
+    for (; k < n - 1 && v[k].Y <= Pt.Y + DefaultTol; ++k) {
+      if (internal::SegmentDist2(Pt, v[k], v[k + 1]) <= tol2) return 2;
+    }
+  }
+  // The ray toward larger x, against the chain over the half-open heights from its bottom
+  // to its top: a ray through a shared vertex counts once, a level chain never. The point
+  // lies farther than the tolerance from every segment, so the exact sides below are not
+  // at the mercy of round-off.
+  if (Pt.Y < Span.Bottom || Pt.Y >= Span.Top) return 0;
+  if (Pt.X < Span.Left) return 1;
+  const double y = Pt.Y;
+  const int k = static_cast<int>(std::partition_point(v, v + n, [y](const TPoint2D& Q) { return Q.Y <= y; }) - v) - 1;
+  const TPoint2D& s = v[k];
+  const TPoint2D& e = v[k + 1];
+  const double x = s.X + (y - s.Y) / (e.Y - s.Y) * (e.X - s.X);
+  return Pt.X < x ? 1 : 0;
+}
+
+namespace {
+
+// Below this many chains a scan over them beats the descent through an index.
+constexpr std::size_t MinIndexedChains = 16;
+
+}  // namespace
+
+std::uint8_t TMPolygon::PointIsIn(const TPoint2D& Pt) const {
   bool inside = false;
-  for (const TMChain* chain : FItems) {
-    const int n = chain->Count();
-    if (n == 0) continue;
-    const TPoint2D* v = chain->FItems.data();
-    if (Pt.Y < v[0].Y - DefaultTol || Pt.Y > v[n - 1].Y + DefaultTol) continue;
-    // A chain wholly left of the point neither holds it nor crosses the ray.
-    if (Pt.X > chain->FRight + DefaultTol) continue;
-    if (Pt.X >= chain->FLeft - DefaultTol) {
-      // On the boundary: within the tolerance of a segment, by Euclidean distance, so that
-      // a nearly level edge holds the points beside it as a steep one does.
-      if (n == 1) {
-        if (internal::SegmentDist2(Pt, v[0], v[0]) <= tol2) return 2;
-        continue;
-      }
-      const double floor = Pt.Y - DefaultTol;
-      int k = static_cast<int>(
-                  std::partition_point(v + 1, v + n - 1, [floor](const TPoint2D& Q) { return Q.Y < floor; }) - v) -
-              1;
-      for (; k < n - 1 && v[k].Y <= Pt.Y + DefaultTol; ++k) {
-        if (internal::SegmentDist2(Pt, v[k], v[k + 1]) <= tol2) return 2;
-      }
+  // A point without a place has no height to look up: it takes the scan, whose answer for
+  // it is the same as ever.
+  const bool indexed = FItems.size() >= MinIndexedChains && std::isfinite(Pt.X) && std::isfinite(Pt.Y);
+  if (indexed && !FHeightIndex.Built) BuildHeightIndex();
+  if (!indexed || FHeightIndex.Unusable) {
+    for (const TMChain* chain : FItems) {
+      if (chain->FItems.empty()) continue;
+      const TChainSpan span = SpanOf(*chain);
+      if (Pt.Y < span.Lo || Pt.Y > span.Hi) continue;
+      const int placed = PlaceAgainst(span, Pt);
+      if (placed == 2) return 2;
+      if (placed == 1) inside = !inside;
     }
-    // The ray toward larger x, against the chain over the half-open heights from its
-    // bottom to its top: a ray through a shared vertex counts once, a level chain never.
-    // The point lies farther than the tolerance from every segment, so the exact sides
-    // below are not at the mercy of round-off.
-    if (Pt.Y < v[0].Y || Pt.Y >= v[n - 1].Y) continue;
-    if (Pt.X < chain->FLeft) {
-      inside = !inside;
-      continue;
+    return inside ? 1 : 0;
+  }
+
+  // Down the interval tree: at each node the chains that hold its centre height, read from
+  // the end that the point's height cuts short, then the side of the centre the point is on.
+  const double y = Pt.Y;
+  const THeightNode* nodes = FHeightIndex.Nodes.data();
+  int at = FHeightIndex.Nodes.empty() ? -1 : 0;
+  while (at >= 0) {
+    const THeightNode& node = nodes[at];
+    if (y < node.Center) {
+      const TChainSpan* s = FHeightIndex.ByLow.data() + node.Begin;
+      for (int k = 0; k < node.Count && s[k].Lo <= y; ++k) {
+        const int placed = PlaceAgainst(s[k], Pt);
+        if (placed == 2) return 2;
+        if (placed == 1) inside = !inside;
+      }
+      at = node.Below;
+    } else if (y > node.Center) {
+      const TChainSpan* s = FHeightIndex.ByHigh.data() + node.Begin;
+      for (int k = 0; k < node.Count && s[k].Hi >= y; ++k) {
+        const int placed = PlaceAgainst(s[k], Pt);
+        if (placed == 2) return 2;
+        if (placed == 1) inside = !inside;
+      }
+      at = node.Above;
+    } else {
+      // At the centre: every chain of the node spans the height, and none below or above.
+      const TChainSpan* s = FHeightIndex.ByLow.data() + node.Begin;
+      for (int k = 0; k < node.Count; ++k) {
+        const int placed = PlaceAgainst(s[k], Pt);
+        if (placed == 2) return 2;
+        if (placed == 1) inside = !inside;
+      }
+      at = -1;
     }
-    const double y = Pt.Y;
-    const int k = static_cast<int>(std::partition_point(v, v + n, [y](const TPoint2D& Q) { return Q.Y <= y; }) - v) - 1;
-    const TPoint2D& s = v[k];
-    const TPoint2D& e = v[k + 1];
-    const double x = s.X + (y - s.Y) / (e.Y - s.Y) * (e.X - s.X);
-    if (Pt.X < x) inside = !inside;
   }
   return inside ? 1 : 0;
+}
+
+void TMPolygon::BuildHeightIndex() const {
+  THeightIndex& index = FHeightIndex;
+  index = THeightIndex();
+  index.Built = true;
+  std::vector<TChainSpan> spans;
+  spans.reserve(FItems.size());
+  for (const TMChain* chain : FItems) {
+    if (chain->FItems.empty()) continue;
+    const TChainSpan span = SpanOf(*chain);
+    if (!std::isfinite(span.Lo) || !std::isfinite(span.Hi)) {
+      index.Unusable = true;
+      return;
+    }
+    // A chain whose stored heights do not climb holds no height at all.
+    if (span.Lo <= span.Hi) spans.push_back(span);
+  }
+  index.Nodes.reserve(spans.size());
+  index.ByLow.reserve(spans.size());
+  index.ByHigh.reserve(spans.size());
+  BuildHeightNode(spans);
+}
+
+int TMPolygon::BuildHeightNode(std::vector<TChainSpan>& Spans) const {
+  // The centre is the median of the intervals' ends, so at most half the intervals lie
+  // wholly on either side and the tree is at most logarithmically deep.
+  if (Spans.empty()) return -1;
+  THeightIndex& index = FHeightIndex;
+  std::vector<double> ends;
+  ends.reserve(2 * Spans.size());
+  for (const TChainSpan& s : Spans) {
+    ends.push_back(s.Lo);
+    ends.push_back(s.Hi);
+  }
+  const auto middle = ends.begin() + static_cast<std::ptrdiff_t>(ends.size() / 2);
+  std::nth_element(ends.begin(), middle, ends.end());
+  const double center = *middle;
+
+  std::vector<TChainSpan> below, above;
+  const std::size_t begin = index.ByLow.size();
+  for (const TChainSpan& s : Spans) {
+    if (s.Hi < center)
+      below.push_back(s);
+    else if (s.Lo > center)
+      above.push_back(s);
+    else
+      index.ByLow.push_back(s);
+  }
+  const auto first = index.ByLow.begin() + static_cast<std::ptrdiff_t>(begin);
+  std::stable_sort(first, index.ByLow.end(), [](const TChainSpan& A, const TChainSpan& B) { return A.Lo < B.Lo; });
+  index.ByHigh.insert(index.ByHigh.end(), first, index.ByLow.end());
+  std::stable_sort(index.ByHigh.begin() + static_cast<std::ptrdiff_t>(begin), index.ByHigh.end(),
+                   [](const TChainSpan& A, const TChainSpan& B) { return A.Hi > B.Hi; });
+  Spans.clear();
+  Spans.shrink_to_fit();
+
+  const int at = static_cast<int>(index.Nodes.size());
+  index.Nodes.push_back({center, static_cast<int>(begin), static_cast<int>(index.ByLow.size() - begin), -1, -1});
+  const int lower = BuildHeightNode(below);
+  const int upper = BuildHeightNode(above);
+  index.Nodes[static_cast<std::size_t>(at)].Below = lower;
+  index.Nodes[static_cast<std::size_t>(at)].Above = upper;
+  return at;
+}
+
+void TMPolygon::DropHeightIndex() {
+  if (FHeightIndex.Built) FHeightIndex = THeightIndex();
+}
+
+void TMPolygon::Notify(TMChain* const& Item, TCollectionNotification Action) {
+  DropHeightIndex();
+  TVGeometry2DList<TMChain>::Notify(Item, Action);
 }
 
 bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
@@ -366,8 +498,39 @@ std::unique_ptr<TVPolyline2D> TMPolygon::ToVPolyline2D() const {
 }
 
 void TMPolygon::Translate(const TPoint2D& Vector) {
+  DropHeightIndex();
   TVGeometry2DList<TMChain>::Translate(Vector);
   if (FBoundBox.IsValid()) FBoundBox = FBoundBox.Translate(Vector);
+}
+
+void TMPolygon::RoundTo(int Accuracy) {
+  DropHeightIndex();
+  TVGeometry2DList<TMChain>::RoundTo(Accuracy);
+}
+
+void TMPolygon::Rotate(double Radian) {
+  DropHeightIndex();
+  TVGeometry2DList<TMChain>::Rotate(Radian);
+}
+
+void TMPolygon::RotateBy90() {
+  DropHeightIndex();
+  TVGeometry2DList<TMChain>::RotateBy90();
+}
+
+void TMPolygon::RotateBy_90() {
+  DropHeightIndex();
+  TVGeometry2DList<TMChain>::RotateBy_90();
+}
+
+void TMPolygon::YMirror() {
+  DropHeightIndex();
+  TVGeometry2DList<TMChain>::YMirror();
+}
+
+void TMPolygon::Transform(const TMatrix2D& Matrix) {
+  DropHeightIndex();
+  TVGeometry2DList<TMChain>::Transform(Matrix);
 }
 
 }  // namespace orvane
