@@ -19,19 +19,6 @@ namespace {
 // reverse would then fall. A level step counts with the falling ones.
 inline bool Climbs(const TPoint2D& From, const TPoint2D& To) { return To.Y > From.Y; }
 
-bool IsWhollyLevel(const TMChain& Chain) {
-  const double y0 = Chain.First().Y;
-  for (const TPoint2D& p : Chain) {
-    if (p.Y != y0) return false;
-  }
-  return true;
-}
-
-// Appends the vertices of From to To, from index Skip on.
-void AppendChain(TMChain& To, const TMChain& From, int Skip) {
-  for (int k = Skip; k < From.Count(); ++k) To.Add(From[k]);
-}
-
 }  // namespace
 
 TMPolygon::TMPolygon(bool AOwnsObjects) : TVGeometry2DList<TMChain>(AOwnsObjects), FBoundBox(TRect2D::Invalid()) {}
@@ -48,6 +35,56 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   // last vertex again and is skipped. A new chain starts at every change between climbing
   // and falling, and neighbouring chains share the turning vertex.
   const bool closed = Polyline.IsClosed(DefaultTol);
+  const int start = closed ? 1 : 0;
+  std::vector<std::unique_ptr<TMChain>> owned;
+  std::vector<TMChain*> made;
+  if (closed && n - start > 2) {
+    const std::vector<TRingRun> runs = RingRuns(p);
+    made.reserve(runs.size());
+    if (GetOwnsObjects()) {
+      owned.reserve(runs.size());
+      for (std::size_t k = 0; k < runs.size(); ++k) {
+        owned.push_back(std::make_unique<TMChain>());
+        made.push_back(owned.back().get());
+      }
+    } else {
+      // Chains that the list will not free live in one block, made and freed at once.
+      FChainBlock = std::make_unique<TMChain[]>(runs.size());
+      for (std::size_t k = 0; k < runs.size(); ++k) made.push_back(&FChainBlock[k]);
+    }
+    for (std::size_t k = 0; k < runs.size(); ++k) {
+      FillChain(*made[k], p, runs[k]);
+      made[k]->FNext = made[(k + 1) % runs.size()];
+    }
+  } else {
+    CutPolyline(p, closed, owned);
+    for (const std::unique_ptr<TMChain>& c : owned) made.push_back(c.get());
+  }
+
+  // The box is the union of the chains' boxes.
+  for (const TMChain* c : made) {
+    if (c == made.front())
+      FBoundBox = c->BoundBox();
+    else
+      FBoundBox.Extend(c->BoundBox());
+  }
+
+  std::stable_sort(made.begin(), made.end(),
+                   [](TMChain* const& A, TMChain* const& B) { return Compare(A, B) < 0; });
+  SetCapacity(static_cast<int>(made.size()));
+  if (GetOwnsObjects()) {
+    // The list takes each chain over; the capacity is reserved, so no Add can fail midway.
+    for (std::unique_ptr<TMChain>& c : owned) static_cast<void>(c.release());
+    for (TMChain* c : made) Add(c);
+  } else {
+    for (TMChain* c : made) Add(c);
+    FMadeChains = std::move(owned);
+  }
+}
+
+void TMPolygon::CutPolyline(const TDynPoints2D& p, bool closed, std::vector<std::unique_ptr<TMChain>>& chains) {
+  // An open polyline, or a closed one of a single step there and back.
+  const int n = static_cast<int>(p.size());
   const int start = closed ? 1 : 0;
   // The length of every run first, so that each chain is allocated once at its size (two
   // more for the vertices the seam may add).
@@ -66,7 +103,6 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
     }
     runs.push_back(length + 1);
   }
-  std::vector<std::unique_ptr<TMChain>> chains;
   chains.reserve(runs.size());
   auto newChain = [&](bool Positive) {
     chains.push_back(std::make_unique<TMChain>());
@@ -93,64 +129,94 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
         newest->AddVertex(p[k]);
       }
     }
-    if (closed) {
-      // Close the ring at the seam.
-      if (chains.size() == 1) {
-        newest->FNext = newest;
-        newest->AddVertex(newest->First());
-      } else {
-        // A level first chain does not survive on its own: the newest chain takes it over.
-        bool levelTaken = false;
-        if (IsWhollyLevel(*chains.front())) {
-          newest->FNext = chains.front()->FNext;
-          AppendChain(*newest, *chains.front(), 0);
-          chains.erase(chains.begin());
-          levelTaken = true;
-        }
-        TMChain* first = chains.front().get();
-        if (chains.size() > 1 && newest->FPositive == first->FPositive) {
-          // The seam lies inside a run: the first chain joins the newest. After a level
-          // chain was taken over, the newest chain already ends at the first one's start.
-          newest->FNext = first->FNext;
-          AppendChain(*newest, *first, levelTaken ? 1 : 0);
-          chains.erase(chains.begin());
-        } else {
-          newest->FNext = first;
-          if (!(newest->Last() == first->First())) newest->AddVertex(first->First());
-        }
-      }
-    } else {
-      // An open polyline gets no closing edge: the first chain's head, which is the
-      // polyline's last vertex, moves to the end of the newest chain.
-      TMChain* first = chains.front().get();
-      newest->AddVertex(first->First());
-      first->Delete(0);
-      first->ResetBound();
-      if (first->Count() == 1) chains.erase(chains.begin());
-      newest->FNext = chains.front().get();
-    }
+    // An open polyline gets no closing edge: the first chain's head, which is the
+    // polyline's last vertex, moves to the end of the newest chain.
+    TMChain* first = chains.front().get();
+    newest->AddVertex(first->First());
+    first->Delete(0);
+    first->ResetBound();
+    if (first->Count() == 1) chains.erase(chains.begin());
+    newest->FNext = chains.front().get();
   }
-
-  // Every chain climbs in storage; the box is the union of the chains' boxes.
   for (const std::unique_ptr<TMChain>& c : chains) {
     if (!c->FPositive) c->Reverse();
-    if (c.get() == chains.front().get())
-      FBoundBox = c->BoundBox();
-    else
-      FBoundBox.Extend(c->BoundBox());
   }
+}
 
-  std::stable_sort(chains.begin(), chains.end(),
-                   [](const std::unique_ptr<TMChain>& A, const std::unique_ptr<TMChain>& B) {
-                     return Compare(A.get(), B.get()) < 0;
-                   });
-  SetCapacity(static_cast<int>(chains.size()));
-  if (GetOwnsObjects()) {
-    for (std::unique_ptr<TMChain>& c : chains) Add(std::move(c));
-  } else {
-    for (const std::unique_ptr<TMChain>& c : chains) Add(c.get());
-    FMadeChains = std::move(chains);
+std::vector<TMPolygon::TRingRun> TMPolygon::RingRuns(const TDynPoints2D& P) {
+  // The ring's cycle of vertices q: the last vertex stands in for vertex 0, which it
+  // repeats. Indices run on past the end of the cycle (q(j) = q(j - m)), so that a chain
+  // across the seam is one range.
+  const int n = static_cast<int>(P.size());
+  const int m = n - 1;
+  const TPoint2D* p = P.data();
+  // One run per stretch between turns; the last one ends at the vertex before the seam.
+  std::vector<TRingRun> runs;
+  bool kind = Climbs(p[n - 1], p[1]);
+  runs.push_back({0, 0, kind});
+  for (int i = 1; i < m; ++i) {
+    const bool next = p[i + 1].Y > p[i].Y;
+    if (next != kind) {
+      runs.back().Last = i;
+      runs.push_back({i, i, next});
+      kind = next;
+    }
   }
+  runs.back().Last = m - 1;
+  if (runs.size() == 1) {
+    // One run around the whole ring: it comes back to its first vertex.
+    runs.back().Last = m;
+    return runs;
+  }
+  TRingRun& newest = runs.back();
+  std::size_t first = 0;
+  // A level first run does not survive on its own: the newest run takes it over.
+  bool level = true;
+  for (int j = 1; j <= runs.front().Last && level; ++j) level = p[j].Y == p[n - 1].Y;
+  if (level) {
+    newest.Last = runs.front().Last + m;
+    first = 1;
+  }
+  if (runs.size() - first > 1 && newest.Positive == runs[first].Positive) {
+    // The seam lies inside a run: the first run joins the newest.
+    newest.Last = runs[first].Last + m;
+    ++first;
+  } else if (!level && !(p[m - 1] == p[n - 1])) {
+    // The newest run closes the ring at the first run's start.
+    newest.Last = m;
+  }
+  runs.erase(runs.begin(), runs.begin() + static_cast<std::ptrdiff_t>(first));
+  return runs;
+}
+
+void TMPolygon::FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun& Run) {
+  const int n = static_cast<int>(P.size());
+  const int m = n - 1;
+  const TPoint2D* p = P.data();
+  Chain.FPositive = Run.Positive;
+  TDynPoints2D& v = Chain.FItems;
+  v.resize(static_cast<std::size_t>(Run.Last - Run.Begin + 1));
+  // Copied in stretches that are contiguous in P, then turned to climb.
+  TPoint2D* out = v.data();
+  for (int j = Run.Begin; j <= Run.Last;) {
+    const int i = j >= m ? j - m : j;
+    if (i == 0) {
+      *out++ = p[n - 1];
+      ++j;
+      continue;
+    }
+    const int count = std::min(Run.Last - j + 1, m - i);
+    out = std::copy(p + i, p + i + count, out);
+    j += count;
+  }
+  if (!Run.Positive) std::reverse(v.begin(), v.end());
+  double left = v.front().X, right = left;
+  for (const TPoint2D& pt : v) {
+    left = pt.X < left ? pt.X : left;
+    right = pt.X > right ? pt.X : right;
+  }
+  Chain.FLeft = left;
+  Chain.FRight = right;
 }
 
 std::unique_ptr<TVGeometry2DList<TMChain>> TMPolygon::New(bool AOwnsObjects) const {

@@ -132,6 +132,19 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
     std::vector<TChainSpan> ByHigh;
   };
 
+  // A chain of a closed ring: the vertices Begin to Last of the ring's cycle, counted on
+  // past its end across the seam, and whether they climb in the order of travel.
+  struct TRingRun {
+    int Begin, Last;
+    bool Positive;
+  };
+  // The chains of a closed ring of at least three vertices besides the repeated one, in
+  // order of travel, as ranges of its cycle.
+  static std::vector<TRingRun> RingRuns(const TDynPoints2D& P);
+  // Fills Chain with one run of P, once, at its size, climbing.
+  static void FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun& Run);
+  // The chains of an open polyline, or of a closed one that is a single step there and back.
+  static void CutPolyline(const TDynPoints2D& P, bool Closed, std::vector<std::unique_ptr<TMChain>>& Chains);
   static TChainSpan SpanOf(const TMChain& Chain);
   // The point against one chain: 2 on it, 1 when the ray toward larger x crosses it, else 0.
   static int PlaceAgainst(const TChainSpan& Span, const TPoint2D& Pt);
@@ -148,7 +161,9 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
 
   TRect2D FBoundBox;
   mutable THeightIndex FHeightIndex;
-  // The chains built by the polyline constructor of a polygon that does not own its items.
+  // The chains built by the polyline constructor of a polygon that does not own its items:
+  // those of a closed ring in one block, the others one by one.
+  std::unique_ptr<TMChain[]> FChainBlock;
   std::vector<std::unique_ptr<TMChain>> FMadeChains;
 };
 
