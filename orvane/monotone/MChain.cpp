@@ -148,8 +148,12 @@ class TOverlapWalk {
   // The vertices of chain V from Lo to Hi, and the x range of the segments that reach into
   // that band, in one pass from the bottom: most walks end at the test on these ranges.
   static TCursor Band(const TPoint2D* V, int N, double Lo, double Hi, double& XLo, double& XHi) {
+    // A long chain beside a short one is mostly out of the band: its start is searched.
     int first = 0;
-    while (first < N && V[first].Y < Lo) ++first;
+    if (N > 8)
+      first = static_cast<int>(std::partition_point(V, V + N, [Lo](const TPoint2D& Q) { return Q.Y < Lo; }) - V);
+    else
+      while (first < N && V[first].Y < Lo) ++first;
     int k = first > 0 ? first - 1 : 0;
     XLo = XHi = V[k].X;
     int last = N - 1;

@@ -1,6 +1,9 @@
 #include "orvane/monotone/MPolygon.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <iterator>
 #include <cmath>
 #include <unordered_map>
 #include <utility>
@@ -19,6 +22,17 @@ namespace {
 // reverse would then fall. A level step counts with the falling ones.
 inline bool Climbs(const TPoint2D& From, const TPoint2D& To) { return To.Y > From.Y; }
 
+// No coordinate is infinite or NaN: none has every exponent bit set.
+bool AllFinite(const TDynPoints2D& P) {
+  constexpr std::uint64_t exponent = 0x7ff0000000000000ull;
+  std::uint64_t bad = 0;
+  for (const TPoint2D& v : P) {
+    bad |= static_cast<std::uint64_t>((std::bit_cast<std::uint64_t>(v.X) & exponent) == exponent) |
+           static_cast<std::uint64_t>((std::bit_cast<std::uint64_t>(v.Y) & exponent) == exponent);
+  }
+  return bad == 0;
+}
+
 }  // namespace
 
 TMPolygon::TMPolygon(bool AOwnsObjects) : TVGeometry2DList<TMChain>(AOwnsObjects), FBoundBox(TRect2D::Invalid()) {}
@@ -28,7 +42,8 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   const TDynPoints2D& p = Polyline.Points();
   const int n = static_cast<int>(p.size());
   // A vertex without a place would break the order in y that everything here rests on.
-  internal::CheckFiniteVertices(p, "TMPolygon.Create");
+  // The exponent of every coordinate is looked at first, without a branch per vertex.
+  if (!AllFinite(p)) internal::CheckFiniteVertices(p, "TMPolygon.Create");
   if (n < 2) return;
 
   // The outline is walked once, from its last vertex; a closed polyline's vertex 0 is its
@@ -152,6 +167,7 @@ std::vector<TMPolygon::TRingRun> TMPolygon::RingRuns(const TDynPoints2D& P) {
   const TPoint2D* p = P.data();
   // One run per stretch between turns; the last one ends at the vertex before the seam.
   std::vector<TRingRun> runs;
+  runs.reserve(32);
   bool kind = Climbs(p[n - 1], p[1]);
   runs.push_back({0, 0, kind});
   for (int i = 1; i < m; ++i) {
@@ -195,21 +211,34 @@ void TMPolygon::FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun&
   const TPoint2D* p = P.data();
   Chain.FPositive = Run.Positive;
   TDynPoints2D& v = Chain.FItems;
-  v.resize(static_cast<std::size_t>(Run.Last - Run.Begin + 1));
-  // Copied in stretches that are contiguous in P, then turned to climb.
-  TPoint2D* out = v.data();
-  for (int j = Run.Begin; j <= Run.Last;) {
-    const int i = j >= m ? j - m : j;
-    if (i == 0) {
-      *out++ = p[n - 1];
-      ++j;
-      continue;
+  v.reserve(static_cast<std::size_t>(Run.Last - Run.Begin + 1));
+  // Copied in stretches that are contiguous in P, climbing: a falling run backwards. The
+  // cycle's vertex 0 is P's last vertex.
+  if (Run.Positive) {
+    for (int j = Run.Begin; j <= Run.Last;) {
+      const int i = j >= m ? j - m : j;
+      if (i == 0) {
+        v.push_back(p[n - 1]);
+        ++j;
+        continue;
+      }
+      const int count = std::min(Run.Last - j + 1, m - i);
+      v.insert(v.end(), p + i, p + i + count);
+      j += count;
     }
-    const int count = std::min(Run.Last - j + 1, m - i);
-    out = std::copy(p + i, p + i + count, out);
-    j += count;
+  } else {
+    for (int j = Run.Last; j >= Run.Begin;) {
+      const int i = j >= m ? j - m : j;
+      if (i == 0) {
+        v.push_back(p[n - 1]);
+        --j;
+        continue;
+      }
+      const int count = std::min(j - Run.Begin + 1, i);
+      v.insert(v.end(), std::make_reverse_iterator(p + i + 1), std::make_reverse_iterator(p + i + 1 - count));
+      j -= count;
+    }
   }
-  if (!Run.Positive) std::reverse(v.begin(), v.end());
   double left = v.front().X, right = left;
   for (const TPoint2D& pt : v) {
     left = pt.X < left ? pt.X : left;
