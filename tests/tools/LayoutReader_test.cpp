@@ -92,6 +92,10 @@ TEST(LayoutReader, DamagedAndOddDocumentsGetTheSameAnswer) {
       "{\"parts\":[]} x",
       "",
       "{\"parts\":[{\"id\":\"\\ud800\",\"outer\":" + sq + "}]}",
+      // Nested 64 levels deep, the most that is read, and 65.
+      "{\"parts\":[{\"id\":" + std::string(61, '[') + std::string(61, ']') + ",\"outer\":" + sq + "}]}",
+      "{\"parts\":[{\"id\":" + std::string(62, '[') + std::string(62, ']') + ",\"outer\":" + sq + "}]}",
+      std::string("{\"parts\":[]}") + '\0',
   };
   for (std::size_t k = 0; k < odd.size(); ++k) ExpectSame(odd[k], "odd case " + std::to_string(k));
 

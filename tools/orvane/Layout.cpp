@@ -453,8 +453,15 @@ std::vector<TLayout> ParseLayoutWithNlohmann(const std::string& Text, const std:
 }
 
 std::vector<TLayout> ParseLayout(const std::string& Text, const std::string& Name) {
-  CheckJsonShape(Text);
-  simdjson::dom::parser parser;
+  // One parser per thread, kept for its buffers. It refuses nesting deeper than the limit
+  // of CheckJsonShape, and a NUL byte is never valid JSON, so the documents it takes are
+  // those that CheckJsonShape lets pass; anything it refuses goes the reference way, which
+  // runs that check first.
+  thread_local simdjson::dom::parser parser;
+  if (parser.max_depth() != static_cast<std::size_t>(MaxJsonDepth) &&
+      parser.allocate(std::max<std::size_t>(Text.size(), 1), MaxJsonDepth) != simdjson::SUCCESS) {
+    return ParseLayoutWithNlohmann(Text, Name);
+  }
   // Text read by ReadLayoutFile carries the padding simdjson reads past the end; other text
   // is copied once to get it.
   const bool padded = Text.capacity() - Text.size() >= simdjson::SIMDJSON_PADDING;
