@@ -544,21 +544,46 @@ void TMPolygon::Notify(TMChain* const& Item, TCollectionNotification Action) {
 }
 
 bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
-  const std::vector<TMChain*>& others = MPolygon.FItems;
-  const std::size_t count = others.size();
-  TMChain* const* b = others.data();
-  // The other polygon's extent, from its chains' own bounds as they stand now: a chain of
-  // this polygon that stays clear of it is clear of every chain there.
+  // This polygon's extent, from its chains' own bounds as they stand now.
+  double aLeft0 = MaxDouble, aRight0 = -MaxDouble, aBottom0 = MaxDouble, aTop0 = -MaxDouble;
+  for (const TMChain* a : FItems) {
+    if (a->FItems.empty()) continue;
+    aLeft0 = std::min(aLeft0, a->FLeft);
+    aRight0 = std::max(aRight0, a->FRight);
+    aBottom0 = std::min(aBottom0, a->FItems.front().Y);
+    aTop0 = std::max(aTop0, a->FItems.back().Y);
+  }
+  if (aLeft0 > aRight0) return false;
+  // The other polygon's chains that come near this extent, with their bounds side by side
+  // in list order (by Left), so that the pairs below are sorted out without touching the
+  // chains; a chain clear of the extent is clear of every chain here. With more such chains
+  // than the room on the stack, the chains are read where they are.
+  struct TBox {
+    double Left, Right, Bottom, Top;
+    const TMChain* Chain;
+  };
+  constexpr std::size_t Room = 64;
+  TBox near[Room];
+  std::size_t nearCount = 0;
+  bool crowded = false;
   double left = MaxDouble, right = -MaxDouble, bottom = MaxDouble, top = -MaxDouble;
-  for (std::size_t k = 0; k < count; ++k) {
-    const TMChain* other = b[k];
+  for (const TMChain* other : MPolygon.FItems) {
     if (other->FItems.empty()) continue;
-    left = std::min(left, other->FLeft);
-    right = std::max(right, other->FRight);
-    bottom = std::min(bottom, other->FItems.front().Y);
-    top = std::max(top, other->FItems.back().Y);
+    const TBox box{other->FLeft, other->FRight, other->FItems.front().Y, other->FItems.back().Y, other};
+    if (box.Left - aRight0 > DefaultTol || aLeft0 - box.Right > DefaultTol || box.Bottom - aTop0 > DefaultTol ||
+        aBottom0 - box.Top > DefaultTol)
+      continue;
+    left = std::min(left, box.Left);
+    right = std::max(right, box.Right);
+    bottom = std::min(bottom, box.Bottom);
+    top = std::max(top, box.Top);
+    if (nearCount < Room)
+      near[nearCount++] = box;
+    else
+      crowded = true;
   }
   if (left > right) return false;
+  const std::vector<TMChain*>& others = MPolygon.FItems;
   for (const TMChain* a : FItems) {
     if (a->FItems.empty()) continue;
     const double aLeft = a->FLeft;
@@ -569,16 +594,24 @@ bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
     const double aBottom = a->FItems.front().Y;
     const double aTop = a->FItems.back().Y;
     if (aBottom - top > DefaultTol || bottom - aTop > DefaultTol) continue;
-    for (std::size_t k = 0; k < count; ++k) {
-      const TMChain* other = b[k];
-      // Sorted by Left: no later chain reaches this one.
-      if (other->FLeft - DefaultTol > aRight) break;
-      if (aLeft > other->FRight + DefaultTol) continue;
+    auto meets = [&](const TBox& B) {
       // IsOverlap's own first test, made here to spare the call.
-      if (other->FItems.empty() || other->FItems.front().Y - aTop > DefaultTol ||
-          aBottom - other->FItems.back().Y > DefaultTol)
-        continue;
-      if (a->IsOverlap(*other)) return true;
+      if (aLeft > B.Right + DefaultTol || B.Bottom - aTop > DefaultTol || aBottom - B.Top > DefaultTol) return false;
+      return a->IsOverlap(*B.Chain);
+    };
+    if (!crowded) {
+      for (std::size_t k = 0; k < nearCount; ++k) {
+        // Sorted by Left: no later chain reaches this one.
+        if (near[k].Left - DefaultTol > aRight) break;
+        if (meets(near[k])) return true;
+      }
+    } else {
+      for (const TMChain* other : others) {
+        if (other->FItems.empty()) continue;
+        const TBox box{other->FLeft, other->FRight, other->FItems.front().Y, other->FItems.back().Y, other};
+        if (box.Left - DefaultTol > aRight) break;
+        if (meets(box)) return true;
+      }
     }
   }
   return false;
