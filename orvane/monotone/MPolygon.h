@@ -64,6 +64,8 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
   // query costs a logarithmic descent plus the chains that span the point's height; every
   // change made through the polygon drops the index. A chain edited in place behind the
   // polygon's back is not seen: rebuild the polygon after that, as after any bulk change.
+  // The index is a cache filled under const, so one polygon is not queried from two
+  // threads at once.
   std::uint8_t PointIsIn(const TPoint2D& Pt) const;
   // True if any chain of this polygon touches (within 1e-6, Euclidean) or crosses any chain
   // of MPolygon.
@@ -83,6 +85,7 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
   // alike. The other bulk changes act on the chains only and keep neither the box nor the
   // chains' order in y: rebuild the polygon after them.
   void Translate(const TPoint2D& Vector) override;
+  // The base list's, each dropping the height index first.
   void RoundTo(int Accuracy) override;
   void Rotate(double Radian) override;
   void RotateBy90() override;
