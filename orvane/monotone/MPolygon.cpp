@@ -435,38 +435,40 @@ std::uint8_t TMPolygon::PointIsIn(const TPoint2D& Pt) const {
 
   // Down the interval tree: at each node the chains that hold its centre height, read from
   // the end that the point's height cuts short, then the side of the centre the point is on.
+  // Most chains met lie wholly to one side of the point: those are settled from their span.
   const double y = Pt.Y;
+  bool on = false;
+  auto visit = [&](const TChainSpan& S) {
+    // PlaceAgainst's own first tests.
+    if (Pt.X > S.Right + DefaultTol) return;
+    if (Pt.X < S.Left - DefaultTol) {
+      inside = inside != ((y >= S.Bottom) & (y < S.Top));
+      return;
+    }
+    const int placed = PlaceAgainst(S, Pt);
+    on = on || placed == 2;
+    inside = inside != (placed == 1);
+  };
   const THeightNode* nodes = FHeightIndex.Nodes.data();
   int at = FHeightIndex.Nodes.empty() ? -1 : 0;
-  while (at >= 0) {
+  while (at >= 0 && !on) {
     const THeightNode& node = nodes[at];
     if (y < node.Center) {
       const TChainSpan* s = FHeightIndex.ByLow.data() + node.Begin;
-      for (int k = 0; k < node.Count && s[k].Lo <= y; ++k) {
-        const int placed = PlaceAgainst(s[k], Pt);
-        if (placed == 2) return 2;
-        if (placed == 1) inside = !inside;
-      }
+      for (int k = 0; k < node.Count && s[k].Lo <= y; ++k) visit(s[k]);
       at = node.Below;
     } else if (y > node.Center) {
       const TChainSpan* s = FHeightIndex.ByHigh.data() + node.Begin;
-      for (int k = 0; k < node.Count && s[k].Hi >= y; ++k) {
-        const int placed = PlaceAgainst(s[k], Pt);
-        if (placed == 2) return 2;
-        if (placed == 1) inside = !inside;
-      }
+      for (int k = 0; k < node.Count && s[k].Hi >= y; ++k) visit(s[k]);
       at = node.Above;
     } else {
       // At the centre: every chain of the node spans the height, and none below or above.
       const TChainSpan* s = FHeightIndex.ByLow.data() + node.Begin;
-      for (int k = 0; k < node.Count; ++k) {
-        const int placed = PlaceAgainst(s[k], Pt);
-        if (placed == 2) return 2;
-        if (placed == 1) inside = !inside;
-      }
+      for (int k = 0; k < node.Count; ++k) visit(s[k]);
       at = -1;
     }
   }
+  if (on) return 2;
   return inside ? 1 : 0;
 }
 
