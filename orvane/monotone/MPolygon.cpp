@@ -97,19 +97,19 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   }
 }
 
-void TMPolygon::CutPolyline(const TDynPoints2D& p, bool closed, std::vector<std::unique_ptr<TMChain>>& chains) {
+void TMPolygon::CutPolyline(const TDynPoints2D& P, bool Closed, std::vector<std::unique_ptr<TMChain>>& Chains) {
   // An open polyline, or a closed one of a single step there and back.
-  const int n = static_cast<int>(p.size());
-  const int start = closed ? 1 : 0;
+  const int n = static_cast<int>(P.size());
+  const int start = Closed ? 1 : 0;
   // The length of every run first, so that each chain is allocated once at its size (two
   // more for the vertices the seam may add).
   std::vector<int> runs;
   {
-    bool kind = Climbs(p[n - 1], p[start]);
+    bool kind = Climbs(P[n - 1], P[start]);
     int length = 1;
     for (int k = start; k <= n - 2; ++k) {
       ++length;
-      const bool next = Climbs(p[k], p[k + 1]);
+      const bool next = Climbs(P[k], P[k + 1]);
       if (next != kind) {
         runs.push_back(length);
         kind = next;
@@ -118,42 +118,42 @@ void TMPolygon::CutPolyline(const TDynPoints2D& p, bool closed, std::vector<std:
     }
     runs.push_back(length + 1);
   }
-  chains.reserve(runs.size());
+  Chains.reserve(runs.size());
   auto newChain = [&](bool Positive) {
-    chains.push_back(std::make_unique<TMChain>());
-    chains.back()->FPositive = Positive;
-    const std::size_t run = chains.size() - 1;
-    chains.back()->ReserveVertices(static_cast<std::size_t>(run < runs.size() ? runs[run] : 2) + 2);
-    return chains.back().get();
+    Chains.push_back(std::make_unique<TMChain>());
+    Chains.back()->FPositive = Positive;
+    const std::size_t run = Chains.size() - 1;
+    Chains.back()->ReserveVertices(static_cast<std::size_t>(run < runs.size() ? runs[run] : 2) + 2);
+    return Chains.back().get();
   };
-  TMChain* newest = newChain(Climbs(p[n - 1], p[start]));
-  newest->AddVertex(p[n - 1]);
+  TMChain* newest = newChain(Climbs(P[n - 1], P[start]));
+  newest->AddVertex(P[n - 1]);
 
   if (n - start <= 2) {
     // A single step.
-    newest->AddVertex(p[start]);
+    newest->AddVertex(P[start]);
     newest->FNext = newest;
   } else {
     for (int k = start; k <= n - 2; ++k) {
-      newest->AddVertex(p[k]);
-      const bool kind = Climbs(p[k], p[k + 1]);
+      newest->AddVertex(P[k]);
+      const bool kind = Climbs(P[k], P[k + 1]);
       if (kind != newest->FPositive) {
         TMChain* next = newChain(kind);
         newest->FNext = next;
         newest = next;
-        newest->AddVertex(p[k]);
+        newest->AddVertex(P[k]);
       }
     }
     // An open polyline gets no closing edge: the first chain's head, which is the
     // polyline's last vertex, moves to the end of the newest chain.
-    TMChain* first = chains.front().get();
+    TMChain* first = Chains.front().get();
     newest->AddVertex(first->First());
     first->Delete(0);
     first->ResetBound();
-    if (first->Count() == 1) chains.erase(chains.begin());
-    newest->FNext = chains.front().get();
+    if (first->Count() == 1) Chains.erase(Chains.begin());
+    newest->FNext = Chains.front().get();
   }
-  for (const std::unique_ptr<TMChain>& c : chains) {
+  for (const std::unique_ptr<TMChain>& c : Chains) {
     if (!c->FPositive) c->Reverse();
   }
 }
