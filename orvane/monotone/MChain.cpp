@@ -148,20 +148,23 @@ class TOverlapWalk {
   // The vertices of chain V from Lo to Hi, and the x range of the segments that reach into
   // that band, in one pass from the bottom: most walks end at the test on these ranges.
   static TCursor Band(const TPoint2D* V, int N, double Lo, double Hi, double& XLo, double& XHi) {
+    // The band's ends are searched, which spares a long chain beside a short one most of its
+    // vertices; the x range then takes one plain pass over the band and the vertex on either
+    // side of it.
+    const auto below = [Lo](const TPoint2D& Q) { return Q.Y < Lo; };
+    const auto within = [Hi](const TPoint2D& Q) { return Q.Y <= Hi; };
     int first = 0;
-    while (first < N && V[first].Y < Lo) ++first;
-    int k = first > 0 ? first - 1 : 0;
-    XLo = XHi = V[k].X;
-    int last = N - 1;
-    for (k = first; k < N; ++k) {
-      XLo = std::min(XLo, V[k].X);
-      XHi = std::max(XHi, V[k].X);
-      if (V[k].Y > Hi) {
-        last = k - 1;
-        break;
-      }
+    int end = N;
+    if (N > 8) {
+      first = static_cast<int>(std::partition_point(V, V + N, below) - V);
+      end = static_cast<int>(std::partition_point(V + first, V + N, within) - V);
+    } else {
+      while (first < N && below(V[first])) ++first;
+      end = first;
+      while (end < N && within(V[end])) ++end;
     }
-    return {V, N, first, last};
+    Span(V, first > 0 ? first - 1 : 0, std::min(end, N - 1), XLo, XHi);
+    return {V, N, first, end - 1};
   }
 
   static void Span(const TPoint2D* V, int First, int Last, double& Lo, double& Hi) {

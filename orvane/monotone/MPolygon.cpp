@@ -1,6 +1,9 @@
 #include "orvane/monotone/MPolygon.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <iterator>
 #include <cmath>
 #include <unordered_map>
 #include <utility>
@@ -19,17 +22,15 @@ namespace {
 // reverse would then fall. A level step counts with the falling ones.
 inline bool Climbs(const TPoint2D& From, const TPoint2D& To) { return To.Y > From.Y; }
 
-bool IsWhollyLevel(const TMChain& Chain) {
-  const double y0 = Chain.First().Y;
-  for (const TPoint2D& p : Chain) {
-    if (p.Y != y0) return false;
+// No coordinate is infinite or NaN: none has every exponent bit set.
+bool AllFinite(const TDynPoints2D& P) {
+  constexpr std::uint64_t exponent = 0x7ff0000000000000ull;
+  std::uint64_t bad = 0;
+  for (const TPoint2D& v : P) {
+    bad |= static_cast<std::uint64_t>((std::bit_cast<std::uint64_t>(v.X) & exponent) == exponent) |
+           static_cast<std::uint64_t>((std::bit_cast<std::uint64_t>(v.Y) & exponent) == exponent);
   }
-  return true;
-}
-
-// Appends the vertices of From to To, from index Skip on.
-void AppendChain(TMChain& To, const TMChain& From, int Skip) {
-  for (int k = Skip; k < From.Count(); ++k) To.Add(From[k]);
+  return bad == 0;
 }
 
 }  // namespace
@@ -41,7 +42,8 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   const TDynPoints2D& p = Polyline.Points();
   const int n = static_cast<int>(p.size());
   // A vertex without a place would break the order in y that everything here rests on.
-  internal::CheckFiniteVertices(p, "TMPolygon.Create");
+  // The exponent of every coordinate is looked at first, without a branch per vertex.
+  if (!AllFinite(p)) internal::CheckFiniteVertices(p, "TMPolygon.Create");
   if (n < 2) return;
 
   // The outline is walked once, from its last vertex; a closed polyline's vertex 0 is its
@@ -49,15 +51,65 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   // and falling, and neighbouring chains share the turning vertex.
   const bool closed = Polyline.IsClosed(DefaultTol);
   const int start = closed ? 1 : 0;
+  std::vector<std::unique_ptr<TMChain>> owned;
+  std::vector<TMChain*> made;
+  if (closed && n - start > 2) {
+    const std::vector<TRingRun> runs = RingRuns(p);
+    made.reserve(runs.size());
+    if (GetOwnsObjects()) {
+      owned.reserve(runs.size());
+      for (std::size_t k = 0; k < runs.size(); ++k) {
+        owned.push_back(std::make_unique<TMChain>());
+        made.push_back(owned.back().get());
+      }
+    } else {
+      // Chains that the list will not free live in one block, made and freed at once.
+      FChainBlock = std::make_unique<TMChain[]>(runs.size());
+      for (std::size_t k = 0; k < runs.size(); ++k) made.push_back(&FChainBlock[k]);
+    }
+    for (std::size_t k = 0; k < runs.size(); ++k) {
+      FillChain(*made[k], p, runs[k]);
+      made[k]->FNext = made[(k + 1) % runs.size()];
+    }
+  } else {
+    CutPolyline(p, closed, owned);
+    for (const std::unique_ptr<TMChain>& c : owned) made.push_back(c.get());
+  }
+
+  // The box is the union of the chains' boxes.
+  for (const TMChain* c : made) {
+    if (c == made.front())
+      FBoundBox = c->BoundBox();
+    else
+      FBoundBox.Extend(c->BoundBox());
+  }
+
+  std::stable_sort(made.begin(), made.end(),
+                   [](TMChain* const& A, TMChain* const& B) { return Compare(A, B) < 0; });
+  SetCapacity(static_cast<int>(made.size()));
+  if (GetOwnsObjects()) {
+    // The list takes each chain over; the capacity is reserved, so no Add can fail midway.
+    for (std::unique_ptr<TMChain>& c : owned) static_cast<void>(c.release());
+    for (TMChain* c : made) Add(c);
+  } else {
+    for (TMChain* c : made) Add(c);
+    FMadeChains = std::move(owned);
+  }
+}
+
+void TMPolygon::CutPolyline(const TDynPoints2D& P, bool Closed, std::vector<std::unique_ptr<TMChain>>& Chains) {
+  // An open polyline, or a closed one of a single step there and back.
+  const int n = static_cast<int>(P.size());
+  const int start = Closed ? 1 : 0;
   // The length of every run first, so that each chain is allocated once at its size (two
   // more for the vertices the seam may add).
   std::vector<int> runs;
   {
-    bool kind = Climbs(p[n - 1], p[start]);
+    bool kind = Climbs(P[n - 1], P[start]);
     int length = 1;
     for (int k = start; k <= n - 2; ++k) {
       ++length;
-      const bool next = Climbs(p[k], p[k + 1]);
+      const bool next = Climbs(P[k], P[k + 1]);
       if (next != kind) {
         runs.push_back(length);
         kind = next;
@@ -66,91 +118,134 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
     }
     runs.push_back(length + 1);
   }
-  std::vector<std::unique_ptr<TMChain>> chains;
-  chains.reserve(runs.size());
+  Chains.reserve(runs.size());
   auto newChain = [&](bool Positive) {
-    chains.push_back(std::make_unique<TMChain>());
-    chains.back()->FPositive = Positive;
-    const std::size_t run = chains.size() - 1;
-    chains.back()->ReserveVertices(static_cast<std::size_t>(run < runs.size() ? runs[run] : 2) + 2);
-    return chains.back().get();
+    Chains.push_back(std::make_unique<TMChain>());
+    Chains.back()->FPositive = Positive;
+    const std::size_t run = Chains.size() - 1;
+    Chains.back()->ReserveVertices(static_cast<std::size_t>(run < runs.size() ? runs[run] : 2) + 2);
+    return Chains.back().get();
   };
-  TMChain* newest = newChain(Climbs(p[n - 1], p[start]));
-  newest->AddVertex(p[n - 1]);
+  TMChain* newest = newChain(Climbs(P[n - 1], P[start]));
+  newest->AddVertex(P[n - 1]);
 
   if (n - start <= 2) {
     // A single step.
-    newest->AddVertex(p[start]);
+    newest->AddVertex(P[start]);
     newest->FNext = newest;
   } else {
     for (int k = start; k <= n - 2; ++k) {
-      newest->AddVertex(p[k]);
-      const bool kind = Climbs(p[k], p[k + 1]);
+      newest->AddVertex(P[k]);
+      const bool kind = Climbs(P[k], P[k + 1]);
       if (kind != newest->FPositive) {
         TMChain* next = newChain(kind);
         newest->FNext = next;
         newest = next;
-        newest->AddVertex(p[k]);
+        newest->AddVertex(P[k]);
       }
     }
-    if (closed) {
-      // Close the ring at the seam.
-      if (chains.size() == 1) {
-        newest->FNext = newest;
-        newest->AddVertex(newest->First());
-      } else {
-        // A level first chain does not survive on its own: the newest chain takes it over.
-        bool levelTaken = false;
-        if (IsWhollyLevel(*chains.front())) {
-          newest->FNext = chains.front()->FNext;
-          AppendChain(*newest, *chains.front(), 0);
-          chains.erase(chains.begin());
-          levelTaken = true;
-        }
-        TMChain* first = chains.front().get();
-        if (chains.size() > 1 && newest->FPositive == first->FPositive) {
-          // The seam lies inside a run: the first chain joins the newest. After a level
-          // chain was taken over, the newest chain already ends at the first one's start.
-          newest->FNext = first->FNext;
-          AppendChain(*newest, *first, levelTaken ? 1 : 0);
-          chains.erase(chains.begin());
-        } else {
-          newest->FNext = first;
-          if (!(newest->Last() == first->First())) newest->AddVertex(first->First());
-        }
-      }
-    } else {
-      // An open polyline gets no closing edge: the first chain's head, which is the
-      // polyline's last vertex, moves to the end of the newest chain.
-      TMChain* first = chains.front().get();
-      newest->AddVertex(first->First());
-      first->Delete(0);
-      first->ResetBound();
-      if (first->Count() == 1) chains.erase(chains.begin());
-      newest->FNext = chains.front().get();
-    }
+    // An open polyline gets no closing edge: the first chain's head, which is the
+    // polyline's last vertex, moves to the end of the newest chain.
+    TMChain* first = Chains.front().get();
+    newest->AddVertex(first->First());
+    first->Delete(0);
+    first->ResetBound();
+    if (first->Count() == 1) Chains.erase(Chains.begin());
+    newest->FNext = Chains.front().get();
   }
-
-  // Every chain climbs in storage; the box is the union of the chains' boxes.
-  for (const std::unique_ptr<TMChain>& c : chains) {
+  for (const std::unique_ptr<TMChain>& c : Chains) {
     if (!c->FPositive) c->Reverse();
-    if (c.get() == chains.front().get())
-      FBoundBox = c->BoundBox();
-    else
-      FBoundBox.Extend(c->BoundBox());
   }
+}
 
-  std::stable_sort(chains.begin(), chains.end(),
-                   [](const std::unique_ptr<TMChain>& A, const std::unique_ptr<TMChain>& B) {
-                     return Compare(A.get(), B.get()) < 0;
-                   });
-  SetCapacity(static_cast<int>(chains.size()));
-  if (GetOwnsObjects()) {
-    for (std::unique_ptr<TMChain>& c : chains) Add(std::move(c));
-  } else {
-    for (const std::unique_ptr<TMChain>& c : chains) Add(c.get());
-    FMadeChains = std::move(chains);
+std::vector<TMPolygon::TRingRun> TMPolygon::RingRuns(const TDynPoints2D& P) {
+  // The ring's cycle of vertices q: the last vertex stands in for vertex 0, which it
+  // repeats. Indices run on past the end of the cycle (q(j) = q(j - m)), so that a chain
+  // across the seam is one range.
+  const int n = static_cast<int>(P.size());
+  const int m = n - 1;
+  const TPoint2D* p = P.data();
+  // One run per stretch between turns; the last one ends at the vertex before the seam.
+  std::vector<TRingRun> runs;
+  runs.reserve(32);
+  bool kind = Climbs(p[n - 1], p[1]);
+  runs.push_back({0, 0, kind});
+  for (int i = 1; i < m; ++i) {
+    const bool next = p[i + 1].Y > p[i].Y;
+    if (next != kind) {
+      runs.back().Last = i;
+      runs.push_back({i, i, next});
+      kind = next;
+    }
   }
+  runs.back().Last = m - 1;
+  if (runs.size() == 1) {
+    // One run around the whole ring: it comes back to its first vertex.
+    runs.back().Last = m;
+    return runs;
+  }
+  TRingRun& newest = runs.back();
+  std::size_t first = 0;
+  // A level first run does not survive on its own: the newest run takes it over.
+  bool level = true;
+  for (int j = 1; j <= runs.front().Last && level; ++j) level = p[j].Y == p[n - 1].Y;
+  if (level) {
+    newest.Last = runs.front().Last + m;
+    first = 1;
+  }
+  if (runs.size() - first > 1 && newest.Positive == runs[first].Positive) {
+    // The seam lies inside a run: the first run joins the newest.
+    newest.Last = runs[first].Last + m;
+    ++first;
+  } else if (!level && !(p[m - 1] == p[n - 1])) {
+    // The newest run closes the ring at the first run's start.
+    newest.Last = m;
+  }
+  runs.erase(runs.begin(), runs.begin() + static_cast<std::ptrdiff_t>(first));
+  return runs;
+}
+
+void TMPolygon::FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun& Run) {
+  const int n = static_cast<int>(P.size());
+  const int m = n - 1;
+  const TPoint2D* p = P.data();
+  Chain.FPositive = Run.Positive;
+  TDynPoints2D& v = Chain.FItems;
+  v.reserve(static_cast<std::size_t>(Run.Last - Run.Begin + 1));
+  // Copied in stretches that are contiguous in P, climbing: a falling run backwards. The
+  // cycle's vertex 0 is P's last vertex.
+  if (Run.Positive) {
+    for (int j = Run.Begin; j <= Run.Last;) {
+      const int i = j >= m ? j - m : j;
+      if (i == 0) {
+        v.push_back(p[n - 1]);
+        ++j;
+        continue;
+      }
+      const int count = std::min(Run.Last - j + 1, m - i);
+      v.insert(v.end(), p + i, p + i + count);
+      j += count;
+    }
+  } else {
+    for (int j = Run.Last; j >= Run.Begin;) {
+      const int i = j >= m ? j - m : j;
+      if (i == 0) {
+        v.push_back(p[n - 1]);
+        --j;
+        continue;
+      }
+      const int count = std::min(j - Run.Begin + 1, i);
+      v.insert(v.end(), std::make_reverse_iterator(p + i + 1), std::make_reverse_iterator(p + i + 1 - count));
+      j -= count;
+    }
+  }
+  double left = v.front().X, right = left;
+  for (const TPoint2D& pt : v) {
+    left = pt.X < left ? pt.X : left;
+    right = pt.X > right ? pt.X : right;
+  }
+  Chain.FLeft = left;
+  Chain.FRight = right;
 }
 
 std::unique_ptr<TVGeometry2DList<TMChain>> TMPolygon::New(bool AOwnsObjects) const {
@@ -272,66 +367,225 @@ double TMPolygon::Area() const {
 
 bool TMPolygon::IsClockwise() const { return Area() < 0.0; }
 
-std::uint8_t TMPolygon::PointIsIn(const TPoint2D& Pt) const {
+TMPolygon::TChainSpan TMPolygon::SpanOf(const TMChain& Chain) {
+  const TPoint2D* v = Chain.FItems.data();
+  const std::size_t n = Chain.FItems.size();
+  const double bottom = v[0].Y;
+  const double top = v[n - 1].Y;
+  return {bottom - DefaultTol, top + DefaultTol, bottom, top, Chain.FLeft, Chain.FRight, &Chain};
+}
+
+int TMPolygon::PlaceAgainst(const TChainSpan& Span, const TPoint2D& Pt) {
   constexpr double tol2 = DefaultTol * DefaultTol;
-  bool inside = false;
-  for (const TMChain* chain : FItems) {
-    const int n = chain->Count();
-    if (n == 0) continue;
-    const TPoint2D* v = chain->FItems.data();
-    if (Pt.Y < v[0].Y - DefaultTol || Pt.Y > v[n - 1].Y + DefaultTol) continue;
-    // A chain wholly left of the point neither holds it nor crosses the ray.
-    if (Pt.X > chain->FRight + DefaultTol) continue;
-    if (Pt.X >= chain->FLeft - DefaultTol) {
-      // On the boundary: within the tolerance of a segment, by Euclidean distance, so that
-      // a nearly level edge holds the points beside it as a steep one does.
-      if (n == 1) {
-        if (internal::SegmentDist2(Pt, v[0], v[0]) <= tol2) return 2;
-        continue;
-      }
-      const double floor = Pt.Y - DefaultTol;
-      int k = static_cast<int>(
-                  std::partition_point(v + 1, v + n - 1, [floor](const TPoint2D& Q) { return Q.Y < floor; }) - v) -
-              1;
-      for (; k < n - 1 && v[k].Y <= Pt.Y + DefaultTol; ++k) {
-        if (internal::SegmentDist2(Pt, v[k], v[k + 1]) <= tol2) return 2;
-      }
+  // A chain wholly left of the point neither holds it nor crosses the ray.
+  if (Pt.X > Span.Right + DefaultTol) return 0;
+  const TMChain& chain = *Span.Chain;
+  const TPoint2D* v = chain.FItems.data();
+  const int n = static_cast<int>(chain.FItems.size());
+  if (Pt.X >= Span.Left - DefaultTol) {
+    // On the boundary: within the tolerance of a segment, by Euclidean distance, so that
+    // a nearly level edge holds the points beside it as a steep one does.
+    if (n == 1) return internal::SegmentDist2(Pt, v[0], v[0]) <= tol2 ? 2 : 0;
+    const double floor = Pt.Y - DefaultTol;
+    int k = static_cast<int>(
+                std::partition_point(v + 1, v + n - 1, [floor](const TPoint2D& Q) { return Q.Y < floor; }) - v) -
+            1;
+    for (; k < n - 1 && v[k].Y <= Pt.Y + DefaultTol; ++k) {
+      if (internal::SegmentDist2(Pt, v[k], v[k + 1]) <= tol2) return 2;
     }
-    // The ray toward larger x, against the chain over the half-open heights from its
-    // bottom to its top: a ray through a shared vertex counts once, a level chain never.
-    // The point lies farther than the tolerance from every segment, so the exact sides
-    // below are not at the mercy of round-off.
-    if (Pt.Y < v[0].Y || Pt.Y >= v[n - 1].Y) continue;
-    if (Pt.X < chain->FLeft) {
-      inside = !inside;
-      continue;
-    }
-    const double y = Pt.Y;
-    const int k = static_cast<int>(std::partition_point(v, v + n, [y](const TPoint2D& Q) { return Q.Y <= y; }) - v) - 1;
-    const TPoint2D& s = v[k];
-    const TPoint2D& e = v[k + 1];
-    const double x = s.X + (y - s.Y) / (e.Y - s.Y) * (e.X - s.X);
-    if (Pt.X < x) inside = !inside;
   }
+  // The ray toward larger x, against the chain over the half-open heights from its bottom
+  // to its top: a ray through a shared vertex counts once, a level chain never. The point
+  // lies farther than the tolerance from every segment, so the exact sides below are not
+  // at the mercy of round-off.
+  if (Pt.Y < Span.Bottom || Pt.Y >= Span.Top) return 0;
+  if (Pt.X < Span.Left) return 1;
+  const double y = Pt.Y;
+  const int k = static_cast<int>(std::partition_point(v, v + n, [y](const TPoint2D& Q) { return Q.Y <= y; }) - v) - 1;
+  const TPoint2D& s = v[k];
+  const TPoint2D& e = v[k + 1];
+  const double x = s.X + (y - s.Y) / (e.Y - s.Y) * (e.X - s.X);
+  return Pt.X < x ? 1 : 0;
+}
+
+namespace {
+
+// Below this many chains a scan over them beats the descent through an index.
+constexpr std::size_t MinIndexedChains = 16;
+
+}  // namespace
+
+std::uint8_t TMPolygon::PointIsIn(const TPoint2D& Pt) const {
+  bool inside = false;
+  // A point without a place has no height to look up: it takes the scan, whose answer for
+  // it is the same as ever.
+  const bool indexed = FItems.size() >= MinIndexedChains && std::isfinite(Pt.X) && std::isfinite(Pt.Y);
+  if (indexed && !FHeightIndex.Built) BuildHeightIndex();
+  if (!indexed || FHeightIndex.Unusable) {
+    for (const TMChain* chain : FItems) {
+      if (chain->FItems.empty()) continue;
+      const TChainSpan span = SpanOf(*chain);
+      if (Pt.Y < span.Lo || Pt.Y > span.Hi) continue;
+      const int placed = PlaceAgainst(span, Pt);
+      if (placed == 2) return 2;
+      if (placed == 1) inside = !inside;
+    }
+    return inside ? 1 : 0;
+  }
+
+  // Down the interval tree: at each node the chains that hold its centre height, read from
+  // the end that the point's height cuts short, then the side of the centre the point is on.
+  // Most chains met lie wholly to one side of the point: those are settled from their span.
+  const double y = Pt.Y;
+  bool on = false;
+  auto visit = [&](const TChainSpan& S) {
+    // PlaceAgainst's own first tests.
+    if (Pt.X > S.Right + DefaultTol) return;
+    if (Pt.X < S.Left - DefaultTol) {
+      inside = inside != ((y >= S.Bottom) & (y < S.Top));
+      return;
+    }
+    const int placed = PlaceAgainst(S, Pt);
+    on = on || placed == 2;
+    inside = inside != (placed == 1);
+  };
+  const THeightNode* nodes = FHeightIndex.Nodes.data();
+  int at = FHeightIndex.Nodes.empty() ? -1 : 0;
+  while (at >= 0 && !on) {
+    const THeightNode& node = nodes[at];
+    if (y < node.Center) {
+      const TChainSpan* s = FHeightIndex.ByLow.data() + node.Begin;
+      for (int k = 0; k < node.Count && s[k].Lo <= y; ++k) visit(s[k]);
+      at = node.Below;
+    } else if (y > node.Center) {
+      const TChainSpan* s = FHeightIndex.ByHigh.data() + node.Begin;
+      for (int k = 0; k < node.Count && s[k].Hi >= y; ++k) visit(s[k]);
+      at = node.Above;
+    } else {
+      // At the centre: every chain of the node spans the height, and none below or above.
+      const TChainSpan* s = FHeightIndex.ByLow.data() + node.Begin;
+      for (int k = 0; k < node.Count; ++k) visit(s[k]);
+      at = -1;
+    }
+  }
+  if (on) return 2;
   return inside ? 1 : 0;
 }
 
+void TMPolygon::BuildHeightIndex() const {
+  THeightIndex& index = FHeightIndex;
+  index = THeightIndex();
+  index.Built = true;
+  std::vector<TChainSpan> spans;
+  spans.reserve(FItems.size());
+  for (const TMChain* chain : FItems) {
+    if (chain->FItems.empty()) continue;
+    const TChainSpan span = SpanOf(*chain);
+    if (!std::isfinite(span.Lo) || !std::isfinite(span.Hi)) {
+      index.Unusable = true;
+      return;
+    }
+    // A chain whose stored heights do not climb holds no height at all.
+    if (span.Lo <= span.Hi) spans.push_back(span);
+  }
+  index.Nodes.reserve(spans.size());
+  index.ByLow.reserve(spans.size());
+  index.ByHigh.reserve(spans.size());
+  BuildHeightNode(spans);
+}
+
+int TMPolygon::BuildHeightNode(std::vector<TChainSpan>& Spans) const {
+  // The centre is the median of the intervals' ends, so at most half the intervals lie
+  // wholly on either side and the tree is at most logarithmically deep.
+  if (Spans.empty()) return -1;
+  THeightIndex& index = FHeightIndex;
+  std::vector<double> ends;
+  ends.reserve(2 * Spans.size());
+  for (const TChainSpan& s : Spans) {
+    ends.push_back(s.Lo);
+    ends.push_back(s.Hi);
+  }
+  const auto middle = ends.begin() + static_cast<std::ptrdiff_t>(ends.size() / 2);
+  std::nth_element(ends.begin(), middle, ends.end());
+  const double center = *middle;
+
+  std::vector<TChainSpan> below, above;
+  const std::size_t begin = index.ByLow.size();
+  for (const TChainSpan& s : Spans) {
+    if (s.Hi < center)
+      below.push_back(s);
+    else if (s.Lo > center)
+      above.push_back(s);
+    else
+      index.ByLow.push_back(s);
+  }
+  const auto first = index.ByLow.begin() + static_cast<std::ptrdiff_t>(begin);
+  std::stable_sort(first, index.ByLow.end(), [](const TChainSpan& A, const TChainSpan& B) { return A.Lo < B.Lo; });
+  index.ByHigh.insert(index.ByHigh.end(), first, index.ByLow.end());
+  std::stable_sort(index.ByHigh.begin() + static_cast<std::ptrdiff_t>(begin), index.ByHigh.end(),
+                   [](const TChainSpan& A, const TChainSpan& B) { return A.Hi > B.Hi; });
+  Spans.clear();
+  Spans.shrink_to_fit();
+
+  const int at = static_cast<int>(index.Nodes.size());
+  index.Nodes.push_back({center, static_cast<int>(begin), static_cast<int>(index.ByLow.size() - begin), -1, -1});
+  const int lower = BuildHeightNode(below);
+  const int upper = BuildHeightNode(above);
+  index.Nodes[static_cast<std::size_t>(at)].Below = lower;
+  index.Nodes[static_cast<std::size_t>(at)].Above = upper;
+  return at;
+}
+
+void TMPolygon::DropHeightIndex() {
+  if (FHeightIndex.Built) FHeightIndex = THeightIndex();
+}
+
+void TMPolygon::Notify(TMChain* const& Item, TCollectionNotification Action) {
+  DropHeightIndex();
+  TVGeometry2DList<TMChain>::Notify(Item, Action);
+}
+
 bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
-  const std::vector<TMChain*>& others = MPolygon.FItems;
-  const std::size_t count = others.size();
-  TMChain* const* b = others.data();
-  // The other polygon's extent, from its chains' own bounds as they stand now: a chain of
-  // this polygon that stays clear of it is clear of every chain there.
+  // This polygon's extent, from its chains' own bounds as they stand now.
+  double aLeft0 = MaxDouble, aRight0 = -MaxDouble, aBottom0 = MaxDouble, aTop0 = -MaxDouble;
+  for (const TMChain* a : FItems) {
+    if (a->FItems.empty()) continue;
+    aLeft0 = std::min(aLeft0, a->FLeft);
+    aRight0 = std::max(aRight0, a->FRight);
+    aBottom0 = std::min(aBottom0, a->FItems.front().Y);
+    aTop0 = std::max(aTop0, a->FItems.back().Y);
+  }
+  if (aLeft0 > aRight0) return false;
+  // The other polygon's chains that come near this extent, with their bounds side by side
+  // in list order (by Left), so that the pairs below are sorted out without touching the
+  // chains; a chain clear of the extent is clear of every chain here. With more such chains
+  // than the room on the stack, the chains are read where they are.
+  struct TBox {
+    double Left, Right, Bottom, Top;
+    const TMChain* Chain;
+  };
+  constexpr std::size_t Room = 64;
+  TBox near[Room];
+  std::size_t nearCount = 0;
+  bool crowded = false;
   double left = MaxDouble, right = -MaxDouble, bottom = MaxDouble, top = -MaxDouble;
-  for (std::size_t k = 0; k < count; ++k) {
-    const TMChain* other = b[k];
+  for (const TMChain* other : MPolygon.FItems) {
     if (other->FItems.empty()) continue;
-    left = std::min(left, other->FLeft);
-    right = std::max(right, other->FRight);
-    bottom = std::min(bottom, other->FItems.front().Y);
-    top = std::max(top, other->FItems.back().Y);
+    const TBox box{other->FLeft, other->FRight, other->FItems.front().Y, other->FItems.back().Y, other};
+    if (box.Left - aRight0 > DefaultTol || aLeft0 - box.Right > DefaultTol || box.Bottom - aTop0 > DefaultTol ||
+        aBottom0 - box.Top > DefaultTol)
+      continue;
+    left = std::min(left, box.Left);
+    right = std::max(right, box.Right);
+    bottom = std::min(bottom, box.Bottom);
+    top = std::max(top, box.Top);
+    if (nearCount < Room)
+      near[nearCount++] = box;
+    else
+      crowded = true;
   }
   if (left > right) return false;
+  const std::vector<TMChain*>& others = MPolygon.FItems;
   for (const TMChain* a : FItems) {
     if (a->FItems.empty()) continue;
     const double aLeft = a->FLeft;
@@ -342,16 +596,24 @@ bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
     const double aBottom = a->FItems.front().Y;
     const double aTop = a->FItems.back().Y;
     if (aBottom - top > DefaultTol || bottom - aTop > DefaultTol) continue;
-    for (std::size_t k = 0; k < count; ++k) {
-      const TMChain* other = b[k];
-      // Sorted by Left: no later chain reaches this one.
-      if (other->FLeft - DefaultTol > aRight) break;
-      if (aLeft > other->FRight + DefaultTol) continue;
+    auto meets = [&](const TBox& B) {
       // IsOverlap's own first test, made here to spare the call.
-      if (other->FItems.empty() || other->FItems.front().Y - aTop > DefaultTol ||
-          aBottom - other->FItems.back().Y > DefaultTol)
-        continue;
-      if (a->IsOverlap(*other)) return true;
+      if (aLeft > B.Right + DefaultTol || B.Bottom - aTop > DefaultTol || aBottom - B.Top > DefaultTol) return false;
+      return a->IsOverlap(*B.Chain);
+    };
+    if (!crowded) {
+      for (std::size_t k = 0; k < nearCount; ++k) {
+        // Sorted by Left: no later chain reaches this one.
+        if (near[k].Left - DefaultTol > aRight) break;
+        if (meets(near[k])) return true;
+      }
+    } else {
+      for (const TMChain* other : others) {
+        if (other->FItems.empty()) continue;
+        const TBox box{other->FLeft, other->FRight, other->FItems.front().Y, other->FItems.back().Y, other};
+        if (box.Left - DefaultTol > aRight) break;
+        if (meets(box)) return true;
+      }
     }
   }
   return false;
@@ -366,8 +628,39 @@ std::unique_ptr<TVPolyline2D> TMPolygon::ToVPolyline2D() const {
 }
 
 void TMPolygon::Translate(const TPoint2D& Vector) {
+  DropHeightIndex();
   TVGeometry2DList<TMChain>::Translate(Vector);
   if (FBoundBox.IsValid()) FBoundBox = FBoundBox.Translate(Vector);
+}
+
+void TMPolygon::RoundTo(int Accuracy) {
+  DropHeightIndex();
+  TVGeometry2DList<TMChain>::RoundTo(Accuracy);
+}
+
+void TMPolygon::Rotate(double Radian) {
+  DropHeightIndex();
+  TVGeometry2DList<TMChain>::Rotate(Radian);
+}
+
+void TMPolygon::RotateBy90() {
+  DropHeightIndex();
+  TVGeometry2DList<TMChain>::RotateBy90();
+}
+
+void TMPolygon::RotateBy_90() {
+  DropHeightIndex();
+  TVGeometry2DList<TMChain>::RotateBy_90();
+}
+
+void TMPolygon::YMirror() {
+  DropHeightIndex();
+  TVGeometry2DList<TMChain>::YMirror();
+}
+
+void TMPolygon::Transform(const TMatrix2D& Matrix) {
+  DropHeightIndex();
+  TVGeometry2DList<TMChain>::Transform(Matrix);
 }
 
 }  // namespace orvane

@@ -13,6 +13,7 @@
 #include <memory>
 #include <vector>
 
+#include "orvane/foundation/Matrix2D.h"
 #include "orvane/foundation/Point2D.h"
 #include "orvane/foundation/Rect2D.h"
 #include "orvane/monotone/MChain.h"
@@ -59,6 +60,12 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
   // nearly level edge holds the points beside it as a steep one does. Otherwise a ray
   // toward larger x, counted exactly per chain over the half-open height interval from its
   // bottom to its top. 0 without chains.
+  // A polygon of many chains indexes them by height on its first point query, so that a
+  // query costs a logarithmic descent plus the chains that span the point's height; every
+  // change made through the polygon drops the index. A chain edited in place behind the
+  // polygon's back is not seen: rebuild the polygon after that, as after any bulk change.
+  // The index is a cache filled under const, so one polygon is not queried from two
+  // threads at once.
   std::uint8_t PointIsIn(const TPoint2D& Pt) const;
   // True if any chain of this polygon touches (within 1e-6, Euclidean) or crosses any chain
   // of MPolygon.
@@ -78,6 +85,13 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
   // alike. The other bulk changes act on the chains only and keep neither the box nor the
   // chains' order in y: rebuild the polygon after them.
   void Translate(const TPoint2D& Vector) override;
+  // The base list's, each dropping the height index first.
+  void RoundTo(int Accuracy) override;
+  void Rotate(double Radian) override;
+  void RotateBy90() override;
+  void RotateBy_90() override;
+  void YMirror() override;
+  void Transform(const TMatrix2D& Matrix) override;
 
   // The list's order: an empty chain first, then by Left, then by the first vertex's y
   // (1e-6). Left is compared exactly, so that Left never decreases along the list and
@@ -91,7 +105,56 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
   // polygon in (not owned); no class sets it yet, so it stays nil.
   TMPolygonList* Plug = nullptr;
 
+ protected:
+  // Every change of the list of chains drops the height index.
+  void Notify(TMChain* const& Item, TCollectionNotification Action) override;
+
  private:
+  // One chain as the point test reads it, so that a query passes over the chains it does
+  // not need without touching them: the heights it spans with the tolerance (Lo, Hi), its
+  // bottom and top, and its x range.
+  struct TChainSpan {
+    double Lo, Hi, Bottom, Top, Left, Right;
+    const TMChain* Chain;
+  };
+  // A node of the interval tree over the chains' heights: the chains whose height interval
+  // holds Center, once by ascending Lo and once by descending Hi; those wholly below Center
+  // lie under Below, those wholly above under Above (-1: none).
+  struct THeightNode {
+    double Center;
+    int Begin, Count;
+    int Below, Above;
+  };
+  // The height index, built on the first point query of a polygon with many chains.
+  struct THeightIndex {
+    bool Built = false;
+    // The chains' heights were not all finite: queries scan the chains instead.
+    bool Unusable = false;
+    std::vector<THeightNode> Nodes;
+    std::vector<TChainSpan> ByLow;
+    std::vector<TChainSpan> ByHigh;
+  };
+
+  // A chain of a closed ring: the vertices Begin to Last of the ring's cycle, counted on
+  // past its end across the seam, and whether they climb in the order of travel.
+  struct TRingRun {
+    int Begin, Last;
+    bool Positive;
+  };
+  // The chains of a closed ring of at least three vertices besides the repeated one, in
+  // order of travel, as ranges of its cycle.
+  static std::vector<TRingRun> RingRuns(const TDynPoints2D& P);
+  // Fills Chain with one run of P, once, at its size, climbing.
+  static void FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun& Run);
+  // The chains of an open polyline, or of a closed one that is a single step there and back.
+  static void CutPolyline(const TDynPoints2D& P, bool Closed, std::vector<std::unique_ptr<TMChain>>& Chains);
+  static TChainSpan SpanOf(const TMChain& Chain);
+  // The point against one chain: 2 on it, 1 when the ray toward larger x crosses it, else 0.
+  static int PlaceAgainst(const TChainSpan& Span, const TPoint2D& Pt);
+  void BuildHeightIndex() const;
+  int BuildHeightNode(std::vector<TChainSpan>& Spans) const;
+  void DropHeightIndex();
+
   // Calls Visit on every vertex of the outline in order of travel, as ToVPolyline2D lists
   // them; Method names the caller in the assertion on a broken ring.
   template <class F>
@@ -100,7 +163,10 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
   void CheckRing(const char* Method) const;
 
   TRect2D FBoundBox;
-  // The chains built by the polyline constructor of a polygon that does not own its items.
+  mutable THeightIndex FHeightIndex;
+  // The chains built by the polyline constructor of a polygon that does not own its items:
+  // those of a closed ring in one block, the others one by one.
+  std::unique_ptr<TMChain[]> FChainBlock;
   std::vector<std::unique_ptr<TMChain>> FMadeChains;
 };
 

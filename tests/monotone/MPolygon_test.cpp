@@ -157,6 +157,14 @@ TEST(MPolygon, OutlineAreaAndOrientationRoundTrip) {
         for (int c = 1; c < poly.Count(); ++c) EXPECT_LE(poly[c - 1]->GetLeft(), poly[c]->GetLeft());
         EXPECT_EQ(poly.BoundBox(), CalcAABB(from));
         EXPECT_TRUE(SameCycle(Outline(*poly.CloneAs<TMPolygon>()), from));
+        // A polygon that does not own its chains keeps them elsewhere, but they are the same.
+        const TMPolygon shared{TVPolyline2D(from), nullptr, false};
+        ASSERT_EQ(shared.Count(), poly.Count());
+        for (int c = 0; c < poly.Count(); ++c) {
+          EXPECT_EQ(shared[c]->Points(), poly[c]->Points());
+          EXPECT_EQ(shared[c]->GetPositive(), poly[c]->GetPositive());
+          EXPECT_EQ(shared.IndexOf(shared[c]->GetNext()), poly.IndexOf(poly[c]->GetNext()));
+        }
       }
     }
   }

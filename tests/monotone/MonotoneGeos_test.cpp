@@ -602,6 +602,46 @@ TEST(MonotoneGeos, RealOutlines) {
   EXPECT_GT(tally.Apart, 2000);
 }
 
+// A star of 10^4 corners has thousands of chains, so its point test runs on the index of
+// chains by height: against GEOS near and away from the edges, at vertex heights, and again
+// after the polygon has been moved and after its chains have been replaced, which must not
+// leave the index of the old chains behind.
+TEST(MonotoneGeos, PointIsInOnManyChains) {
+  const TGeos geos;
+  TTally tally;
+  std::mt19937 rng(1515);
+  const TSubject a(geos, testing::Star(rng, 10000), "star of 10^4 corners");
+  ASSERT_TRUE(a.Valid());
+  ASSERT_GT(a.Poly.Count(), 1000);
+  std::vector<TPoint2D> probes = ProbePoints(a.Ring, rng, 3000, 500, 3000);
+  // At the exact height of vertices, where chains begin and end.
+  std::uniform_real_distribution<double> across(-11.0, 11.0);
+  for (std::size_t k = 0; k < a.Ring.size(); k += 13) probes.emplace_back(across(rng), a.Ring[k].Y);
+  for (const TPoint2D& p : probes) CheckPoint(a, p, tally);
+  tally.Expect("star of 10^4 corners");
+
+  // The clear answers, to ask again of changed polygons.
+  std::vector<std::pair<TPoint2D, std::uint8_t>> clear;
+  for (const TPoint2D& p : probes) {
+    double d = 0.0;
+    bool inside = false;
+    if (a.Probe(p, d, inside) && d >= MustMiss) clear.emplace_back(p, inside ? 1 : 0);
+  }
+  ASSERT_GT(clear.size(), 3000u);
+  TMPolygon moved(TVPolyline2D(a.Ring), nullptr);
+  EXPECT_EQ(moved.PointIsIn(clear.front().first), clear.front().second);
+  const TPoint2D shift(3.5, -2.25);
+  moved.Translate(shift);
+  TMPolygon replaced(TVPolyline2D(testing::Star(rng, 5000, {40, 40})), nullptr);
+  EXPECT_EQ(replaced.PointIsIn({40, 40}), 1);
+  replaced.Clear();
+  for (const TMChain* c : a.Poly) replaced.Add(static_cast<const IVGeometry2D&>(*c).CloneAs<TMChain>());
+  for (const auto& [p, want] : clear) {
+    ASSERT_EQ(moved.PointIsIn(p + shift), want) << Pt(p) << " moved by " << Pt(shift);
+    ASSERT_EQ(replaced.PointIsIn(p), want) << Pt(p) << " after the chains were replaced";
+  }
+}
+
 // The ring with every edge cut into pieces whose extent in x and in y is at most a step
 // drawn per edge from [MinStep, MaxStep]: steep edges climb in steps of about that size.
 // Jitter moves the new vertices by up to that much in x and y, so that runs wobble and

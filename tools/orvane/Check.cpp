@@ -26,8 +26,9 @@ double SecondsSince(TClock::time_point Start) { return std::chrono::duration<dou
 // The distance at which the kernel's boundary test counts two outlines as touching.
 constexpr double KernelTol = DefaultTol;
 
+// The polygon keeps its chains to itself, which lets it make them all at once.
 std::unique_ptr<TMPolygon> MonotoneRing(const TDynPoints2D& Ring) {
-  return std::make_unique<TMPolygon>(ClosedPolyline(Ring), nullptr, true);
+  return std::make_unique<TMPolygon>(ClosedPolyline(Ring), nullptr, false);
 }
 
 // Two segments come within Dist: they cross, or an end of one lies within Dist of the other.
@@ -117,7 +118,8 @@ TPart BuildPart(const TLayoutPart& Source) {
   part.Source = &Source;
   part.Rings.push_back(MonotoneRing(Source.Outer));
   for (const TDynPoints2D& hole : Source.Holes) part.Rings.push_back(MonotoneRing(hole));
-  part.Box = CalcAABB(Source.Outer);
+  // The outline's chains already hold its extent.
+  part.Box = part.Rings.front()->BoundBox();
   return part;
 }
 

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <sstream>
+#include <simdjson.h>
 
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
@@ -25,26 +25,164 @@ namespace {
 // Layouts are a few levels deep; this leaves room for any extra data a file carries.
 constexpr int MaxJsonDepth = 64;
 
-std::string IdText(const json& Id) { return Id.is_string() ? Id.get<std::string>() : Id.dump(); }
+// The reader below runs on either of two views of one parsed document, which give the same
+// answers: simdjson's, fast, and nlohmann's, which is the reference for every message about
+// the JSON itself. A question that the fast view cannot answer as nlohmann does (a value of
+// the wrong type where nlohmann names the types in its message, an id that is an array)
+// raises TAskReference, and the document is read again on nlohmann's view.
+struct TAskReference {};
+
+// nlohmann's view: its own calls, and so its own exceptions and messages.
+class TNlohmannNode {
+ public:
+  explicit TNlohmannNode(const json& J) : FJ(&J) {}
+  bool IsObject() const { return FJ->is_object(); }
+  bool IsArray() const { return FJ->is_array(); }
+  bool IsNumber() const { return FJ->is_number(); }
+  bool IsEmptyArray() const { return FJ->empty(); }
+  std::size_t Size() const { return FJ->size(); }
+  std::optional<TNlohmannNode> Find(const char* Key) const {
+    if (!FJ->is_object()) return std::nullopt;
+    const auto it = FJ->find(Key);
+    if (it == FJ->end()) return std::nullopt;
+    return TNlohmannNode(*it);
+  }
+  template <class F>
+  void ForEach(F&& Visit) const {
+    std::size_t k = 0;
+    for (const json& item : *FJ) Visit(k++, TNlohmannNode(item));
+  }
+  double Number() const { return FJ->get<double>(); }
+  std::string IdText() const { return FJ->is_string() ? FJ->get<std::string>() : FJ->dump(); }
+  // A point [x, y]: an array of at least two numbers.
+  bool Point(double& X, double& Y) const {
+    if (!FJ->is_array() || FJ->size() < 2 || !(*FJ)[0].is_number() || !(*FJ)[1].is_number()) return false;
+    X = (*FJ)[0].get<double>();
+    Y = (*FJ)[1].get<double>();
+    return true;
+  }
+  double ValueNumber(const char* Key, double Default) const { return FJ->value(Key, Default); }
+  bool ValueBool(const char* Key, bool Default) const { return FJ->value(Key, Default); }
+  std::string ValueString(const char* Key, const std::string& Default) const { return FJ->value(Key, Default); }
+
+ private:
+  const json* FJ;
+};
+
+// simdjson's view of a parsed document: the same answers where nlohmann would give one
+// without an exception. Of repeated keys, the last counts, as for nlohmann.
+class TSimdNode {
+ public:
+  explicit TSimdNode(simdjson::dom::element E) : FE(E) {}
+  bool IsObject() const { return FE.is_object(); }
+  bool IsArray() const { return FE.is_array(); }
+  bool IsNumber() const { return FE.is_number(); }
+  bool IsEmptyArray() const {
+    const simdjson::dom::array a = Array();
+    return !(a.begin() != a.end());
+  }
+  std::size_t Size() const { return Array().size(); }
+  std::optional<TSimdNode> Find(const char* Key) const {
+    if (!FE.is_object()) return std::nullopt;
+    std::optional<TSimdNode> found;
+    const std::string_view key(Key);
+    simdjson::dom::object object;
+    if (FE.get_object().get(object) != simdjson::SUCCESS) return std::nullopt;
+    for (const simdjson::dom::key_value_pair field : object) {
+      if (field.key == key) found = TSimdNode(field.value);
+    }
+    return found;
+  }
+  template <class F>
+  void ForEach(F&& Visit) const {
+    std::size_t k = 0;
+    const simdjson::dom::array array = Array();
+    for (const simdjson::dom::element item : array) Visit(k++, TSimdNode(item));
+  }
+  double Number() const { return FE.get_double().value_unsafe(); }
+  std::string IdText() const {
+    switch (FE.type()) {
+      case simdjson::dom::element_type::STRING:
+        return std::string(FE.get_string().value_unsafe());
+      case simdjson::dom::element_type::INT64:
+        return std::to_string(FE.get_int64().value_unsafe());
+      case simdjson::dom::element_type::UINT64:
+        return std::to_string(FE.get_uint64().value_unsafe());
+      case simdjson::dom::element_type::DOUBLE:
+        return json(FE.get_double().value_unsafe()).dump();
+      case simdjson::dom::element_type::BOOL:
+        return FE.get_bool().value_unsafe() ? "true" : "false";
+      case simdjson::dom::element_type::NULL_VALUE:
+        return "null";
+      default:
+        throw TAskReference();
+    }
+  }
+  bool Point(double& X, double& Y) const {
+    if (!FE.is_array()) return false;
+    const simdjson::dom::array a = Array();
+    auto it = a.begin();
+    const auto end = a.end();
+    if (it == end) return false;
+    const simdjson::dom::element x = *it;
+    if (!(++it != end)) return false;
+    const simdjson::dom::element y = *it;
+    if (!x.is_number() || !y.is_number()) return false;
+    X = x.get_double().value_unsafe();
+    Y = y.get_double().value_unsafe();
+    return true;
+  }
+  double ValueNumber(const char* Key, double Default) const {
+    const std::optional<TSimdNode> v = Value(Key);
+    if (!v) return Default;
+    if (!v->IsNumber()) throw TAskReference();
+    return v->Number();
+  }
+  bool ValueBool(const char* Key, bool Default) const {
+    const std::optional<TSimdNode> v = Value(Key);
+    if (!v) return Default;
+    if (!v->FE.is_bool()) throw TAskReference();
+    return v->FE.get_bool().value_unsafe();
+  }
+  std::string ValueString(const char* Key, const std::string& Default) const {
+    const std::optional<TSimdNode> v = Value(Key);
+    if (!v) return Default;
+    if (!v->FE.is_string()) throw TAskReference();
+    return std::string(v->FE.get_string().value_unsafe());
+  }
+
+ private:
+  simdjson::dom::array Array() const {
+    // Asked only of an array, which every caller has checked.
+    simdjson::dom::array a;
+    [[maybe_unused]] const simdjson::error_code failed = FE.get_array().get(a);
+    return a;
+  }
+  // A keyed value with a default, which only an object can give.
+  std::optional<TSimdNode> Value(const char* Key) const {
+    if (!FE.is_object()) throw TAskReference();
+    return Find(Key);
+  }
+
+  simdjson::dom::element FE;
+};
 
 // A ring [[x, y], ...]; a repeated closing vertex is dropped.
-TDynPoints2D ReadRing(const json& Ring, const std::string& What) {
-  if (!Ring.is_array()) throw ELayoutError(What + " is not an array of [x, y] points");
+template <class N>
+TDynPoints2D ReadRing(const std::optional<N>& Ring, const std::string& What) {
+  if (!Ring || !Ring->IsArray()) throw ELayoutError(What + " is not an array of [x, y] points");
   TDynPoints2D pts;
-  pts.reserve(Ring.size());
-  for (std::size_t i = 0; i < Ring.size(); ++i) {
-    const json& p = Ring[i];
-    if (!p.is_array() || p.size() < 2 || !p[0].is_number() || !p[1].is_number()) {
-      throw ELayoutError(Format("%s: point %d is not [x, y]", What, static_cast<int>(i)));
-    }
-    const double x = p[0].get<double>();
-    const double y = p[1].get<double>();
+  pts.reserve(Ring->Size());
+  Ring->ForEach([&](std::size_t i, const N& p) {
+    double x = 0.0;
+    double y = 0.0;
+    if (!p.Point(x, y)) throw ELayoutError(Format("%s: point %d is not [x, y]", What, static_cast<int>(i)));
     if (!std::isfinite(x) || !std::isfinite(y)) {
       throw ELayoutError(Format("%s: point %d has a coordinate that is not finite", What, static_cast<int>(i)));
     }
     // A vertex given twice in a row adds no edge.
     if (pts.empty() || !(pts.back() == TPoint2D(x, y))) pts.emplace_back(x, y);
-  }
+  });
   if (pts.size() > 1 && pts.front() == pts.back()) pts.pop_back();
   if (pts.size() < 3) {
     throw ELayoutError(
@@ -53,13 +191,15 @@ TDynPoints2D ReadRing(const json& Ring, const std::string& What) {
   return pts;
 }
 
-std::vector<TDynPoints2D> ReadHoles(const json& Owner, const std::string& What) {
+template <class N>
+std::vector<TDynPoints2D> ReadHoles(const N& Owner, const std::string& What) {
   std::vector<TDynPoints2D> holes;
-  if (!Owner.contains("holes")) return holes;
-  const json& h = Owner["holes"];
-  if (!h.is_array()) throw ELayoutError(What + ": holes is not an array of rings");
-  for (std::size_t k = 0; k < h.size(); ++k)
-    holes.push_back(ReadRing(h[k], Format("%s hole %d", What, static_cast<int>(k))));
+  const std::optional<N> h = Owner.Find("holes");
+  if (!h) return holes;
+  if (!h->IsArray()) throw ELayoutError(What + ": holes is not an array of rings");
+  h->ForEach([&](std::size_t k, const N& ring) {
+    holes.push_back(ReadRing(std::optional<N>(ring), Format("%s hole %d", What, static_cast<int>(k))));
+  });
   return holes;
 }
 
@@ -91,57 +231,57 @@ struct TShape {
   std::vector<TDynPoints2D> Holes;
 };
 
-std::vector<TLayoutPart> ReadPlacements(const json& Placements, const std::map<std::string, TShape>& Shapes,
+template <class N>
+std::vector<TLayoutPart> ReadPlacements(const std::optional<N>& Placements, const std::map<std::string, TShape>& Shapes,
                                         const std::string& What) {
-  if (!Placements.is_array()) throw ELayoutError(What + ": placements is not an array");
+  if (!Placements || !Placements->IsArray()) throw ELayoutError(What + ": placements is not an array");
   std::vector<TLayoutPart> parts;
-  parts.reserve(Placements.size());
-  for (std::size_t i = 0; i < Placements.size(); ++i) {
-    const json& pl = Placements[i];
+  parts.reserve(Placements->Size());
+  Placements->ForEach([&](std::size_t i, const N& pl) {
     const std::string where = Format("%s placement %d", What, static_cast<int>(i));
-    if (!pl.is_object() || !pl.contains("part")) throw ELayoutError(where + " names no part");
-    const std::string id = IdText(pl["part"]);
+    const std::optional<N> named = pl.Find("part");
+    if (!pl.IsObject() || !named) throw ELayoutError(where + " names no part");
+    const std::string id = named->IdText();
     auto shape = Shapes.find(id);
     if (shape == Shapes.end()) throw ELayoutError(where + " names unknown shape " + id);
     TLayoutPart part;
     part.Id = id;
-    const double deg = pl.value("rotation_deg", 0.0);
-    const json translation = pl.value("translation", json::array({0.0, 0.0}));
-    if (!translation.is_array() || translation.size() < 2 || !translation[0].is_number() ||
-        !translation[1].is_number()) {
-      throw ELayoutError(where + ": translation is not [x, y]");
+    const double deg = pl.ValueNumber("rotation_deg", 0.0);
+    double tx = 0.0;
+    double ty = 0.0;
+    if (const std::optional<N> translation = pl.Find("translation")) {
+      if (!translation->IsArray() || !translation->Point(tx, ty)) throw ELayoutError(where + ": translation is not [x, y]");
     }
-    const double tx = translation[0].get<double>();
-    const double ty = translation[1].get<double>();
     if (!std::isfinite(deg) || !std::isfinite(tx) || !std::isfinite(ty)) {
       throw ELayoutError(where + ": rotation or translation is not finite");
     }
-    part.Outer = pl.contains("placed") ? ReadRing(pl["placed"], where + " placed ring")
-                                       : PlaceShape(shape->second.Outer, deg, tx, ty);
+    const std::optional<N> placed = pl.Find("placed");
+    part.Outer = placed ? ReadRing(placed, where + " placed ring") : PlaceShape(shape->second.Outer, deg, tx, ty);
     for (const TDynPoints2D& hole : shape->second.Holes) part.Holes.push_back(PlaceShape(hole, deg, tx, ty));
     parts.push_back(std::move(part));
-  }
+  });
   return parts;
 }
 
-std::optional<TExpectedChecks> ReadChecks(const json& Owner) {
-  if (!Owner.contains("checks") || !Owner["checks"].is_object()) return std::nullopt;
-  const json& c = Owner["checks"];
+template <class N>
+std::optional<TExpectedChecks> ReadChecks(const N& Owner) {
+  const std::optional<N> c = Owner.Find("checks");
+  if (!c || !c->IsObject()) return std::nullopt;
   TExpectedChecks e;
-  e.Clean = c.value("clean", false);
-  e.OverlapMaxRelative = c.value("overlap_max_relative_to_smaller_part", 0.0);
-  e.MaxProtrusion = c.value("max_protrusion_outside_container", 0.0);
+  e.Clean = c->ValueBool("clean", false);
+  e.OverlapMaxRelative = c->ValueNumber("overlap_max_relative_to_smaller_part", 0.0);
+  e.MaxProtrusion = c->ValueNumber("max_protrusion_outside_container", 0.0);
   return e;
 }
 
-void ReadContainer(const json& Doc, TLayout& Layout) {
-  if (Doc.contains("container")) {
-    const json& c = Doc["container"];
-    Layout.Container = ReadRing(c.is_object() ? c.value("outer", json()) : c, "container");
+template <class N>
+void ReadContainer(const N& Doc, TLayout& Layout) {
+  if (const std::optional<N> c = Doc.Find("container")) {
+    Layout.Container = ReadRing(c->IsObject() ? c->Find("outer") : c, "container");
   }
   double height = 0.0;
-  if (Doc.contains("strip") && Doc["strip"].is_object() && Doc["strip"].value("height", json()).is_number()) {
-    height = Doc["strip"]["height"].get<double>();
+  if (const std::optional<N> strip = Doc.Find("strip"); strip && strip->IsObject()) {
+    if (const std::optional<N> h = strip->Find("height"); h && h->IsNumber()) height = h->Number();
   }
   if (height <= 0.0 && !Layout.Container.empty()) {
     double lo = Layout.Container[0].Y;
@@ -153,6 +293,68 @@ void ReadContainer(const json& Doc, TLayout& Layout) {
     height = hi - lo;
   }
   Layout.ContainerHeight = height;
+}
+
+void ValidateLayout(const TLayout& Layout);
+
+// The layouts of one document, on either view; ValidateLayout follows.
+template <class N>
+std::vector<TLayout> ReadDocument(const N& Doc, const std::string& Name) {
+  if (!Doc.IsObject()) throw ELayoutError("the top level is not a JSON object");
+  TLayout base;
+  base.Name = Name;
+  ReadContainer(Doc, base);
+
+  if (const std::optional<N> parts = Doc.Find("parts")) {
+    // The tool's own format: parts given in place.
+    if (!parts->IsArray()) throw ELayoutError("parts is not an array");
+    parts->ForEach([&](std::size_t i, const N& p) {
+      const std::string what = Format("part %d", static_cast<int>(i));
+      if (!p.IsObject()) throw ELayoutError(what + " is not an object");
+      TLayoutPart part;
+      const std::optional<N> id = p.Find("id");
+      part.Id = id ? id->IdText() : std::to_string(i);
+      part.Outer = ReadRing(p.Find("outer"), what + " outer ring");
+      part.Holes = ReadHoles(p, what);
+      base.Parts.push_back(std::move(part));
+    });
+    ValidateLayout(base);
+    return {base};
+  }
+
+  std::map<std::string, TShape> shapes;
+  if (const std::optional<N> list = Doc.Find("shapes")) {
+    if (!list->IsArray()) throw ELayoutError("shapes is not an array");
+    list->ForEach([&](std::size_t, const N& s) {
+      const std::optional<N> named = s.Find("part");
+      if (!s.IsObject() || !named) throw ELayoutError("a shape has no part id");
+      const std::string id = named->IdText();
+      shapes[id] = TShape{ReadRing(s.Find("outer"), "shape " + id), ReadHoles(s, "shape " + id)};
+    });
+  }
+
+  std::vector<TLayout> layouts;
+  if (const std::optional<N> sols = Doc.Find("solutions")) {
+    if (!sols->IsArray()) throw ELayoutError("solutions is not an array");
+    if (sols->IsEmptyArray()) throw ELayoutError("solutions is empty");
+    sols->ForEach([&](std::size_t k, const N& sol) {
+      TLayout layout = base;
+      const std::string algorithm = sol.ValueString("algorithm", std::string());
+      layout.Name =
+          Format("%s solution %d%s", Name, static_cast<int>(k), algorithm.empty() ? "" : " (" + algorithm + ")");
+      layout.Parts = ReadPlacements(sol.Find("placements"), shapes, Format("solution %d", static_cast<int>(k)));
+      layout.Expected = ReadChecks(sol);
+      layouts.push_back(std::move(layout));
+    });
+  } else if (const std::optional<N> placements = Doc.Find("placements")) {
+    base.Parts = ReadPlacements(placements, shapes, "layout");
+    base.Expected = ReadChecks(Doc);
+    layouts.push_back(std::move(base));
+  } else {
+    throw ELayoutError("no parts, placements or solutions");
+  }
+  for (const TLayout& layout : layouts) ValidateLayout(layout);
+  return layouts;
 }
 
 // Refuses, before the JSON reader sees it, what that reader would take badly: values
@@ -231,7 +433,7 @@ TVPolyline2D ClosedPolyline(const TDynPoints2D& Ring) {
   return TVPolyline2D(std::move(closed));
 }
 
-std::vector<TLayout> ParseLayout(const std::string& Text, const std::string& Name) {
+std::vector<TLayout> ParseLayoutWithNlohmann(const std::string& Text, const std::string& Name) {
   CheckJsonShape(Text);
   json doc;
   try {
@@ -242,69 +444,36 @@ std::vector<TLayout> ParseLayout(const std::string& Text, const std::string& Nam
   } catch (const json::exception& e) {
     throw ELayoutError(std::string("malformed JSON: ") + e.what());
   }
-  if (!doc.is_object()) throw ELayoutError("the top level is not a JSON object");
-
   try {
-    TLayout base;
-    base.Name = Name;
-    ReadContainer(doc, base);
-
-    if (doc.contains("parts")) {
-      // The tool's own format: parts given in place.
-      const json& parts = doc["parts"];
-      if (!parts.is_array()) throw ELayoutError("parts is not an array");
-      for (std::size_t i = 0; i < parts.size(); ++i) {
-        const json& p = parts[i];
-        const std::string what = Format("part %d", static_cast<int>(i));
-        if (!p.is_object()) throw ELayoutError(what + " is not an object");
-        TLayoutPart part;
-        part.Id = p.contains("id") ? IdText(p["id"]) : std::to_string(i);
-        part.Outer = ReadRing(p.value("outer", json()), what + " outer ring");
-        part.Holes = ReadHoles(p, what);
-        base.Parts.push_back(std::move(part));
-      }
-      ValidateLayout(base);
-      return {base};
-    }
-
-    std::map<std::string, TShape> shapes;
-    if (doc.contains("shapes")) {
-      if (!doc["shapes"].is_array()) throw ELayoutError("shapes is not an array");
-      for (const json& s : doc["shapes"]) {
-        if (!s.is_object() || !s.contains("part")) throw ELayoutError("a shape has no part id");
-        const std::string id = IdText(s["part"]);
-        shapes[id] = TShape{ReadRing(s.value("outer", json()), "shape " + id), ReadHoles(s, "shape " + id)};
-      }
-    }
-
-    std::vector<TLayout> layouts;
-    if (doc.contains("solutions")) {
-      if (!doc["solutions"].is_array()) throw ELayoutError("solutions is not an array");
-      const json& sols = doc["solutions"];
-      if (sols.empty()) throw ELayoutError("solutions is empty");
-      for (std::size_t k = 0; k < sols.size(); ++k) {
-        const json& sol = sols[k];
-        TLayout layout = base;
-        const std::string algorithm = sol.value("algorithm", std::string());
-        layout.Name =
-            Format("%s solution %d%s", Name, static_cast<int>(k), algorithm.empty() ? "" : " (" + algorithm + ")");
-        layout.Parts =
-            ReadPlacements(sol.value("placements", json()), shapes, Format("solution %d", static_cast<int>(k)));
-        layout.Expected = ReadChecks(sol);
-        layouts.push_back(std::move(layout));
-      }
-    } else if (doc.contains("placements")) {
-      base.Parts = ReadPlacements(doc["placements"], shapes, "layout");
-      base.Expected = ReadChecks(doc);
-      layouts.push_back(std::move(base));
-    } else {
-      throw ELayoutError("no parts, placements or solutions");
-    }
-    for (const TLayout& layout : layouts) ValidateLayout(layout);
-    return layouts;
+    return ReadDocument(TNlohmannNode(doc), Name);
   } catch (const json::exception& e) {
     // Type mismatches inside the document (a string where a number belongs, ...).
     throw ELayoutError(std::string("unexpected JSON content: ") + e.what());
+  }
+}
+
+std::vector<TLayout> ParseLayout(const std::string& Text, const std::string& Name) {
+  // One parser per thread, kept for its buffers. It refuses nesting deeper than the limit
+  // of CheckJsonShape, and a NUL byte is never valid JSON, so the documents it takes are
+  // those that CheckJsonShape lets pass; anything it refuses goes the reference way, which
+  // runs that check first.
+  thread_local simdjson::dom::parser parser;
+  if (parser.max_depth() != static_cast<std::size_t>(MaxJsonDepth) &&
+      parser.allocate(std::max<std::size_t>(Text.size(), 1), MaxJsonDepth) != simdjson::SUCCESS) {
+    return ParseLayoutWithNlohmann(Text, Name);
+  }
+  // Text read by ReadLayoutFile carries the padding simdjson reads past the end; other text
+  // is copied once to get it.
+  const bool padded = Text.capacity() - Text.size() >= simdjson::SIMDJSON_PADDING;
+  simdjson::dom::element doc;
+  if (parser.parse(Text.data(), Text.size(), !padded).get(doc) != simdjson::SUCCESS) {
+    // Whatever simdjson refuses, nlohmann reads, or names the fault in today's words.
+    return ParseLayoutWithNlohmann(Text, Name);
+  }
+  try {
+    return ReadDocument(TSimdNode(doc), Name);
+  } catch (const TAskReference&) {
+    return ParseLayoutWithNlohmann(Text, Name);
   }
 }
 
@@ -314,11 +483,18 @@ std::vector<TLayout> ReadLayoutFile(const std::string& Path) {
   if (!std::filesystem::is_regular_file(Path, ec)) throw ELayoutError("not a regular file");
   std::ifstream in(Path, std::ios::binary);
   if (!in) throw ELayoutError("cannot open the file");
-  std::ostringstream text;
-  text << in.rdbuf();
+  // Read whole, into room for the padding that the parser reads past the end.
+  std::string text;
+  const std::uintmax_t size = std::filesystem::file_size(Path, ec);
+  if (!ec && size < std::uintmax_t{1} << 40) text.reserve(static_cast<std::size_t>(size) + simdjson::SIMDJSON_PADDING);
+  char chunk[1 << 16];
+  while (in.read(chunk, sizeof chunk) || in.gcount() > 0) {
+    text.append(chunk, static_cast<std::size_t>(in.gcount()));
+    if (text.capacity() - text.size() < simdjson::SIMDJSON_PADDING) text.reserve(text.size() * 2 + simdjson::SIMDJSON_PADDING);
+  }
   if (in.bad()) throw ELayoutError("cannot read the file");
   const std::size_t slash = Path.find_last_of('/');
-  return ParseLayout(text.str(), slash == std::string::npos ? Path : Path.substr(slash + 1));
+  return ParseLayout(text, slash == std::string::npos ? Path : Path.substr(slash + 1));
 }
 
 }  // namespace orvane::tool

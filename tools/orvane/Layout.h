@@ -48,5 +48,9 @@ TVPolyline2D ClosedPolyline(const TDynPoints2D& Ring);
 // coordinates that are not finite, and placements naming an unknown shape.
 std::vector<TLayout> ReadLayoutFile(const std::string& Path);
 std::vector<TLayout> ParseLayout(const std::string& Text, const std::string& Name);
+// The same reader on nlohmann's parser alone: ParseLayout falls back on it for the words of
+// every fault in the JSON itself, and it is the reference that ParseLayout is measured and
+// tested against.
+std::vector<TLayout> ParseLayoutWithNlohmann(const std::string& Text, const std::string& Name);
 
 }  // namespace orvane::tool

@@ -1,0 +1,88 @@
+// Reading a layout file's text into layouts, as `orvane check` does before it checks: the
+// reader on simdjson against the same reader on nlohmann, which it replaces, in MB/s of
+// JSON text. Both include the checks of the rings that follow the parse. The text is in
+// memory, with the padding that the tool's file reading leaves after it. Layouts: every
+// sparrow layout at hand, largest first; both readers must give the same layouts.
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "Layout.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace orvane;
+using namespace orvane::tool;
+
+struct TFile {
+  std::string Name;
+  std::string Text;
+  bool Agree = true;
+};
+
+bool SameLayouts(const std::vector<TLayout>& A, const std::vector<TLayout>& B) {
+  if (A.size() != B.size()) return false;
+  for (std::size_t k = 0; k < A.size(); ++k) {
+    if (A[k].Name != B[k].Name || A[k].Container != B[k].Container || A[k].Parts.size() != B[k].Parts.size())
+      return false;
+    for (std::size_t i = 0; i < A[k].Parts.size(); ++i) {
+      const TLayoutPart& p = A[k].Parts[i];
+      const TLayoutPart& q = B[k].Parts[i];
+      if (p.Id != q.Id || p.Outer != q.Outer || p.Holes != q.Holes) return false;
+    }
+  }
+  return true;
+}
+
+std::vector<TFile>& Files() {
+  static std::vector<TFile> files;
+  return files;
+}
+
+template <std::vector<TLayout> (*Parse)(const std::string&, const std::string&)>
+void BM_Read(benchmark::State& State, const TFile* F) {
+  if (!F->Agree) State.SkipWithError("the two readers give different layouts");
+  for (auto _ : State) benchmark::DoNotOptimize(Parse(F->Text, F->Name));
+  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(F->Text.size()));
+}
+
+void Register() {
+  const fs::path dir = fs::path(ORVANE_SHARED_DATA_DIR) / "layouts";
+  if (!fs::exists(dir)) return;
+  std::vector<TFile>& files = Files();
+  for (const auto& e : fs::directory_iterator(dir)) {
+    if (e.path().filename().string().rfind("sparrow_", 0) != 0) continue;
+    std::ifstream in(e.path(), std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    TFile f{e.path().filename().string(), text.str(), true};
+    // Room after the text for the parser's padding, as ReadLayoutFile leaves.
+    f.Text.reserve(f.Text.size() + 64);
+    f.Agree = SameLayouts(ParseLayout(f.Text, f.Name), ParseLayoutWithNlohmann(f.Text, f.Name));
+    files.push_back(std::move(f));
+  }
+  std::sort(files.begin(), files.end(), [](const TFile& A, const TFile& B) { return A.Text.size() > B.Text.size(); });
+  for (const TFile& f : files) {
+    benchmark::RegisterBenchmark(("Read/simdjson/" + f.Name).c_str(), BM_Read<&ParseLayout>, &f)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(("Read/nlohmann/" + f.Name).c_str(), BM_Read<&ParseLayoutWithNlohmann>, &f)
+        ->Unit(benchmark::kMillisecond);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Register();
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
