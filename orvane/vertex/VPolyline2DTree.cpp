@@ -29,24 +29,25 @@ std::unique_ptr<TVPolyline2D> ClonePolyline(const TVPolyline2D& Polyline) {
 
 // Whether Inner lies inside Outer. The first vertex alone would misjudge outlines that
 // touch (a hole whose first vertex sits on the outline, neighbours sharing a corner), so
-// only points of Inner that are not on Outer count. Up to ProbeCount vertices spread along
-// Inner vote: outlines that do not cross agree on every vote, and an outline that crosses
-// (a defect hole sticking out of a hide) goes where most of it lies, so the part sticking
-// out stays void instead of becoming material of its own. Ties go inside. When no vertex
-// is off Outer, the edge midpoints decide; an outline wholly on the other's boundary
-// encloses nothing the other does not and counts inside it, so a duplicate nests under its
-// twin and the parity cancels both.
-constexpr std::size_t ProbeCount = 5;
-
+// only vertices of Inner that are not on Outer count, and they vote: outlines that do not
+// cross agree on every vote, and an outline that crosses (a defect hole sticking out of a
+// hide) goes where most of its vertices lie, so the part sticking out stays void instead
+// of becoming material of its own. Ties go inside; the count stops as soon as the rest
+// cannot change the outcome. When no vertex is off Outer, the edge midpoints decide; an
+// outline wholly on the other's boundary encloses nothing the other does not and counts
+// inside it, so a duplicate nests under its twin and the parity cancels both.
 bool LiesInside(const TVPolyline2D& Inner, const TVPolyline2D& Outer) {
   const TDynPoints2D& pts = Inner.Points();
   const std::size_t n = pts.size();
-  const std::size_t step = std::max<std::size_t>(1, n / ProbeCount);
-  int inside = 0, outside = 0;
-  for (std::size_t i = 0; i < n && inside + outside < static_cast<int>(ProbeCount); i += step) {
+  std::size_t inside = 0, outside = 0;
+  for (std::size_t i = 0; i < n; ++i) {
     const int r = Outer.RelationWithPoint(pts[i], NestTol);
-    if (r == In) ++inside;
-    else if (r != On) ++outside;
+    if (r == In)
+      ++inside;
+    else if (r != On)
+      ++outside;
+    const std::size_t rest = n - i - 1;
+    if (inside >= outside + rest || outside > inside + rest) break;
   }
   if (inside + outside > 0) return inside >= outside;
   for (std::size_t i = 0; i < n; ++i) {

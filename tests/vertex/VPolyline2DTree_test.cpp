@@ -93,7 +93,8 @@ TEST(VPolyline2DTree, IslandsAndOutlinesOutsideAllOthers) {
 }
 
 // A hole whose first vertex lies on the outline nests as a hole; a neighbour that shares an
-// edge stays apart; duplicates keep input order and cancel.
+// edge stays apart; a crossing outline goes where most of it lies; duplicates keep input
+// order and cancel.
 TEST(VPolyline2DTree, TouchingOutlinesAndDuplicates) {
   TVPolyline2DList input;
   input.Add(new TVPolyline2D{{0, 2}, {1, 1}, {1, 3}, {0, 2}});  // first vertex on the outline
@@ -105,6 +106,16 @@ TEST(VPolyline2DTree, TouchingOutlinesAndDuplicates) {
   EXPECT_EQ(tree.RelationWith({0.8, 2}), -1);
   EXPECT_EQ(tree.RelationWith({4.5, 0.5}), 1);
   EXPECT_EQ(tree.RelationWith({3, 3}), 1);
+
+  // A defect that sticks out of the hide goes under it: the part outside stays void.
+  TVPolyline2DList hide;
+  hide.Add(new TVPolyline2D{{1, 1}, {3, 1}, {4.5, 2}, {3, 3}, {1, 3}});
+  hide.Add(Sq(0, 0, 4));
+  TVPolyline2DTree hideTree(hide);
+  ASSERT_EQ(hideTree.GetRoot()->ChildCount(), 1);
+  EXPECT_EQ(hideTree.RelationWith({4.2, 2}), -1);
+  EXPECT_EQ(hideTree.RelationWith({2, 2}), -1);
+  EXPECT_EQ(hideTree.RelationWith({0.5, 0.5}), 1);
 
   TVPolyline2DList twins;
   twins.Add(Sq(0, 0, 2));
@@ -237,6 +248,7 @@ TEST(VPolyline2DTree, LeatherHidesAgreeWithGeos) {
         ++invalid;
         // Still one hide: holes that stick out go under the outline where most of them
         // lies, so nothing outside the hide's outline is material.
+        ASSERT_NE(tree.GetRoot()->GetData(), nullptr) << file.filename();
         EXPECT_EQ(tree.GetRoot()->GetData()->Count(), input[0]->Count()) << file.filename();
         for (int q = 0; q < 2000; ++q) {
           const TPoint2D p(box.XMin + box.Width() * (q % 50) / 49.0, box.YMin + box.Height() * (q / 50) / 39.0);
