@@ -59,13 +59,6 @@ bool LiesInside(const TVPolyline2D& Inner, const TVPolyline2D& Outer) {
   return true;
 }
 
-// Outer's box holds Inner's, within the tolerance: no outline can lie inside another
-// without it.
-bool BoxHolds(const TRect2D& Outer, const TRect2D& Inner) {
-  return Outer.XMin <= Inner.XMin + NestTol && Outer.YMin <= Inner.YMin + NestTol &&
-         Outer.XMax >= Inner.XMax - NestTol && Outer.YMax >= Inner.YMax - NestTol;
-}
-
 }  // namespace
 
 TVPolyline2DTree::TVPolyline2DTree(const TList<TVPolyline2D*>& Polylines) {
@@ -87,8 +80,8 @@ TVPolyline2DTree::TVPolyline2DTree(const TList<TVPolyline2D*>& Polylines) {
   // the same tree (the earlier of two duplicates becomes the parent).
   std::stable_sort(entries.begin(), entries.end(), [](const TEntry& A, const TEntry& B) { return A.Area > B.Area; });
 
-  // Placed nodes by index; a box index finds the few placed outlines that can hold the next
-  // one, so a node with many children costs no scan of its siblings. Placed later means
+  // Placed nodes by index; a box index finds the few placed outlines whose boxes meet the
+  // next one (not only those that hold it: an outline that crosses may still belong inside), so a node with many children costs no scan of its siblings. Placed later means
   // smaller, so among the outlines that hold a point the one placed last is the deepest.
   std::vector<TNode*> placed;
   placed.reserve(entries.size());
@@ -103,7 +96,6 @@ TVPolyline2DTree::TVPolyline2DTree(const TList<TVPolyline2D*>& Polylines) {
       TNode* parent = nullptr;
       for (const int h : hits) {
         const TNode* candidate = placed[static_cast<std::size_t>(h)];
-        if (!BoxHolds(entries[static_cast<std::size_t>(h)].Box, e.Box)) continue;
         if (LiesInside(*e.Polyline, *candidate->GetData())) {
           parent = placed[static_cast<std::size_t>(h)];
           break;
