@@ -33,24 +33,30 @@ std::unique_ptr<TVPolyline2D> ClonePolyline(const TVPolyline2D& Polyline) {
 // cross agree on every vote, and an outline that crosses (a defect hole sticking out of a
 // hide) goes where most of its vertices lie, so the part sticking out stays void instead
 // of becoming material of its own. Ties go inside; the count stops as soon as the rest
-// cannot change the outcome. When no vertex is off Outer, the edge midpoints decide; an
-// outline wholly on the other's boundary encloses nothing the other does not and counts
-// inside it, so a duplicate nests under its twin and the parity cancels both.
+// cannot change the outcome. At most MaxVotes vertices, spread evenly, vote, so that a long
+// outline costs a bounded number of passes over the other. When no voting vertex is off
+// Outer, as many edge midpoints decide; an outline wholly on the other's boundary encloses
+// nothing the other does not and counts inside it, so a duplicate nests under its twin
+// and the parity cancels both.
+constexpr std::size_t MaxVotes = 64;
+
 bool LiesInside(const TVPolyline2D& Inner, const TVPolyline2D& Outer) {
   const TDynPoints2D& pts = Inner.Points();
   const std::size_t n = pts.size();
+  const std::size_t step = (n + MaxVotes - 1) / MaxVotes;
+  const std::size_t votes = (n + step - 1) / step;
   std::size_t inside = 0, outside = 0;
-  for (std::size_t i = 0; i < n; ++i) {
-    const int r = Outer.RelationWithPoint(pts[i], NestTol);
+  for (std::size_t k = 0; k < votes; ++k) {
+    const int r = Outer.RelationWithPoint(pts[k * step], NestTol);
     if (r == In)
       ++inside;
     else if (r != On)
       ++outside;
-    const std::size_t rest = n - i - 1;
+    const std::size_t rest = votes - k - 1;
     if (inside >= outside + rest || outside > inside + rest) break;
   }
   if (inside + outside > 0) return inside >= outside;
-  for (std::size_t i = 0; i < n; ++i) {
+  for (std::size_t i = 0; i < n; i += step) {
     const TPoint2D& a = pts[i];
     const TPoint2D& b = pts[(i + 1) % n];
     const int r = Outer.RelationWithPoint(TPoint2D((a.X + b.X) * 0.5, (a.Y + b.Y) * 0.5), NestTol);
