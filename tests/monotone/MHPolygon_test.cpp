@@ -79,23 +79,10 @@ TEST(MHPolygon, BuiltFromVertexRegions) {
   EXPECT_EQ(m.BoundBox(), TRect2D(0, 0, 10, 10));
   EXPECT_FALSE(TMHPolygon(true).BoundBox().IsValid());
 
-  auto copy = static_cast<const IVGeometry2D&>(m).CloneAs<TMHPolygon>();
-  ASSERT_NE(copy, nullptr);
-  EXPECT_FALSE(copy->GetIsClockwise());
-  EXPECT_EQ(copy->Count(), 3);
-  EXPECT_TRUE(dynamic_cast<TMHPolygon*>(m.New(true).get())->GetIsClockwise());
-
   // Back to a vertex region: the same loops, the same net area.
   auto back = m.TransToTVGSPolygon();
   EXPECT_DOUBLE_EQ(back->Area(), 100.0 - 36.0 - 1.0);
   EXPECT_TRUE(back->CheckClosed());
-
-  TVHPolygonList regions;
-  regions.Add(std::make_unique<TVHPolygon>(false));
-  regions.Last()->Add(Loop(0, 0, 1, 1));
-  regions.Add(std::make_unique<TVHPolygon>(false));
-  regions.Last()->Add(Loop(5, 5, 6, 6));
-  EXPECT_EQ(TMHPolygonList(regions).Count(), 2);
 
   TVHPolygon bad(false);
   bad.Add(new TVPolyline2D{{0, 0}, {std::nan(""), 1}, {1, 1}, {0, 0}});
