@@ -55,3 +55,4 @@
 #include "orvane/vertex/VPoint2DList.h"
 #include "orvane/vertex/VPolyline2D.h"
 #include "orvane/vertex/VPolyline2DList.h"
+#include "orvane/vertex/VPolyline2DTree.h"

@@ -3,4 +3,6 @@
 // tests between outlines that are built once and asked many times.
 
 #include "orvane/monotone/MChain.h"
+#include "orvane/monotone/MHPolygon.h"
 #include "orvane/monotone/MPolygon.h"
+#include "orvane/monotone/MPolygonList.h"
