@@ -12,6 +12,7 @@
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/internal/SegmentDistance.h"
+#include "orvane/monotone/MPolygonList.h"
 
 namespace orvane {
 
@@ -36,6 +37,16 @@ bool AllFinite(const TDynPoints2D& P) {
 }  // namespace
 
 TMPolygon::TMPolygon(bool AOwnsObjects) : TVGeometry2DList<TMChain>(AOwnsObjects), FBoundBox(TRect2D::Invalid()) {}
+
+TMPolygon::~TMPolygon() {
+  if (Plug == nullptr) return;
+  TMPolygonList* pile = Plug;
+  Plug = nullptr;  // the pile's notification must not touch this polygon again
+  if (pile->GetOwnsObjects())
+    static_cast<void>(pile->Extract(this).release());
+  else
+    pile->Remove(this);
+}
 
 TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObjects)
     : TVGeometry2DList<TMChain>(AOwnsObjects), OriInf(AOriInf), FBoundBox(TRect2D::Invalid()) {

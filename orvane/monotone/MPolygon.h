@@ -39,6 +39,8 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
   // "[Error] TMPolygon.Create: vertex <k> is not a finite point". Chains made here are freed
   // with the polygon also when it does not own its items.
   TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObjects = true);
+  // A polygon freed while it sits in a pile first leaves that pile.
+  ~TMPolygon() override;
 
   std::unique_ptr<TVGeometry2DList<TMChain>> New(bool AOwnsObjects) const override;
   // The list's deep copy with the box, and the ring rebuilt on the copies. OriInf and Plug
@@ -101,8 +103,9 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
 
   // Whatever the caller passed at construction; never read here.
   void* OriInf = nullptr;
-  // Reserved for the pile of touching polygons that merging a polygon list will put this
-  // polygon in (not owned); no class sets it yet, so it stays nil.
+  // The pile of touching polygons that TMPolygonList::Merge put this polygon in (not owned),
+  // or nil. Piles clear it when they let the polygon go, and the polygon leaves its pile when
+  // it is freed, so the link and the pile never point at anything freed.
   TMPolygonList* Plug = nullptr;
 
  protected:

@@ -159,6 +159,20 @@ TEST(MPolygonList, PlugLinksFollowThePiles) {
   EXPECT_EQ(loose[0]->Count(), 5);
   delete loose[0];
   for (const TMPolygon* p : two) EXPECT_EQ(p->Plug, nullptr);
+
+  // A polygon the caller frees by itself leaves its pile on the way.
+  TMPolygonList kept(false);
+  auto a = std::make_unique<TMPolygon>(TVPolyline2D(Box(0, 0, 1, 1)), nullptr);
+  auto b = std::make_unique<TMPolygon>(TVPolyline2D(Box(1, 0, 2, 1)), nullptr);
+  kept.Add(a.get());
+  kept.Add(b.get());
+  TMPolyline2DsList piles;
+  kept.Merge(piles);
+  ASSERT_EQ(piles.Count(), 1);
+  kept.Remove(a.get());
+  a.reset();
+  EXPECT_EQ(piles[0]->Count(), 1);
+  EXPECT_EQ((*piles[0])[0], b.get());
 }
 
 // Outlines without height: the strips cannot be sized by a mean height, and one strip holds
