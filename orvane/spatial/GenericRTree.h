@@ -33,6 +33,13 @@
 #include "orvane/spatial/internal/IdHashTable.h"
 #include "orvane/spatial/internal/RadixSort.h"
 
+#if defined(__SSE2__) || defined(_M_X64)
+#include <emmintrin.h>
+#define ORVANE_RTREE_SSE2 1
+#else
+#define ORVANE_RTREE_SSE2 0
+#endif
+
 namespace orvane {
 
 template <class T>
@@ -108,6 +115,7 @@ class TRTree final {
   explicit TRTree(int MaxChildCount) : FMaxChildCount(MaxChildCount), FMinChildCount(MaxChildCount / 2) {
     if (MaxChildCount < 3 || MaxChildCount > 4096) throw EParamError("[Error] TRTree<T>.Create: 参数错误");
     FSlotSize = static_cast<std::size_t>(MaxChildCount) + 2;
+    FSlotBytes = FSlotSize * sizeof(TEntry);
     FSplitOrder.reserve(FSlotSize);
     FScratchOrder.reserve(FSlotSize);
     FScratch.reserve(FSlotSize);
@@ -298,17 +306,84 @@ class TRTree final {
   static void CheckBox(const TRect2D& Box, const char* Message) {
     if (internal::HasNaN(Box) || (Box.IsValid() && !internal::IsFinite(Box))) throw EParamError(Message);
   }
-  // The same test as TRect2D::RelationWithRect(Region, Tol) != 0, in a form that a NaN
-  // tolerance fails.
-  // (The tests combine with & rather than &&: one unpredictable branch instead of six.)
-  static bool MeetsBox(const TRect2D& B, const TRect2D& R, double Tol) {
-    return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) & (R.XMin - B.XMax <= Tol) & (B.XMin - R.XMax <= Tol) &
-           (R.YMin - B.YMax <= Tol) & (B.YMin - R.YMax <= Tol);
-  }
-  static bool HoldsPoint(const TRect2D& B, double X, double Y, double Tol) {
-    return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) & (B.XMin - Tol <= X) & (X <= B.XMax + Tol) & (B.YMin - Tol <= Y) &
-           (Y <= B.YMax + Tol);
-  }
+  // The box query's test: TRect2D::RelationWithRect(Region, Tol) != 0, in a form that a
+  // NaN tolerance fails. Data boxes are tested in full; a node's box skips the validity
+  // test, for an invalid node box only ever holds invalid boxes, and a node that passes
+  // wrongly costs a visit, never a hit. Both halves of a box go through one pair of vector
+  // operations where the machine has them; each lane does the same arithmetic as the
+  // scalar form, so the answers are the same.
+  struct TBoxTest {
+    explicit TBoxTest(const TRect2D& ARegion, double ATol) : R(ARegion), Tol(ATol) {
+#if ORVANE_RTREE_SSE2
+      RMin = _mm_loadu_pd(&R.XMin);
+      RMax = _mm_loadu_pd(&R.XMax);
+      Tol2 = _mm_set1_pd(Tol);
+#endif
+    }
+    bool Node(const TRect2D& B) const {
+#if ORVANE_RTREE_SSE2
+      const __m128d bmin = _mm_loadu_pd(&B.XMin);
+      const __m128d bmax = _mm_loadu_pd(&B.XMax);
+      const __m128d ok = _mm_and_pd(_mm_cmple_pd(_mm_sub_pd(RMin, bmax), Tol2),
+                                    _mm_cmple_pd(_mm_sub_pd(bmin, RMax), Tol2));
+      return _mm_movemask_pd(ok) == 3;
+#else
+      return (R.XMin - B.XMax <= Tol) & (B.XMin - R.XMax <= Tol) & (R.YMin - B.YMax <= Tol) & (B.YMin - R.YMax <= Tol);
+#endif
+    }
+    bool Data(const TRect2D& B) const {
+#if ORVANE_RTREE_SSE2
+      const __m128d bmin = _mm_loadu_pd(&B.XMin);
+      const __m128d bmax = _mm_loadu_pd(&B.XMax);
+      const __m128d ok = _mm_and_pd(_mm_cmple_pd(bmin, bmax),
+                                    _mm_and_pd(_mm_cmple_pd(_mm_sub_pd(RMin, bmax), Tol2),
+                                               _mm_cmple_pd(_mm_sub_pd(bmin, RMax), Tol2)));
+      return _mm_movemask_pd(ok) == 3;
+#else
+      return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) & Node(B);
+#endif
+    }
+    TRect2D R;
+    double Tol;
+#if ORVANE_RTREE_SSE2
+    __m128d RMin, RMax, Tol2;
+#endif
+  };
+  // The point query's test: the box grown by Tol holds (X, Y), bounds included.
+  struct TPointTest {
+    explicit TPointTest(const TPoint2D& APoint, double ATol) : P(APoint), Tol(ATol) {
+#if ORVANE_RTREE_SSE2
+      PP = _mm_loadu_pd(&P.X);
+      Tol2 = _mm_set1_pd(Tol);
+#endif
+    }
+    bool Node(const TRect2D& B) const {
+#if ORVANE_RTREE_SSE2
+      const __m128d ok = _mm_and_pd(_mm_cmple_pd(_mm_sub_pd(_mm_loadu_pd(&B.XMin), Tol2), PP),
+                                    _mm_cmple_pd(PP, _mm_add_pd(_mm_loadu_pd(&B.XMax), Tol2)));
+      return _mm_movemask_pd(ok) == 3;
+#else
+      return (B.XMin - Tol <= P.X) & (P.X <= B.XMax + Tol) & (B.YMin - Tol <= P.Y) & (P.Y <= B.YMax + Tol);
+#endif
+    }
+    bool Data(const TRect2D& B) const {
+#if ORVANE_RTREE_SSE2
+      const __m128d bmin = _mm_loadu_pd(&B.XMin);
+      const __m128d bmax = _mm_loadu_pd(&B.XMax);
+      const __m128d ok = _mm_and_pd(_mm_cmple_pd(bmin, bmax),
+                                    _mm_and_pd(_mm_cmple_pd(_mm_sub_pd(bmin, Tol2), PP),
+                                               _mm_cmple_pd(PP, _mm_add_pd(bmax, Tol2))));
+      return _mm_movemask_pd(ok) == 3;
+#else
+      return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) & Node(B);
+#endif
+    }
+    TPoint2D P;
+    double Tol;
+#if ORVANE_RTREE_SSE2
+    __m128d PP, Tol2;
+#endif
+  };
   // The centre coordinate of a box along one axis; 0 where it has none (an invalid box made
   // of infinities), so that sorting by it stays a strict order.
   static double Centre(double Lo, double Hi) {
@@ -316,11 +391,11 @@ class TRTree final {
     return std::isnan(c) ? 0.0 : c;
   }
 
-  // Depth-first walk in child order over the nodes that pass Meets; OnData(entry) for each
-  // data node that passes. OnData returns false to stop the walk.
-  template <class TMeets, class TOnData>
-  void Walk(const TMeets& Meets, const TOnData& OnData) const {
-    if (FRoot < 0 || !Meets(Head(FRoot).Box)) return;
+  // Depth-first walk in child order over the nodes whose boxes pass Test.Node; OnData(entry)
+  // for each data node whose box passes Test.Data. OnData returns false to stop the walk.
+  template <class TTest, class TOnData>
+  void Walk(const TTest& Test, const TOnData& OnData) const {
+    if (FRoot < 0 || !Test.Node(Head(FRoot).Box)) return;
     // A walk holds at most SlotSize pending siblings per level, plus the node in hand.
     const std::size_t need = (static_cast<std::size_t>(Height(FRoot)) + 1) * FSlotSize + 1;
     constexpr std::size_t kLocal = 256;
@@ -339,13 +414,20 @@ class TRTree final {
       const TEntry* kids = &head + 1;
       if (head.Aux == 0) {
         for (std::int32_t i = 0; i < head.Kid; ++i) {
-          if (Meets(kids[i].Box) && !OnData(kids[i])) return;
+          if (Test.Data(kids[i].Box) && !OnData(kids[i])) return;
         }
       } else {
         // Pushed from the last child back, so the first child is walked first.
+        const std::size_t from = top;
         for (std::int32_t i = head.Kid - 1; i >= 0; --i) {
           stack[top] = kids[i].Kid;
-          top += Meets(kids[i].Box) ? 1 : 0;
+          top += Test.Node(kids[i].Box) ? 1 : 0;
+        }
+        // The nodes to visit are far apart in a large tree: ask for all of them now, so
+        // that their memory arrives together rather than one after the other.
+        for (std::size_t k = from; k < top; ++k) {
+          const char* slot = reinterpret_cast<const char*>(&Head(stack[k]));
+          for (std::size_t b = 0; b < FSlotBytes; b += 64) Prefetch(slot + b);
         }
       }
     }
@@ -353,17 +435,14 @@ class TRTree final {
   template <class TOnData>
   void VisitBox(const TRect2D& Region, double Tol, const TOnData& OnData) const {
     if (!Region.IsValid()) return;
-    Walk([&](const TRect2D& b) { return MeetsBox(b, Region, Tol); }, OnData);
+    Walk(TBoxTest(Region, Tol), OnData);
   }
   template <class TOnData>
   void VisitPoint(const TPoint2D& Pt, double Tol, const TOnData& OnData) const {
-    const double x = Pt.X;
-    const double y = Pt.Y;
-    Walk([&](const TRect2D& b) { return HoldsPoint(b, x, y, Tol); },
-         [&](const TEntry& hit) {
-           OnData(hit);
-           return true;
-         });
+    Walk(TPointTest(Pt, Tol), [&](const TEntry& hit) {
+      OnData(hit);
+      return true;
+    });
   }
 
   // ----- storage -----
@@ -863,6 +942,7 @@ class TRTree final {
   int FMaxChildCount;
   int FMinChildCount;
   std::size_t FSlotSize = 0;
+  std::size_t FSlotBytes = 0;
   std::int32_t FRoot = -1;
   TArray<TBranch> FBranches;
   TArray<TEntry> FSlots;  // FSlotSize entries per branch: the head, then the children
