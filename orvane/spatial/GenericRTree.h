@@ -33,11 +33,10 @@
 #include "orvane/spatial/internal/IdHashTable.h"
 #include "orvane/spatial/internal/RadixSort.h"
 
-#if defined(__SSE2__) || defined(_M_X64)
-#include <emmintrin.h>
-#define ORVANE_RTREE_SSE2 1
+#if defined(__GNUC__)
+#define ORVANE_RTREE_VECTORS 1
 #else
-#define ORVANE_RTREE_SSE2 0
+#define ORVANE_RTREE_VECTORS 0
 #endif
 
 namespace orvane {
@@ -309,79 +308,70 @@ class TRTree final {
   // The box query's test: TRect2D::RelationWithRect(Region, Tol) != 0, in a form that a
   // NaN tolerance fails. Data boxes are tested in full; a node's box skips the validity
   // test, for an invalid node box only ever holds invalid boxes, and a node that passes
-  // wrongly costs a visit, never a hit. Both halves of a box go through one pair of vector
-  // operations where the machine has them; each lane does the same arithmetic as the
-  // scalar form, so the answers are the same.
-  struct TBoxTest {
-    explicit TBoxTest(const TRect2D& ARegion, double ATol) : R(ARegion), Tol(ATol) {
-#if ORVANE_RTREE_SSE2
-      RMin = _mm_loadu_pd(&R.XMin);
-      RMax = _mm_loadu_pd(&R.XMax);
-      Tol2 = _mm_set1_pd(Tol);
+  // wrongly costs a visit, never a hit. Where the compiler has vectors of two doubles, the
+  // X and Y halves of a test go through one vector operation; each lane does the same
+  // arithmetic as the scalar form, so the answers are the same.
+#if ORVANE_RTREE_VECTORS
+  typedef double TPair __attribute__((vector_size(16)));
+  static TPair Pair(const double* From) {
+    TPair p;
+    std::memcpy(&p, From, sizeof p);
+    return p;
+  }
+  template <class TMask>
+  static bool Both(const TMask& Mask) {
+    return (Mask[0] & Mask[1]) != 0;
+  }
 #endif
-    }
+  struct TBoxTest {
+    explicit TBoxTest(const TRect2D& ARegion, double ATol) : R(ARegion), Tol(ATol) {}
     bool Node(const TRect2D& B) const {
-#if ORVANE_RTREE_SSE2
-      const __m128d bmin = _mm_loadu_pd(&B.XMin);
-      const __m128d bmax = _mm_loadu_pd(&B.XMax);
-      const __m128d ok = _mm_and_pd(_mm_cmple_pd(_mm_sub_pd(RMin, bmax), Tol2),
-                                    _mm_cmple_pd(_mm_sub_pd(bmin, RMax), Tol2));
-      return _mm_movemask_pd(ok) == 3;
+#if ORVANE_RTREE_VECTORS
+      return Both((Pair(&R.XMin) - Pair(&B.XMax) <= Tol2) & (Pair(&B.XMin) - Pair(&R.XMax) <= Tol2));
 #else
       return (R.XMin - B.XMax <= Tol) & (B.XMin - R.XMax <= Tol) & (R.YMin - B.YMax <= Tol) & (B.YMin - R.YMax <= Tol);
 #endif
     }
     bool Data(const TRect2D& B) const {
-#if ORVANE_RTREE_SSE2
-      const __m128d bmin = _mm_loadu_pd(&B.XMin);
-      const __m128d bmax = _mm_loadu_pd(&B.XMax);
-      const __m128d ok = _mm_and_pd(_mm_cmple_pd(bmin, bmax),
-                                    _mm_and_pd(_mm_cmple_pd(_mm_sub_pd(RMin, bmax), Tol2),
-                                               _mm_cmple_pd(_mm_sub_pd(bmin, RMax), Tol2)));
-      return _mm_movemask_pd(ok) == 3;
+#if ORVANE_RTREE_VECTORS
+      const TPair bmin = Pair(&B.XMin);
+      const TPair bmax = Pair(&B.XMax);
+      return Both((bmin <= bmax) & (Pair(&R.XMin) - bmax <= Tol2) & (bmin - Pair(&R.XMax) <= Tol2));
 #else
       return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) & Node(B);
 #endif
     }
     TRect2D R;
     double Tol;
-#if ORVANE_RTREE_SSE2
-    __m128d RMin, RMax, Tol2;
+#if ORVANE_RTREE_VECTORS
+    TPair Tol2 = {Tol, Tol};
 #endif
   };
   // The point query's test: the box grown by Tol holds (X, Y), bounds included.
   struct TPointTest {
-    explicit TPointTest(const TPoint2D& APoint, double ATol) : P(APoint), Tol(ATol) {
-#if ORVANE_RTREE_SSE2
-      PP = _mm_loadu_pd(&P.X);
-      Tol2 = _mm_set1_pd(Tol);
-#endif
-    }
+    explicit TPointTest(const TPoint2D& APoint, double ATol) : P(APoint), Tol(ATol) {}
     bool Node(const TRect2D& B) const {
-#if ORVANE_RTREE_SSE2
-      const __m128d ok = _mm_and_pd(_mm_cmple_pd(_mm_sub_pd(_mm_loadu_pd(&B.XMin), Tol2), PP),
-                                    _mm_cmple_pd(PP, _mm_add_pd(_mm_loadu_pd(&B.XMax), Tol2)));
-      return _mm_movemask_pd(ok) == 3;
+#if ORVANE_RTREE_VECTORS
+      const TPair p = Pair(&P.X);
+      return Both((Pair(&B.XMin) - Tol2 <= p) & (p <= Pair(&B.XMax) + Tol2));
 #else
       return (B.XMin - Tol <= P.X) & (P.X <= B.XMax + Tol) & (B.YMin - Tol <= P.Y) & (P.Y <= B.YMax + Tol);
 #endif
     }
     bool Data(const TRect2D& B) const {
-#if ORVANE_RTREE_SSE2
-      const __m128d bmin = _mm_loadu_pd(&B.XMin);
-      const __m128d bmax = _mm_loadu_pd(&B.XMax);
-      const __m128d ok = _mm_and_pd(_mm_cmple_pd(bmin, bmax),
-                                    _mm_and_pd(_mm_cmple_pd(_mm_sub_pd(bmin, Tol2), PP),
-                                               _mm_cmple_pd(PP, _mm_add_pd(bmax, Tol2))));
-      return _mm_movemask_pd(ok) == 3;
+#if ORVANE_RTREE_VECTORS
+      const TPair p = Pair(&P.X);
+      const TPair bmin = Pair(&B.XMin);
+      const TPair bmax = Pair(&B.XMax);
+      return Both((bmin <= bmax) & (bmin - Tol2 <= p) & (p <= bmax + Tol2));
 #else
       return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) & Node(B);
 #endif
     }
     TPoint2D P;
     double Tol;
-#if ORVANE_RTREE_SSE2
-    __m128d PP, Tol2;
+#if ORVANE_RTREE_VECTORS
+    TPair Tol2 = {Tol, Tol};
 #endif
   };
   // The centre coordinate of a box along one axis; 0 where it has none (an invalid box made
