@@ -406,6 +406,13 @@ TEST(GenericRTree, EmptyTreesErrorsAndEdges) {
   tree.Insert(9, {inf, inf, -inf, -inf});
   EXPECT_TRUE(tree.Contains(9));
   EXPECT_EQ(tree.Search(TRect2D(-1e300, -1e300, 1e300, 1e300), 1.0).ToArray(), std::vector<int>{7});
+  // Not even under an infinite tolerance, which every valid box meets, alone under a node
+  // whose box is as invalid as its own.
+  TTree lone(4);
+  lone.Insert(9, {inf, inf, -inf, -inf});
+  EXPECT_TRUE(lone.Search(TRect2D(5, 5, 6, 6), inf).ToArray().empty());
+  tree.Insert(10, {20, 20, 21, 21});
+  EXPECT_EQ(Sorted(tree.Search(TRect2D(5, 5, 6, 6), inf).ToArray()), (std::vector<int>{7, 10}));
 
   // More values than boxes fails the bulk load's assertion; duplicate values are refused.
   TList<int> values{1, 2, 3};
