@@ -10,9 +10,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <boost/geometry.hpp>
 #include <boost/geometry/index/rtree.hpp>
-#include <algorithm>
 #include <cstdio>
 #include <iterator>
 #include <memory>

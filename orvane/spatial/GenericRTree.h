@@ -3,12 +3,12 @@
 // with single insertion, removal by value, a sort-tile-recursive bulk load, and box and point
 // queries under a tolerance.
 //
-// Insertion follows the R*-tree, so that a tree built one box at a time in any order
-// answers queries nearly as fast as a packed one; removal leaves ancestors' boxes as they
-// are. Nodes live in one flat array owned by the tree: every non-data node has a slot of
-// MaxChildCount + 2 entries, a head (its own box, child count and height) followed by room
-// for one child more than the fan-out (an overfull node before it is dealt with), so a
-// query reads a node from one run of memory and allocates nothing.
+// Insertion splits and reinserts as the R*-tree does, so that a tree built one box at a
+// time in any order answers queries as fast as a packed one; removal leaves ancestors'
+// boxes as they are. Nodes live in one flat array owned by the tree: every non-data node
+// has a slot of MaxChildCount + 2 entries, a head (its own box, child count and height)
+// followed by room for one child more than the fan-out (an overfull node before it is
+// dealt with), so a query reads a node from one run of memory and allocates nothing.
 // TRTreeNode<T> is a read-only handle on one node, for hosts that draw or check the tree; a
 // handle is valid until the tree next changes.
 
@@ -567,13 +567,13 @@ class TRTree final {
 
   // ----- insertion -----
   //
-  // The rules are those of the R*-tree (Beckmann, Kriegel, Schneider and Seeger, 1990): a
-  // box goes to the leaf whose overlap with its siblings grows least, and above the leaves
-  // to the child whose area grows least; an overfull node first gives its entries farthest
-  // from its centre back for reinsertion, once per level and insertion, and splits only
-  // when that has been done. A split chooses the axis by the sum of the margins of all
-  // allowed distributions, then the distribution with least overlap. Trees built in any
-  // order of insertion so stay nearly as good for queries as packed ones.
+  // A box goes down to the child whose area grows least. An overfull node first gives the
+  // entries farthest from its centre back for reinsertion, once per level and insertion,
+  // and splits only when that has been done; the split chooses the axis by the summed
+  // margins of all allowed distributions, then the distribution with least overlap. These
+  // are the reinsertion and split of the R*-tree (Beckmann, Kriegel, Schneider and Seeger,
+  // 1990). Its choice of leaf by least overlap growth is left out: on boxes inserted in
+  // random order it made trees that queries walk more, not less, and cost N^2 per leaf.
 
   // The fewest entries a split leaves on either side: 40% of the fan-out.
   std::int32_t SplitMin() const { return std::max(1, FMaxChildCount * 2 / 5); }
@@ -606,7 +606,7 @@ class TRTree final {
       // A node without children would be a data node, and nothing may hang below one.
       Assert(head.Kid > 0, "[ERROR] TRTreeNode<T>.ChooseInsertLeaf: 数据节点中不能插入子节点。", "RTree");
       const TEntry* kids = &head + 1;
-      node = kids[head.Aux == 1 ? LeastOverlapGrowth(kids, head.Kid, Box) : LeastAreaGrowth(kids, head.Kid, Box)].Kid;
+      node = kids[LeastAreaGrowth(kids, head.Kid, Box)].Kid;
     }
     return node;
   }
@@ -632,39 +632,6 @@ class TRTree final {
     }
     return best;
   }
-  // The leaf whose overlap with its siblings grows least by taking in Box, then as
-  // LeastAreaGrowth. A leaf that already holds Box grows in nothing. The overlap costs N^2,
-  // so a node of many children decides by area alone.
-  static std::int32_t LeastOverlapGrowth(const TEntry* Kids, std::int32_t N, const TRect2D& Box) {
-    constexpr std::int32_t kMaxOverlapKids = 32;
-    const std::int32_t byArea = LeastAreaGrowth(Kids, N, Box);
-    if (N > kMaxOverlapKids || AreaOf(Join(Kids[byArea].Box, Box)) == AreaOf(Kids[byArea].Box)) return byArea;
-    std::int32_t best = byArea;
-    double bestOverlap = OverlapGrowth(Kids, N, byArea, Box);
-    if (bestOverlap == 0.0) return byArea;
-    double bestGrowth = AreaOf(Join(Kids[byArea].Box, Box)) - AreaOf(Kids[byArea].Box);
-    for (std::int32_t i = 0; i < N; ++i) {
-      if (i == byArea) continue;
-      const double overlap = OverlapGrowth(Kids, N, i, Box);
-      const double growth = AreaOf(Join(Kids[i].Box, Box)) - AreaOf(Kids[i].Box);
-      if (overlap < bestOverlap || (overlap == bestOverlap && growth < bestGrowth)) {
-        best = i;
-        bestOverlap = overlap;
-        bestGrowth = growth;
-      }
-    }
-    return best;
-  }
-  static double OverlapGrowth(const TEntry* Kids, std::int32_t N, std::int32_t K, const TRect2D& Box) {
-    const TRect2D& before = Kids[K].Box;
-    const TRect2D after = Join(before, Box);
-    double growth = 0.0;
-    for (std::int32_t j = 0; j < N; ++j) {
-      if (j != K) growth += OverlapOf(after, Kids[j].Box) - OverlapOf(before, Kids[j].Box);
-    }
-    return growth;
-  }
-
   // Hangs Kid with Box into a node at height Level and deals with the overflow that
   // follows, up the tree.
   void Place(std::int32_t Kid, const TRect2D& Box, std::int32_t Level) {
@@ -950,7 +917,7 @@ class TRTree final {
   std::vector<TEntry> FScratch;
   std::vector<TRect2D> FPrefix;
   std::vector<TRect2D> FSuffix;
-  std::vector<TEntry> FMoved;     // entries waiting for reinsertion, a stack over the levels
+  std::vector<TEntry> FMoved;    // entries waiting for reinsertion, a stack over the levels
   std::vector<char> FLevelDone;  // by height: the level has reinserted in this insertion
 };
 
