@@ -151,12 +151,16 @@ class TRTree final {
   void Insert(const T& Data, const TRect2D& Box) {
     CheckBox(Box, "[Error] TRTree<T>.Insert: 参数错误");
     if (Find(Data) >= 0) throw ERTreeError("[Error] TRTree<T>.Insert: 数据重复");
-    // Everything that can allocate happens before the structure changes: one value, and
-    // new nodes. Each placement of an entry splits at most once per level and adds a root;
-    // the value is placed once, and each level gives back its few entries at most once.
+    // What can allocate happens before the structure changes: one value, and new nodes.
+    // Each placement of an entry splits at most once per level and adds a root; the value
+    // is placed once, and each level gives back its few entries at most once. That bound
+    // is reserved up to as many nodes as the tree has (with a wide fan-out it would
+    // outweigh the tree); the few splits that a small tree can take beyond it grow the
+    // arrays on demand.
     const std::size_t levels = FRoot < 0 ? 1 : At(Height(FRoot)) + 1;
+    const std::size_t worst = (1 + (levels + 1) * At(ReinsertCount())) * (levels + 2);
     ReserveData(1);
-    ReserveBranches((1 + (levels + 1) * At(ReinsertCount())) * (levels + 2));
+    ReserveBranches(std::min(worst, FBranches.size() - FFreeBranches.size() + levels + 2));
     FLevelDone.assign(levels + 1, 0);
     FMoved.reserve((levels + 1) * At(ReinsertCount()));
     const std::int32_t id = NewData(Data);

@@ -118,7 +118,7 @@ void ExpectQueriesMatch(const TTree& Tree, const TModel& Model, std::mt19937& Rn
 }
 
 TEST(GenericRTree, MatchesBruteForceThroughMixedChanges) {
-  for (const int fanOut : {3, 4, 8}) {
+  for (const int fanOut : {3, 4, 8, 40}) {
     std::mt19937 rng(1234u + static_cast<unsigned>(fanOut));
     auto tree = std::make_unique<TTree>(fanOut);
     TModel model;
