@@ -3,12 +3,12 @@
 // with single insertion, removal by value, a sort-tile-recursive bulk load, and box and point
 // queries under a tolerance.
 //
-// The tree's rules (which leaf takes a box, how a node splits, what removal leaves behind,
-// how the bulk load packs) are those of a node-object R-tree built on the generic tree
-// node; the storage is not. Nodes live in one flat array owned by the tree: every non-data
-// node has a slot of MaxChildCount + 2 entries, a head (its own box, child count and height)
-// followed by its children's boxes and ids, so a query reads a node from one run of memory
-// and allocates nothing.
+// Insertion splits and reinserts as the R*-tree does, so that a tree built one box at a
+// time in any order answers queries as fast as a packed one; removal leaves ancestors'
+// boxes as they are. Nodes live in one flat array owned by the tree: every non-data node
+// has a slot of MaxChildCount + 2 entries, a head (its own box, child count and height)
+// followed by room for one child more than the fan-out (an overfull node before it is
+// dealt with), so a query reads a node from one run of memory and allocates nothing.
 // TRTreeNode<T> is a read-only handle on one node, for hosts that draw or check the tree; a
 // handle is valid until the tree next changes.
 
@@ -32,6 +32,12 @@
 #include "orvane/spatial/BulkMemory.h"
 #include "orvane/spatial/internal/IdHashTable.h"
 #include "orvane/spatial/internal/RadixSort.h"
+
+#if defined(__GNUC__)
+#define ORVANE_RTREE_VECTORS 1
+#else
+#define ORVANE_RTREE_VECTORS 0
+#endif
 
 namespace orvane {
 
@@ -103,15 +109,17 @@ template <class T>
 class TRTree final {
  public:
   // An empty tree with fan-out limit MaxChildCount (the kernel gives 8). Limits from 3 to
-  // 4096 are taken. Inner nodes split on reaching the limit, so with 2 they would keep a
-  // single child and every insertion would add a level; above 4096 a node's slot would
-  // outweigh any gain. Others are refused with EParamError.
+  // 4096 are taken: 2 would make a binary tree of boxes, deep and slow to query, and above
+  // 4096 a node's slot would outweigh any gain. Others are refused with EParamError.
   explicit TRTree(int MaxChildCount) : FMaxChildCount(MaxChildCount), FMinChildCount(MaxChildCount / 2) {
     if (MaxChildCount < 3 || MaxChildCount > 4096) throw EParamError("[Error] TRTree<T>.Create: 参数错误");
     FSlotSize = static_cast<std::size_t>(MaxChildCount) + 2;
+    FSlotBytes = FSlotSize * sizeof(TEntry);
     FSplitOrder.reserve(FSlotSize);
     FScratchOrder.reserve(FSlotSize);
     FScratch.reserve(FSlotSize);
+    FPrefix.reserve(FSlotSize);
+    FSuffix.reserve(FSlotSize);
   }
   // Bulk load of Datas[i] with Rects[i]. More values than boxes fails the assertion
   // "[Error] TRTree<T>.Initialize: 数据错误"; an empty list gives an empty tree.
@@ -143,36 +151,25 @@ class TRTree final {
   void Insert(const T& Data, const TRect2D& Box) {
     CheckBox(Box, "[Error] TRTree<T>.Insert: 参数错误");
     if (Find(Data) >= 0) throw ERTreeError("[Error] TRTree<T>.Insert: 数据重复");
-    // Everything that can allocate happens before the structure changes: one value, and at
-    // most one new node per level plus a new root.
-    const std::size_t height = FRoot < 0 ? 0 : static_cast<std::size_t>(Height(FRoot)) + 1;
+    // What can allocate happens before the structure changes: one value, and new nodes.
+    // Each placement of an entry splits at most once per level and adds a root; the value
+    // is placed once, and each level gives back its few entries at most once. That bound
+    // is reserved up to as many nodes as the tree has (with a wide fan-out it would
+    // outweigh the tree); the few splits that a small tree can take beyond it grow the
+    // arrays on demand.
+    const std::size_t levels = FRoot < 0 ? 1 : At(Height(FRoot)) + 1;
+    const std::size_t worst = (1 + (levels + 1) * At(ReinsertCount())) * (levels + 2);
     ReserveData(1);
-    ReserveBranches(height + 2);
+    ReserveBranches(std::min(worst, FBranches.size() - FFreeBranches.size() + levels + 2));
+    FLevelDone.assign(levels + 1, 0);
+    FMoved.reserve((levels + 1) * At(ReinsertCount()));
     const std::int32_t id = NewData(Data);
     if (FRoot < 0) {
       FRoot = NewBranch(0);
       AddChild(FRoot, id, Box);
-      Register(id);
-      return;
+    } else {
+      Place(id, Box, 0);
     }
-    std::int32_t leaf = ChooseInsertLeaf(Box);
-    std::int32_t node = leaf;
-    const TRect2D noBox = TRect2D::Invalid();
-    for (;;) {
-      if (Count(node) < FMaxChildCount) break;
-      const bool isRoot = node == FRoot;
-      if (node == leaf) {
-        leaf = Split(node, Box);
-      } else {
-        Split(node, noBox);
-      }
-      node = FBranches[At(node)].Parent;
-      if (isRoot) {
-        FRoot = node;
-        break;
-      }
-    }
-    AddChild(leaf, id, Box);
     Register(id);
   }
 
@@ -312,33 +309,87 @@ class TRTree final {
   static void CheckBox(const TRect2D& Box, const char* Message) {
     if (internal::HasNaN(Box) || (Box.IsValid() && !internal::IsFinite(Box))) throw EParamError(Message);
   }
-  // The same test as TRect2D::RelationWithRect(Region, Tol) != 0, in a form that a NaN
-  // tolerance fails.
-  // (The tests combine with & rather than &&: one unpredictable branch instead of six.)
-  static bool MeetsBox(const TRect2D& B, const TRect2D& R, double Tol) {
-    return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) & (R.XMin - B.XMax <= Tol) & (B.XMin - R.XMax <= Tol) &
-           (R.YMin - B.YMax <= Tol) & (B.YMin - R.YMax <= Tol);
+  // The box query's test: TRect2D::RelationWithRect(Region, Tol) != 0, in a form that a
+  // NaN tolerance fails. Data boxes are tested in full; a node's box skips the validity
+  // test, for an invalid node box only ever holds invalid boxes, and a node that passes
+  // wrongly costs a visit, never a hit. Where the compiler has vectors of two doubles, the
+  // X and Y halves of a test go through one vector operation; each lane does the same
+  // arithmetic as the scalar form, so the answers are the same.
+#if ORVANE_RTREE_VECTORS
+  typedef double TPair __attribute__((vector_size(16)));
+  static TPair Pair(const double* From) {
+    TPair p;
+    std::memcpy(&p, From, sizeof p);
+    return p;
   }
-  static bool HoldsPoint(const TRect2D& B, double X, double Y, double Tol) {
-    return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) & (B.XMin - Tol <= X) & (X <= B.XMax + Tol) & (B.YMin - Tol <= Y) &
-           (Y <= B.YMax + Tol);
+  template <class TMask>
+  static bool Both(const TMask& Mask) {
+    return (Mask[0] & Mask[1]) != 0;
   }
+#endif
+  struct TBoxTest {
+    explicit TBoxTest(const TRect2D& ARegion, double ATol) : R(ARegion), Tol(ATol) {}
+    bool Node(const TRect2D& B) const {
+#if ORVANE_RTREE_VECTORS
+      return Both((Pair(&R.XMin) - Pair(&B.XMax) <= Tol2) & (Pair(&B.XMin) - Pair(&R.XMax) <= Tol2));
+#else
+      return (R.XMin - B.XMax <= Tol) & (B.XMin - R.XMax <= Tol) & (R.YMin - B.YMax <= Tol) & (B.YMin - R.YMax <= Tol);
+#endif
+    }
+    bool Data(const TRect2D& B) const {
+#if ORVANE_RTREE_VECTORS
+      const TPair bmin = Pair(&B.XMin);
+      const TPair bmax = Pair(&B.XMax);
+      return Both((bmin <= bmax) & (Pair(&R.XMin) - bmax <= Tol2) & (bmin - Pair(&R.XMax) <= Tol2));
+#else
+      return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) & Node(B);
+#endif
+    }
+    TRect2D R;
+    double Tol;
+#if ORVANE_RTREE_VECTORS
+    TPair Tol2 = {Tol, Tol};
+#endif
+  };
+  // The point query's test: the box grown by Tol holds (X, Y), bounds included.
+  struct TPointTest {
+    explicit TPointTest(const TPoint2D& APoint, double ATol) : P(APoint), Tol(ATol) {}
+    bool Node(const TRect2D& B) const {
+#if ORVANE_RTREE_VECTORS
+      const TPair p = Pair(&P.X);
+      return Both((Pair(&B.XMin) - Tol2 <= p) & (p <= Pair(&B.XMax) + Tol2));
+#else
+      return (B.XMin - Tol <= P.X) & (P.X <= B.XMax + Tol) & (B.YMin - Tol <= P.Y) & (P.Y <= B.YMax + Tol);
+#endif
+    }
+    bool Data(const TRect2D& B) const {
+#if ORVANE_RTREE_VECTORS
+      const TPair p = Pair(&P.X);
+      const TPair bmin = Pair(&B.XMin);
+      const TPair bmax = Pair(&B.XMax);
+      return Both((bmin <= bmax) & (bmin - Tol2 <= p) & (p <= bmax + Tol2));
+#else
+      return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) & Node(B);
+#endif
+    }
+    TPoint2D P;
+    double Tol;
+#if ORVANE_RTREE_VECTORS
+    TPair Tol2 = {Tol, Tol};
+#endif
+  };
   // The centre coordinate of a box along one axis; 0 where it has none (an invalid box made
   // of infinities), so that sorting by it stays a strict order.
   static double Centre(double Lo, double Hi) {
     const double c = (Lo + Hi) * 0.5;
     return std::isnan(c) ? 0.0 : c;
   }
-  // Growth of Box's area if it took in Add.
-  static double Growth(const TRect2D& Box, const TRect2D& Add) {
-    return Box.ExtendedRect(Add).AreaAbs() - Box.AreaAbs();
-  }
 
-  // Depth-first walk in child order over the nodes that pass Meets; OnData(entry) for each
-  // data node that passes. OnData returns false to stop the walk.
-  template <class TMeets, class TOnData>
-  void Walk(const TMeets& Meets, const TOnData& OnData) const {
-    if (FRoot < 0 || !Meets(Head(FRoot).Box)) return;
+  // Depth-first walk in child order over the nodes whose boxes pass Test.Node; OnData(entry)
+  // for each data node whose box passes Test.Data. OnData returns false to stop the walk.
+  template <class TTest, class TOnData>
+  void Walk(const TTest& Test, const TOnData& OnData) const {
+    if (FRoot < 0 || !Test.Node(Head(FRoot).Box)) return;
     // A walk holds at most SlotSize pending siblings per level, plus the node in hand.
     const std::size_t need = (static_cast<std::size_t>(Height(FRoot)) + 1) * FSlotSize + 1;
     constexpr std::size_t kLocal = 256;
@@ -357,13 +408,20 @@ class TRTree final {
       const TEntry* kids = &head + 1;
       if (head.Aux == 0) {
         for (std::int32_t i = 0; i < head.Kid; ++i) {
-          if (Meets(kids[i].Box) && !OnData(kids[i])) return;
+          if (Test.Data(kids[i].Box) && !OnData(kids[i])) return;
         }
       } else {
         // Pushed from the last child back, so the first child is walked first.
+        const std::size_t from = top;
         for (std::int32_t i = head.Kid - 1; i >= 0; --i) {
           stack[top] = kids[i].Kid;
-          top += Meets(kids[i].Box) ? 1 : 0;
+          top += Test.Node(kids[i].Box) ? 1 : 0;
+        }
+        // The nodes to visit are far apart in a large tree: ask for all of them now, so
+        // that their memory arrives together rather than one after the other.
+        for (std::size_t k = from; k < top; ++k) {
+          const char* slot = reinterpret_cast<const char*>(&Head(stack[k]));
+          for (std::size_t b = 0; b < FSlotBytes; b += 64) Prefetch(slot + b);
         }
       }
     }
@@ -371,17 +429,14 @@ class TRTree final {
   template <class TOnData>
   void VisitBox(const TRect2D& Region, double Tol, const TOnData& OnData) const {
     if (!Region.IsValid()) return;
-    Walk([&](const TRect2D& b) { return MeetsBox(b, Region, Tol); }, OnData);
+    Walk(TBoxTest(Region, Tol), OnData);
   }
   template <class TOnData>
   void VisitPoint(const TPoint2D& Pt, double Tol, const TOnData& OnData) const {
-    const double x = Pt.X;
-    const double y = Pt.Y;
-    Walk([&](const TRect2D& b) { return HoldsPoint(b, x, y, Tol); },
-         [&](const TEntry& hit) {
-           OnData(hit);
-           return true;
-         });
+    Walk(TPointTest(Pt, Tol), [&](const TEntry& hit) {
+      OnData(hit);
+      return true;
+    });
   }
 
   // ----- storage -----
@@ -515,91 +570,231 @@ class TRTree final {
   }
 
   // ----- insertion -----
+  //
+  // A box goes down to the child whose area grows least. An overfull node first gives the
+  // entries farthest from its centre back for reinsertion, once per level and insertion,
+  // and splits only when that has been done; the split chooses the axis by the summed
+  // margins of all allowed distributions, then the distribution with least overlap. These
+  // are the reinsertion and split of the R*-tree (Beckmann, Kriegel, Schneider and Seeger,
+  // 1990). Its choice of leaf by least overlap growth is left out: on boxes inserted in
+  // random order it made trees that queries walk more, not less, and cost N^2 per leaf.
 
-  std::int32_t ChooseInsertLeaf(const TRect2D& Box) const {
+  // The fewest entries a split leaves on either side: 40% of the fan-out.
+  std::int32_t SplitMin() const { return std::max(1, FMaxChildCount * 2 / 5); }
+  // The entries an overfull node gives back for reinsertion: 30% of the fan-out.
+  std::int32_t ReinsertCount() const { return std::max(1, FMaxChildCount * 3 / 10); }
+
+  // Plain measures of boxes; an invalid box has no area, no margin and overlaps nothing.
+  static double AreaOf(const TRect2D& B) {
+    return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) ? (B.XMax - B.XMin) * (B.YMax - B.YMin) : 0.0;
+  }
+  static double MarginOf(const TRect2D& B) {
+    return (B.XMin <= B.XMax) & (B.YMin <= B.YMax) ? (B.XMax - B.XMin) + (B.YMax - B.YMin) : 0.0;
+  }
+  static double OverlapOf(const TRect2D& A, const TRect2D& B) {
+    const double w = std::min(A.XMax, B.XMax) - std::max(A.XMin, B.XMin);
+    const double h = std::min(A.YMax, B.YMax) - std::max(A.YMin, B.YMin);
+    return (w > 0.0) & (h > 0.0) ? w * h : 0.0;
+  }
+  // The union; an invalid box adds nothing.
+  static TRect2D Join(const TRect2D& A, const TRect2D& B) {
+    if (!((B.XMin <= B.XMax) & (B.YMin <= B.YMax))) return A;
+    return {std::min(A.XMin, B.XMin), std::min(A.YMin, B.YMin), std::max(A.XMax, B.XMax), std::max(A.YMax, B.YMax)};
+  }
+
+  // The node at height Level (0: a leaf) that shall take an entry with Box.
+  std::int32_t ChooseSubtree(const TRect2D& Box, std::int32_t Level) const {
     std::int32_t node = FRoot;
-    for (;;) {
+    while (Height(node) > Level) {
       const TEntry& head = Head(node);
       // A node without children would be a data node, and nothing may hang below one.
       Assert(head.Kid > 0, "[ERROR] TRTreeNode<T>.ChooseInsertLeaf: 数据节点中不能插入子节点。", "RTree");
-      if (head.Aux == 0) return node;
       const TEntry* kids = &head + 1;
-      std::int32_t best = 0;
-      double bestGrowth = Growth(kids[0].Box, Box);
-      for (std::int32_t i = 1; i < head.Kid; ++i) {
-        const double g = Growth(kids[i].Box, Box);
-        if (g < bestGrowth) {
-          bestGrowth = g;
-          best = i;
-        }
+      node = kids[LeastAreaGrowth(kids, head.Kid, Box)].Kid;
+    }
+    return node;
+  }
+  // The child whose area grows least by taking in Box; on a tie the smaller one, then the
+  // one whose margin grows least (boxes of axis-parallel segments have no area), then the
+  // first.
+  static std::int32_t LeastAreaGrowth(const TEntry* Kids, std::int32_t N, const TRect2D& Box) {
+    std::int32_t best = 0;
+    double bestGrowth = 0.0, bestArea = 0.0, bestMargin = 0.0;
+    for (std::int32_t i = 0; i < N; ++i) {
+      const TRect2D& b = Kids[i].Box;
+      const TRect2D joined = Join(b, Box);
+      const double area = AreaOf(b);
+      const double growth = AreaOf(joined) - area;
+      const double margin = MarginOf(joined) - MarginOf(b);
+      if (i == 0 || growth < bestGrowth ||
+          (growth == bestGrowth && (area < bestArea || (area == bestArea && margin < bestMargin)))) {
+        best = i;
+        bestGrowth = growth;
+        bestArea = area;
+        bestMargin = margin;
       }
-      node = kids[best].Kid;
+    }
+    return best;
+  }
+  // Hangs Kid with Box into a node at height Level and deals with the overflow that
+  // follows, up the tree.
+  void Place(std::int32_t Kid, const TRect2D& Box, std::int32_t Level) {
+    std::int32_t node = ChooseSubtree(Box, Level);
+    AddChild(node, Kid, Box);
+    while (Count(node) > FMaxChildCount) {
+      const std::int32_t parent = FBranches[At(node)].Parent;
+      const std::size_t level = At(Height(node));
+      if (parent >= 0 && level < FLevelDone.size() && FLevelDone[level] == 0) {
+        FLevelDone[level] = 1;
+        Reinsert(node);
+        return;
+      }
+      Split(node);
+      if (parent < 0) return;
+      node = parent;
     }
   }
 
-  // Orders the children of a node for a split into halves: by the X of their box centres,
-  // or by the Y when that gives the smaller sum of the two halves' box areas. Ties keep the
-  // child order.
-  void CalcGroup(std::int32_t Branch, std::vector<std::int32_t>& Order) {
+  // Takes the ReinsertCount children whose centres lie farthest from the centre of the
+  // overfull node out of it, shrinks the boxes above, and places them again, the nearest
+  // first.
+  void Reinsert(std::int32_t Branch) {
     const std::int32_t n = Count(Branch);
+    const std::int32_t p = ReinsertCount();
     const TEntry* kids = Kids(Branch);
-    auto sumOfHalves = [&](const std::vector<std::int32_t>& order) {
-      TRect2D a = TRect2D::Invalid();
-      TRect2D b = TRect2D::Invalid();
-      for (std::int32_t k = 0; k < n; ++k) (k < n / 2 ? a : b).Extend(kids[order[At(k)]].Box);
-      return a.AreaAbs() + b.AreaAbs();
+    const TRect2D& box = Head(Branch).Box;
+    const double cx = Centre(box.XMin, box.XMax);
+    const double cy = Centre(box.YMin, box.YMax);
+    auto distance = [&](std::int32_t k) {
+      const TRect2D& b = kids[k].Box;
+      const double dx = Centre(b.XMin, b.XMax) - cx;
+      const double dy = Centre(b.YMin, b.YMax) - cy;
+      return dx * dx + dy * dy;
     };
-    // Insertion sort: stable, in place, and quick for the few children of one node.
-    auto byCentre = [&](std::vector<std::int32_t>& order, bool alongX) {
-      auto key = [&](std::int32_t k) {
-        const TRect2D& b = kids[k].Box;
-        return alongX ? Centre(b.XMin, b.XMax) : Centre(b.YMin, b.YMax);
-      };
-      order.clear();
-      for (std::int32_t k = 0; k < n; ++k) {
-        const double kk = key(k);
-        std::size_t at = order.size();
-        order.push_back(k);
-        for (; at > 0 && key(order[at - 1]) > kk; --at) order[at] = order[at - 1];
-        order[at] = k;
-      }
-    };
-    byCentre(Order, true);
-    byCentre(FScratchOrder, false);
-    if (sumOfHalves(FScratchOrder) < sumOfHalves(Order)) Order.swap(FScratchOrder);
+    FSplitOrder.resize(At(n));
+    for (std::int32_t k = 0; k < n; ++k) FSplitOrder[At(k)] = k;
+    // Farthest first; equal distances in child order.
+    std::sort(FSplitOrder.begin(), FSplitOrder.end(), [&](std::int32_t a, std::int32_t b) {
+      const double da = distance(a);
+      const double db = distance(b);
+      return da > db || (da == db && a < b);
+    });
+    const std::size_t start = FMoved.size();
+    for (std::int32_t k = 0; k < p; ++k) FMoved.push_back(kids[FSplitOrder[At(k)]]);
+    // The others keep their order.
+    std::sort(FSplitOrder.begin() + p, FSplitOrder.end());
+    FScratch.assign(kids, kids + n);
+    for (std::int32_t k = p; k < n; ++k) {
+      const TEntry& e = FScratch[At(FSplitOrder[At(k)])];
+      PutEntry(Branch, k - p, e.Kid, e.Box);
+    }
+    Count(Branch) = n - p;
+    Refit(Branch);
+    const std::int32_t level = Height(Branch);
+    for (std::size_t k = start + At(p); k-- > start;) {
+      const TEntry moved = FMoved[k];
+      Place(moved.Kid, moved.Box, level);
+    }
+    FMoved.resize(start);
   }
 
-  // Splits a node into two halves, hanging the new half beside it (under a new root when it
-  // had no parent), and gives the half that suits AddBox best: this node for an invalid
-  // AddBox, or when the new half would grow more.
-  std::int32_t Split(std::int32_t Branch, const TRect2D& AddBox) {
-    CalcGroup(Branch, FSplitOrder);
+  // Rebuilds the box of a node from its children, and those of its ancestors up to where a
+  // box no longer changes.
+  void Refit(std::int32_t Branch) {
+    for (std::int32_t node = Branch; node >= 0; node = FBranches[At(node)].Parent) {
+      TRect2D box = TRect2D::Invalid();
+      const TEntry* kids = Kids(node);
+      for (std::int32_t k = 0; k < Count(node); ++k) box = Join(box, kids[k].Box);
+      if (box == Head(node).Box) return;
+      SetBranchBox(node, box);
+    }
+  }
+
+  // Splits an overfull node in two, hanging the new half beside it (under a new root when
+  // it had none).
+  void Split(std::int32_t Branch) {
     const std::int32_t n = Count(Branch);
+    const std::int32_t lo = SplitMin();
+    const std::int32_t hi = n - lo;  // the first group takes lo .. hi entries
     FScratch.assign(Kids(Branch), Kids(Branch) + n);
+    FPrefix.resize(At(n));
+    FSuffix.resize(At(n));
+    // The four orders: by lower, then upper bound of X; by upper, then lower of X; the same
+    // for Y. Equal bounds keep the child order.
+    auto order = [&](int Which, std::vector<std::int32_t>& Order) {
+      Order.resize(At(n));
+      for (std::int32_t k = 0; k < n; ++k) Order[At(k)] = k;
+      auto key = [&](std::int32_t k) {
+        const TRect2D& b = FScratch[At(k)].Box;
+        switch (Which) {
+          case 0: return std::pair(b.XMin, b.XMax);
+          case 1: return std::pair(b.XMax, b.XMin);
+          case 2: return std::pair(b.YMin, b.YMax);
+          default: return std::pair(b.YMax, b.YMin);
+        }
+      };
+      std::sort(Order.begin(), Order.end(), [&](std::int32_t a, std::int32_t b) {
+        const auto ka = key(a);
+        const auto kb = key(b);
+        return ka < kb || (ka == kb && a < b);
+      });
+      TRect2D run = TRect2D::Invalid();
+      for (std::int32_t k = 0; k < n; ++k) FPrefix[At(k)] = run = Join(run, FScratch[At(Order[At(k)])].Box);
+      run = TRect2D::Invalid();
+      for (std::int32_t k = n; k-- > 0;) FSuffix[At(k)] = run = Join(run, FScratch[At(Order[At(k)])].Box);
+    };
+    // FPrefix[k - 1] holds the first k entries, FSuffix[k] the others.
+    double margins[2] = {0.0, 0.0};
+    for (int which = 0; which < 4; ++which) {
+      order(which, FSplitOrder);
+      for (std::int32_t k = lo; k <= hi; ++k)
+        margins[which / 2] += MarginOf(FPrefix[At(k - 1)]) + MarginOf(FSuffix[At(k)]);
+    }
+    const int axis = margins[1] < margins[0] ? 1 : 0;
+    // Least overlap, then least area, then least margin: points on a line have neither.
+    std::int32_t bestK = -1;
+    double bestOverlap = 0.0, bestArea = 0.0, bestMargin = 0.0;
+    for (int which = 2 * axis; which < 2 * axis + 2; ++which) {
+      order(which, FScratchOrder);
+      for (std::int32_t k = lo; k <= hi; ++k) {
+        const TRect2D& a = FPrefix[At(k - 1)];
+        const TRect2D& b = FSuffix[At(k)];
+        const double overlap = OverlapOf(a, b);
+        const double area = AreaOf(a) + AreaOf(b);
+        const double margin = MarginOf(a) + MarginOf(b);
+        if (bestK < 0 || overlap < bestOverlap ||
+            (overlap == bestOverlap && (area < bestArea || (area == bestArea && margin < bestMargin)))) {
+          bestK = k;
+          bestOverlap = overlap;
+          bestArea = area;
+          bestMargin = margin;
+          FSplitOrder = FScratchOrder;
+        }
+      }
+    }
+
     const std::int32_t sibling = NewBranch(Height(Branch));
-    for (std::int32_t k = n / 2; k < n; ++k) {
+    for (std::int32_t k = bestK; k < n; ++k) {
       const TEntry& from = FScratch[At(FSplitOrder[At(k)])];
       AddChild(sibling, from.Kid, from.Box);
     }
     TRect2D kept = TRect2D::Invalid();
-    for (std::int32_t k = 0; k < n / 2; ++k) {
+    for (std::int32_t k = 0; k < bestK; ++k) {
       const TEntry& from = FScratch[At(FSplitOrder[At(k)])];
       PutEntry(Branch, k, from.Kid, from.Box);
-      kept.Extend(from.Box);
+      kept = Join(kept, from.Box);
     }
-    Count(Branch) = n / 2;
+    Count(Branch) = bestK;
     SetBranchBox(Branch, kept);
     const std::int32_t parent = FBranches[At(Branch)].Parent;
     const TRect2D siblingBox = Head(sibling).Box;
     if (parent < 0) {
-      const std::int32_t root = NewBranch(Height(Branch) + 1);
-      AddChild(root, Branch, kept);
-      AddChild(root, sibling, siblingBox);
+      FRoot = NewBranch(Height(Branch) + 1);
+      AddChild(FRoot, Branch, kept);
+      AddChild(FRoot, sibling, siblingBox);
     } else {
       AddChild(parent, sibling, siblingBox);
     }
-    if (!AddBox.IsValid()) return Branch;
-    return Growth(siblingBox, AddBox) > Growth(kept, AddBox) ? Branch : sibling;
   }
 
   // ----- bulk load -----
@@ -708,6 +903,7 @@ class TRTree final {
   int FMaxChildCount;
   int FMinChildCount;
   std::size_t FSlotSize = 0;
+  std::size_t FSlotBytes = 0;
   std::int32_t FRoot = -1;
   TArray<TBranch> FBranches;
   TArray<TEntry> FSlots;  // FSlotSize entries per branch: the head, then the children
@@ -719,10 +915,14 @@ class TRTree final {
   std::int32_t FFirst = -1;
   std::int32_t FLast = -1;
   std::int32_t FCount = 0;
-  // Scratch of the split, kept to spare an allocation per split.
+  // Scratch of the split and of reinsertion, kept to spare allocations per insertion.
   std::vector<std::int32_t> FSplitOrder;
   std::vector<std::int32_t> FScratchOrder;
   std::vector<TEntry> FScratch;
+  std::vector<TRect2D> FPrefix;
+  std::vector<TRect2D> FSuffix;
+  std::vector<TEntry> FMoved;    // entries waiting for reinsertion, a stack over the levels
+  std::vector<char> FLevelDone;  // by height: the level has reinserted in this insertion
 };
 
 }  // namespace orvane

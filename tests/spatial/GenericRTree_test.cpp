@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -117,7 +118,7 @@ void ExpectQueriesMatch(const TTree& Tree, const TModel& Model, std::mt19937& Rn
 }
 
 TEST(GenericRTree, MatchesBruteForceThroughMixedChanges) {
-  for (const int fanOut : {3, 4, 8}) {
+  for (const int fanOut : {3, 4, 8, 40}) {
     std::mt19937 rng(1234u + static_cast<unsigned>(fanOut));
     auto tree = std::make_unique<TTree>(fanOut);
     TModel model;
@@ -215,17 +216,112 @@ TEST(GenericRTree, LargeBulkLoadsMatchBruteForce) {
   }
 }
 
+// The summed area of the leaves' boxes: a measure of how well a tree groups its boxes.
+double LeafArea(const TTree& Tree) {
+  double sum = 0.0;
+  std::vector<TNode> stack{Tree.GetRoot()};
+  while (!stack.empty()) {
+    const TNode node = stack.back();
+    stack.pop_back();
+    if (node.IsLeaf()) {
+      sum += node.GetBox().AreaAbs();
+      continue;
+    }
+    for (int i = 0; i < node.ChildCount(); ++i) stack.push_back(node.ChildNode(i));
+  }
+  return sum;
+}
+
+TEST(GenericRTree, RandomOrderInsertionRemovalAndReinsertion) {
+  // 10^5 boxes, among them axis-parallel segments, points and a few invalid boxes, inserted
+  // in random order; half removed; the removed ones inserted again in another order, some
+  // with moved boxes. After each stage every query matches brute force, and the tree that
+  // insertion builds groups its boxes about as tightly as the packed one does.
+  std::mt19937 rng(77);
+  const int n = 100000;
+  std::uniform_real_distribution<double> pos(0.0, 1000.0);
+  std::uniform_real_distribution<double> size(0.0, 3.0);
+  auto randomBox = [&](int Kind) {
+    const double x = pos(rng);
+    const double y = pos(rng);
+    switch (Kind % 40) {
+      case 0: return TRect2D::Invalid();
+      case 1: return TRect2D(TPoint2D(x, y));
+      case 2: return TRect2D(x, y, x + size(rng), y);
+      case 3: return TRect2D(x, y, x, y + size(rng));
+      default: return TRect2D(x, y, x + size(rng), y + size(rng));
+    }
+  };
+  std::vector<TRect2D> boxes;
+  for (int i = 0; i < n; ++i) boxes.push_back(randomBox(i));
+  std::vector<int> order(n);
+  for (int i = 0; i < n; ++i) order[static_cast<std::size_t>(i)] = i;
+  std::shuffle(order.begin(), order.end(), rng);
+
+  TModel model;
+  TTree tree(8);
+  for (const int i : order) {
+    tree.Insert(i, boxes[static_cast<std::size_t>(i)]);
+    model.Items.emplace_back(i, boxes[static_cast<std::size_t>(i)]);
+  }
+  auto expectMatches = [&](const char* Stage) {
+    ASSERT_NO_FATAL_FAILURE(ExpectSound(tree)) << Stage;
+    ASSERT_EQ(tree.Count(), static_cast<int>(model.Items.size())) << Stage;
+    std::vector<int> hits;
+    TList<int> pointHits;
+    for (int q = 0; q < 60; ++q) {
+      const double tol = q % 3 == 0 ? 0.0 : 0.5;
+      // Small regions like the boxes, and now and then a wide one.
+      const double x = pos(rng);
+      const double y = pos(rng);
+      const double w = q % 10 == 0 ? 60.0 : size(rng);
+      const TRect2D region(x, y, x + w, y + size(rng));
+      hits.clear();
+      tree.Search(region, hits, tol);
+      ASSERT_EQ(Sorted(hits), model.Meeting(region, tol)) << Stage << ", box query " << q;
+      // Points on box corners, where a box is reached exactly.
+      const TRect2D& corner = model.Items[static_cast<std::size_t>(q * 997) % model.Items.size()].second;
+      const TPoint2D pt = corner.IsValid() ? corner.MaxPoint() : TPoint2D(x, y);
+      pointHits.Clear();
+      tree.Search(pt, pointHits, tol);
+      ASSERT_EQ(Sorted(pointHits.ToArray()), model.Holding(pt, tol)) << Stage << ", point query " << q;
+    }
+  };
+  ASSERT_NO_FATAL_FAILURE(expectMatches("inserted"));
+
+  std::vector<int> valid;
+  for (int i = 0; i < n; ++i) valid.push_back(i);
+  const TTree packed(std::span<const int>(valid), std::span<const TRect2D>(boxes), 8);
+  EXPECT_LT(LeafArea(tree), 1.5 * LeafArea(packed));
+
+  std::shuffle(order.begin(), order.end(), rng);
+  const std::vector<int> removed(order.begin(), order.begin() + n / 2);
+  for (const int i : removed) tree.Remove(i);
+  std::erase_if(model.Items, [&](const auto& Item) { return !tree.Contains(Item.first); });
+  ASSERT_EQ(model.Items.size(), static_cast<std::size_t>(n - n / 2));
+  ASSERT_NO_FATAL_FAILURE(expectMatches("removed"));
+
+  for (const int i : removed) {
+    TRect2D box = boxes[static_cast<std::size_t>(i)];
+    if (i % 3 == 0) box = randomBox(i);
+    tree.Insert(i, box);
+    model.Items.emplace_back(i, box);
+  }
+  ASSERT_NO_FATAL_FAILURE(expectMatches("inserted again"));
+}
+
 TEST(GenericRTree, SplitsAndPacksAsStated) {
-  // Four unit squares in two rows: the halves by Y cover far less than those by X, so the
-  // split of the full root goes by Y; the fifth box, far up, joins the upper half, which
-  // grows less.
+  // Two clusters of unit squares ten apart: the split of the overfull root leaf goes along X
+  // (the margins of its distributions are far smaller than along Y) and between the
+  // clusters, the only place where the halves do not overlap. A later small box joins the
+  // cluster that already holds it.
   TTree tree(4);
   tree.Insert(0, {0, 0, 1, 1});
-  tree.Insert(1, {0, 10, 1, 11});
-  tree.Insert(2, {1, 0, 2, 1});
-  tree.Insert(3, {1, 10, 2, 11});
-  tree.Insert(4, {0, 20, 1, 21});
-  tree.Insert(5, {0.2, 0.2, 0.3, 0.3});  // least growth: the lower half
+  tree.Insert(1, {10, 0, 11, 1});
+  tree.Insert(2, {0.5, 0.5, 1.5, 1.5});
+  tree.Insert(3, {10.5, 0.5, 11.5, 1.5});
+  tree.Insert(4, {0.2, 0.2, 0.3, 0.3});
+  tree.Insert(5, {10.2, 0.2, 10.3, 0.3});
   auto valuesOf = [](const TNode& leaf) {
     std::vector<int> values;
     for (int i = 0; i < leaf.ChildCount(); ++i) values.push_back(leaf.ChildNode(i).GetData());
@@ -233,17 +329,18 @@ TEST(GenericRTree, SplitsAndPacksAsStated) {
   };
   const TNode root = tree.GetRoot();
   ASSERT_EQ(root.ChildCount(), 2);
-  EXPECT_EQ(valuesOf(root.ChildNode(0)), (std::vector<int>{0, 2, 5}));
-  EXPECT_EQ(valuesOf(root.ChildNode(1)), (std::vector<int>{1, 3, 4}));
-  EXPECT_EQ(root.GetBox(), TRect2D(0, 0, 2, 21));
+  EXPECT_EQ(valuesOf(root.ChildNode(0)), (std::vector<int>{0, 4, 2}));
+  EXPECT_EQ(valuesOf(root.ChildNode(1)), (std::vector<int>{1, 3, 5}));
+  EXPECT_EQ(root.ChildNode(0).GetBox(), TRect2D(0, 0, 1.5, 1.5));
+  EXPECT_EQ(root.GetBox(), TRect2D(0, 0, 11.5, 1.5));
 
-  // Zero-area points on a line: both halves grow by nothing, and on that tie the new half
-  // takes the box.
+  // Points on a line have no area and overlap nothing: the split cuts the widest gap, which
+  // leaves the least margin.
   TTree line(4);
   for (int i = 0; i < 4; ++i) line.Insert(i, TRect2D(TPoint2D(i, 0)));
   line.Insert(4, TRect2D(TPoint2D(10, 0)));
-  EXPECT_EQ(valuesOf(line.GetRoot().ChildNode(0)), (std::vector<int>{0, 1}));
-  EXPECT_EQ(valuesOf(line.GetRoot().ChildNode(1)), (std::vector<int>{2, 3, 4}));
+  EXPECT_EQ(valuesOf(line.GetRoot().ChildNode(0)), (std::vector<int>{0, 1, 2, 3}));
+  EXPECT_EQ(valuesOf(line.GetRoot().ChildNode(1)), (std::vector<int>{4}));
 
   // With M = 8 the ninth insertion splits the root leaf: a root above two leaves.
   TTree nine(8);
@@ -309,6 +406,13 @@ TEST(GenericRTree, EmptyTreesErrorsAndEdges) {
   tree.Insert(9, {inf, inf, -inf, -inf});
   EXPECT_TRUE(tree.Contains(9));
   EXPECT_EQ(tree.Search(TRect2D(-1e300, -1e300, 1e300, 1e300), 1.0).ToArray(), std::vector<int>{7});
+  // Not even under an infinite tolerance, which every valid box meets, alone under a node
+  // whose box is as invalid as its own.
+  TTree lone(4);
+  lone.Insert(9, {inf, inf, -inf, -inf});
+  EXPECT_TRUE(lone.Search(TRect2D(5, 5, 6, 6), inf).ToArray().empty());
+  tree.Insert(10, {20, 20, 21, 21});
+  EXPECT_EQ(Sorted(tree.Search(TRect2D(5, 5, 6, 6), inf).ToArray()), (std::vector<int>{7, 10}));
 
   // More values than boxes fails the bulk load's assertion; duplicate values are refused.
   TList<int> values{1, 2, 3};
