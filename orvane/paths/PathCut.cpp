@@ -222,15 +222,31 @@ TPoint64 Midpoint(const TPoint64& A, const TPoint64& B) {
   return {mid(A.X, B.X), mid(A.Y, B.Y)};
 }
 
-// Whether Inner lies inside Outer, judged by its first vertex that is not on Outer's
-// boundary: a ring that touches its container (or runs along part of it) is still nested by
-// where the rest of it lies. When every vertex is on Outer, the edge midpoints decide; a
-// ring that runs wholly along Outer is not inside it.
-bool IsInside(const TPath64& Inner, const TPath64& Outer) {
+// The area of Inner that lies inside Outer (integer units squared).
+double CommonArea(const TPath64& Inner, const TPath64& Outer) {
+  Clipper::TClipper clipper;
+  clipper.AddPath(Inner, TPathType::ptSubject, true);
+  clipper.AddPath(Outer, TPathType::ptClip, true);
+  TPaths64 common;
+  clipper.Execute(TClipType::ctIntersection, common, TFillRule::frEvenOdd);
+  return std::fabs(Clipper::Core::Area(common));
+}
+
+// Whether Inner lies inside Outer. Vertices on Outer's boundary say nothing: a ring that
+// touches its container, or runs along part of it, is nested by where the rest of it lies.
+// When every vertex is on Outer the edge midpoints decide, and a ring that runs wholly along
+// Outer is not inside it. A ring that crosses Outer (a defect drawn across the edge of a
+// hide) is inside when most of its area is.
+bool IsInside(const TPath64& Inner, double InnerArea, const TPath64& Outer) {
+  bool in = false;
+  bool out = false;
   for (const TPoint64& p : Inner) {
     const int r = Clipper::PointInPolygon(p, Outer);
-    if (r != -1) return r == 1;
+    in = in || r == 1;
+    out = out || r == 0;
   }
+  if (in && out) return CommonArea(Inner, Outer) > 0.5 * InnerArea;
+  if (in || out) return in;
   for (std::size_t i = 0; i < Inner.size(); ++i) {
     const int r = Clipper::PointInPolygon(Midpoint(Inner[i], Inner[(i + 1) % Inner.size()]), Outer);
     if (r != -1) return r == 1;
@@ -295,7 +311,7 @@ void TPathUtils::NormalizeTPaths(const TPaths64& Paths, TPathsList* Res) {
     const std::size_t i = order[k];
     for (std::size_t m = k; m-- > 0;) {
       const std::size_t j = order[m];
-      if (!BoxesMeet(box[i], box[j]) || !IsInside(Paths[i], Paths[j])) continue;
+      if (!BoxesMeet(box[i], box[j]) || !IsInside(Paths[i], area[i], Paths[j])) continue;
       parent[i] = j;
       depth[i] = depth[j] + 1;
       break;

@@ -344,6 +344,8 @@ class ORVANE_API TPathUtils {
   // Nesting alone decides what is a hole, never orientation or input order: a path inside
   // no other is an outline, a path whose nearest container is an outline is one of its
   // holes, and a path inside a hole is an outline again (an island, an item of its own).
+  // Vertices on the other path's boundary do not count, so touching paths nest by where the
+  // rest of them lies; a path that crosses another lies inside it when most of its area does.
   // Paths of fewer than 3 vertices bound nothing and are left out. Items come in the input
   // order of their outlines, holes in input order. Overlapping outlines are not merged.
   // EAssertionFailed "[Assert] TPathUtils.NormalizeTPaths: 结果列表未创建" for no Res.

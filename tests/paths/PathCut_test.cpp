@@ -171,6 +171,14 @@ TEST(PathCut, NormalizeNestsByContainmentNotByOrderOrOrientation) {
   ASSERT_EQ(res.Count(), 2);
   EXPECT_EQ(res[0], TPaths64({s10, notch}));
   EXPECT_EQ(res[1], TPaths64{neighbour});
+  // A hole drawn across the outline, starting outside it, is still a hole when most of it
+  // lies inside; a ring mostly outside is material of its own.
+  const TPath64 across = Path({{11, 2}, {-5, 2}, {-5, -2}, {11, -2}});
+  const TPath64 graze = Path({{9, 8}, {30, 8}, {30, 20}, {9, 20}});
+  U::NormalizeTPaths({graze, across, s10}, &res);
+  ASSERT_EQ(res.Count(), 2);
+  EXPECT_EQ(res[0], TPaths64{graze});
+  EXPECT_EQ(res[1], TPaths64({s10, across}));
   // Duplicated outline: twice material, neither a hole of the other.
   U::NormalizeTPaths({s10, s10}, &res);
   EXPECT_EQ(res.Count(), 2);
