@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -71,7 +72,7 @@ bool Overlaps(const TLine2D& Chord, double M1, const TLine2D& Edge, double Tol) 
 }
 
 // The overlap of Segment's span and the edge's along the chord, or an empty path.
-TPath64 Piece(const TPath64& Segment, const TPoint64& A, const TPoint64& B) {
+TPath64 Piece(const TPath64& Segment, const TPoint64& A, const TPoint64& B, const TLine2D& Chord) {
   const std::size_t n = Segment.size();
   std::vector<TTempRec> recs;
   recs.reserve(n + 2);
@@ -89,9 +90,7 @@ TPath64 Piece(const TPath64& Segment, const TPoint64& A, const TPoint64& B) {
   recs.push_back({A.X, A.Y, same ? -2 : 2, 0.0});
   recs.push_back({B.X, B.Y, same ? 2 : -2, 0.0});
 
-  const TLine2D chord({static_cast<double>(s.X) / 100000.0, static_cast<double>(s.Y) / 100000.0},
-                      {static_cast<double>(e.X) / 100000.0, static_cast<double>(e.Y) / 100000.0});
-  for (TTempRec& r : recs) r.T = chord.ParamOfPoint({static_cast<double>(r.X) / 100000.0, static_cast<double>(r.Y) / 100000.0});
+  for (TTempRec& r : recs) r.T = Chord.ParamOfPoint(Scaled({r.X, r.Y}));
   // The positions compare under a tolerance, which is no strict weak order: a stable sort
   // stays in bounds for any comparer and keeps inner vertices at one position in chain order.
   std::stable_sort(recs.begin(), recs.end(), [](const TTempRec& L, const TTempRec& R) {
@@ -158,46 +157,59 @@ void CutInto(const TPath64& Scissor, const TPath64& Segment, double Tol, TPaths6
 
   // An edge whose piece is not empty comes within Tol, plus the drift of a 1e-4 radian slope
   // over the chord, of the chord itself: edges whose box stays farther from the segment's box
-  // are passed over unmeasured.
-  double lo[2] = {static_cast<double>(s.X), static_cast<double>(s.Y)};
-  double hi[2] = {lo[0], lo[1]};
+  // are passed over unmeasured. Each vertex gets an out-code against the widened box once;
+  // an edge whose two ends lie beyond one side of it is apart.
+  std::int64_t lo[2] = {s.X, s.Y};
+  std::int64_t hi[2] = {s.X, s.Y};
   for (const TPoint64& p : Segment) {
-    const double xy[2] = {static_cast<double>(p.X), static_cast<double>(p.Y)};
-    for (int k = 0; k < 2; ++k) {
-      lo[k] = std::min(lo[k], xy[k]);
-      hi[k] = std::max(hi[k], xy[k]);
-    }
+    lo[0] = std::min(lo[0], p.X), hi[0] = std::max(hi[0], p.X);
+    lo[1] = std::min(lo[1], p.Y), hi[1] = std::max(hi[1], p.Y);
   }
   const double margin = (Tol * 1.001 + 2e-4 * m1 + MinLength) / Scale + 2.0;
-  auto apart = [&](const TPoint64& A, const TPoint64& B) {
-    if (!std::isfinite(margin)) return false;
-    const double ax = static_cast<double>(A.X), ay = static_cast<double>(A.Y);
-    const double bx = static_cast<double>(B.X), by = static_cast<double>(B.Y);
-    return std::max(ax, bx) < lo[0] - margin || std::min(ax, bx) > hi[0] + margin ||
-           std::max(ay, by) < lo[1] - margin || std::min(ay, by) > hi[1] + margin;
+  const auto widen = [](std::int64_t V, double By) {
+    return static_cast<std::int64_t>(std::clamp(static_cast<double>(V) + By, -9.2e18, 9.2e18));
+  };
+  // An infinite tolerance reaches everywhere.
+  const bool boxed = margin < 4e18;
+  const std::int64_t x0 = boxed ? widen(lo[0], -margin) : std::numeric_limits<std::int64_t>::min();
+  const std::int64_t x1 = boxed ? widen(hi[0], margin) : std::numeric_limits<std::int64_t>::max();
+  const std::int64_t y0 = boxed ? widen(lo[1], -margin) : std::numeric_limits<std::int64_t>::min();
+  const std::int64_t y1 = boxed ? widen(hi[1], margin) : std::numeric_limits<std::int64_t>::max();
+  auto outCode = [x0, x1, y0, y1](const TPoint64& P) {
+    return static_cast<unsigned>(P.X < x0) | static_cast<unsigned>(P.X > x1) << 1 |
+           static_cast<unsigned>(P.Y < y0) << 2 | static_cast<unsigned>(P.Y > y1) << 3;
+  };
+  // Walks the edges in order; Edge(a, b) is called for those not apart from the segment and
+  // ends the walk by answering true.
+  auto forEdges = [&](auto&& Edge) {
+    const TPoint64* pts = Scissor.data();
+    const unsigned code0 = outCode(pts[0]);
+    unsigned codeA = code0;
+    for (std::size_t i = 0; i < edges; ++i) {
+      const std::size_t j = i + 1 == n ? 0 : i + 1;
+      const unsigned codeB = j == 0 ? code0 : outCode(pts[j]);
+      if ((codeA & codeB) == 0 && Edge(pts[i], pts[j])) return;
+      codeA = codeB;
+    }
   };
 
   if (s == e) {
-    for (std::size_t i = 0; i < edges; ++i) {
-      const TPoint64& a = Scissor[i];
-      const TPoint64& b = Scissor[(i + 1) % n];
-      if (apart(a, b)) continue;
-      if (TLine2D(Scaled(a), Scaled(b)).IsOn(sd, Tol)) {
-        Out.push_back({s, s});
-        return;
-      }
-    }
+    forEdges([&](const TPoint64& A, const TPoint64& B) {
+      if (!TLine2D(Scaled(A), Scaled(B)).IsOn(sd, Tol)) return false;
+      Out.push_back({s, s});
+      return true;
+    });
     return;
   }
 
   const std::size_t first = Out.size();
-  for (std::size_t i = 0; i < edges; ++i) {
-    const TPoint64& a = Scissor[i];
-    const TPoint64& b = Scissor[(i + 1) % n];
-    if (apart(a, b) || !Overlaps(chord, m1, TLine2D(Scaled(a), Scaled(b)), Tol)) continue;
-    TPath64 piece = Piece(Segment, a, b);
-    if (!piece.empty()) AddPiece(Out, first, std::move(piece));
-  }
+  forEdges([&](const TPoint64& A, const TPoint64& B) {
+    if (Overlaps(chord, m1, TLine2D(Scaled(A), Scaled(B)), Tol)) {
+      TPath64 piece = Piece(Segment, A, B, chord);
+      if (!piece.empty()) AddPiece(Out, first, std::move(piece));
+    }
+    return false;
+  });
   // The ring closes: the last edge's piece may continue into the first edge's.
   if (Out.size() >= first + 2) {
     TPath64& head = Out[first];

@@ -40,7 +40,8 @@ std::vector<nlohmann::json> Documents(const std::string& Folder, const std::stri
   if (!fs::is_directory(dir)) return docs;
   std::vector<fs::path> files;
   for (const auto& e : fs::directory_iterator(dir))
-    if (e.path().extension() == ".json" && e.path().filename().string().rfind(Prefix, 0) == 0) files.push_back(e.path());
+    if (e.path().extension() == ".json" && e.path().filename().string().rfind(Prefix, 0) == 0)
+      files.push_back(e.path());
   std::sort(files.begin(), files.end());
   for (const fs::path& f : files) {
     std::ifstream in(f);
@@ -209,7 +210,8 @@ TEST(PathCutData, CommonEdgesOfTouchingPartsMatchGeos) {
             for (const TPath64& piece : U::CutByPath(paths[i], {pj[k], pj[(k + 1) % pj.size()]}, 2e-5)) {
               for (std::size_t m = 0; m + 1 < piece.size(); ++m)
                 ours += std::hypot(static_cast<double>(piece[m + 1].X - piece[m].X),
-                                   static_cast<double>(piece[m + 1].Y - piece[m].Y)) / 1e5;
+                                   static_cast<double>(piece[m + 1].Y - piece[m].Y)) /
+                        1e5;
             }
           }
           if (std::fabs(ours - want) > 1e-3) {

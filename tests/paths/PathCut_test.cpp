@@ -87,8 +87,7 @@ TEST(PathCut, CollinearEdgesMeetingEndToEndGiveOnePiece) {
   // The straight vertex first: the closing edge's piece joins the first edge's.
   const TPath64 rolled = Path({{5, 0}, {10, 0}, {10, 10}, {0, 10}, {0, 0}});
   EXPECT_EQ(U::CutByPath(rolled, Path({{-1, 0}, {11, 0}}), 1e-6), TPaths64{Path({{0, 0}, {5, 0}, {10, 0}})});
-  EXPECT_EQ(U::CutByPath(U::Clone(rolled), Path({{11, 0}, {-1, 0}}), 1e-6),
-            TPaths64{Path({{10, 0}, {5, 0}, {0, 0}})});
+  EXPECT_EQ(U::CutByPath(U::Clone(rolled), Path({{11, 0}, {-1, 0}}), 1e-6), TPaths64{Path({{10, 0}, {5, 0}, {0, 0}})});
   // A repeated closing vertex is a zero-length edge and changes nothing.
   TPath64 closed = ring;
   U::ConnectHeadTail(closed);
@@ -217,8 +216,7 @@ TEST(PathCut, NormalizeKeepsEveryHoleAt3And300Paths) {
 TEST(PathCut, ListsAndPolygonsFromClippingTrees) {
   // Outline with a hole holding an island, by the engine's even-odd union.
   Clipper::TClipper clipper;
-  clipper.AddPaths({Square(0, 0, 10), Square(0, 0, 8), Square(0, 0, 6), Square(30, 0, 2)}, TPathType::ptSubject,
-                   true);
+  clipper.AddPaths({Square(0, 0, 10), Square(0, 0, 8), Square(0, 0, 6), Square(30, 0, 2)}, TPathType::ptSubject, true);
   Clipper::TPolyTree tree;
   ASSERT_TRUE(clipper.Execute(TClipType::ctUnion, &tree, TFillRule::frEvenOdd));
   const auto list = U::PolyTreeToPathsList(tree);
