@@ -17,6 +17,7 @@
 #include "orvane/paths/PathsList.h"
 #include "orvane/paths/clipping/Clipper.h"
 #include "orvane/paths/internal/PathArith.h"
+#include "orvane/paths/internal/PathNesting.h"
 #include "orvane/vertex/VHPolygon.h"
 #include "orvane/vertex/VPolyline2D.h"
 
@@ -281,6 +282,42 @@ TShapeRelation RelationOfPiece(const TPath64& Path, const TPath64& Piece) {
 
 }  // namespace
 
+namespace internal {
+
+TNesting NestPaths(const TPaths64& Paths) {
+  TNesting nest;
+  nest.Parent.assign(Paths.size(), TNesting::NoParent);
+  nest.Depth.assign(Paths.size(), -1);
+  std::vector<std::size_t> order;
+  std::vector<double> area(Paths.size(), 0.0);
+  std::vector<TRect64> box(Paths.size());
+  for (std::size_t i = 0; i < Paths.size(); ++i) {
+    if (Paths[i].size() < 3) continue;
+    area[i] = std::fabs(Clipper::Core::Area(Paths[i]));
+    box[i] = Clipper::Core::GetBounds(Paths[i]);
+    order.push_back(i);
+  }
+  // A container is larger than what it holds, so containers come first; the comparer is
+  // exact, and the stable sort keeps equal areas in input order.
+  std::stable_sort(order.begin(), order.end(), [&](std::size_t L, std::size_t R) { return area[L] > area[R]; });
+  // The nearest container of each path is the smallest earlier one that holds it; every
+  // path is tested alike, the largest included.
+  for (std::size_t k = 0; k < order.size(); ++k) {
+    const std::size_t i = order[k];
+    nest.Depth[i] = 0;
+    for (std::size_t m = k; m-- > 0;) {
+      const std::size_t j = order[m];
+      if (!BoxesMeet(box[i], box[j]) || !IsInside(Paths[i], area[i], Paths[j])) continue;
+      nest.Parent[i] = j;
+      nest.Depth[i] = nest.Depth[j] + 1;
+      break;
+    }
+  }
+  return nest;
+}
+
+}  // namespace internal
+
 // ---- Cutting ------------------------------------------------------------------------------
 
 TPaths64 TPathUtils::CutByPath(const TPath64& Scissor, const TPath64& Segment, double Tol) {
@@ -302,41 +339,12 @@ void TPathUtils::NormalizeTPaths(const TPaths64& Paths, TPathsList* Res) {
   Res->Clear();
   // Holes are found by nesting alone: real outlines come with holes in either orientation
   // and in any order, so neither tells a hole from an island.
-  std::vector<std::size_t> order;
-  std::vector<double> area(Paths.size(), 0.0);
-  std::vector<TRect64> box(Paths.size());
-  for (std::size_t i = 0; i < Paths.size(); ++i) {
-    if (Paths[i].size() < 3) continue;
-    area[i] = std::fabs(Clipper::Core::Area(Paths[i]));
-    box[i] = Clipper::Core::GetBounds(Paths[i]);
-    order.push_back(i);
-  }
-  // A container is larger than what it holds, so containers come first; equal areas keep
-  // their input order.
-  std::stable_sort(order.begin(), order.end(), [&](std::size_t L, std::size_t R) { return area[L] > area[R]; });
-
-  // The nearest container of each path is the smallest earlier one that holds it.
-  constexpr std::size_t None = static_cast<std::size_t>(-1);
-  std::vector<std::size_t> parent(Paths.size(), None);
-  std::vector<int> depth(Paths.size(), 0);
-  for (std::size_t k = 0; k < order.size(); ++k) {
-    const std::size_t i = order[k];
-    for (std::size_t m = k; m-- > 0;) {
-      const std::size_t j = order[m];
-      if (!BoxesMeet(box[i], box[j]) || !IsInside(Paths[i], area[i], Paths[j])) continue;
-      parent[i] = j;
-      depth[i] = depth[j] + 1;
-      break;
-    }
-  }
+  const internal::TNesting nest = internal::NestPaths(Paths);
   std::vector<std::vector<std::size_t>> holes(Paths.size());
-  for (std::size_t i : order)
-    if (depth[i] % 2 == 1) holes[parent[i]].push_back(i);
-  std::vector<std::size_t> outlines(order);
-  std::sort(outlines.begin(), outlines.end());
-  for (std::size_t i : outlines) {
-    if (depth[i] % 2 != 0) continue;
-    std::sort(holes[i].begin(), holes[i].end());
+  for (std::size_t i = 0; i < Paths.size(); ++i)
+    if (nest.Depth[i] % 2 == 1) holes[nest.Parent[i]].push_back(i);
+  for (std::size_t i = 0; i < Paths.size(); ++i) {
+    if (nest.Depth[i] < 0 || nest.Depth[i] % 2 != 0) continue;
     TPaths64 item;
     item.reserve(holes[i].size() + 1);
     item.push_back(Paths[i]);
