@@ -293,7 +293,7 @@ TNesting NestPaths(const TPaths64& Paths) {
   std::vector<TRect64> box(Paths.size());
   for (std::size_t i = 0; i < Paths.size(); ++i) {
     if (Paths[i].size() < 3) continue;
-    area[i] = std::fabs(Clipper::Core::Area(Paths[i]));
+    area[i] = TPathUtils::Area(Paths[i], true);
     box[i] = Clipper::Core::GetBounds(Paths[i]);
     order.push_back(i);
   }
@@ -336,10 +336,11 @@ TPaths64 TPathUtils::CutByPaths(const TPaths64& Scissors, const TPath64& Segment
 
 void TPathUtils::NormalizeTPaths(const TPaths64& Paths, TPathsList* Res) {
   Assert(Res != nullptr, "[Assert] TPathUtils.NormalizeTPaths: 结果列表未创建");
-  Res->Clear();
   // Holes are found by nesting alone: real outlines come with holes in either orientation
-  // and in any order, so neither tells a hole from an island.
+  // and in any order, so neither tells a hole from an island. Res changes only once the
+  // nesting stands (the clipper refuses coordinates beyond its range).
   const internal::TNesting nest = internal::NestPaths(Paths);
+  Res->Clear();
   std::vector<std::vector<std::size_t>> holes(Paths.size());
   for (std::size_t i = 0; i < Paths.size(); ++i)
     if (nest.Depth[i] % 2 == 1) holes[nest.Parent[i]].push_back(i);
