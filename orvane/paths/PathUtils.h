@@ -32,7 +32,14 @@ namespace orvane {
 
 class TVPolyline2D;
 class TVPolyline2DList;
+class TVHPolygon;
 class TVHPolygonList;
+class TPathsList;
+
+namespace Clipper {
+class TPolyNode;
+class TPolyTree;
+}  // namespace Clipper
 
 // A vertex inside a TPaths64: path Row, vertex Col.
 struct TPointIndex {
@@ -312,6 +319,70 @@ class ORVANE_API TPathUtils {
   // the positive-winding intersection: outlines anticlockwise, holes clockwise. RefArea, when
   // set, replaces the average of the two signed areas and skips their comparison.
   static bool IsCongruent(const TPaths64& Left, const TPaths64& Right, TNullable<double> RefArea, double AreaTolerance);
+
+  // ---- Cutting (at PathWorkingRate; Tol in drawing units) ---------------------------------
+
+  // The stretches of Segment, a nearly straight chain from its first vertex S to its last E,
+  // that run along edges of Scissor, a ring (the closing edge included). An edge takes part
+  // when it is parallel to the chord S -> E within 1e-4 radian, lies within Tol of it, and
+  // both are at least 1e-6 long; its piece is the overlap of the two spans along the chord:
+  // an edge end or S where the overlap starts, Segment's inner vertices inside it, an edge
+  // end or E where it ends, in Segment's direction. A piece whose ends fall together (within
+  // 1e-6 of the chord's length) is a touch and is left out; pieces that continue one another
+  // end to end (a run across a straight vertex of Scissor) are one piece. Pieces come in
+  // edge order. S = E: one path {S, S} when S lies within Tol of an edge. A two-vertex
+  // Scissor is one edge. Empty Segment or Scissor, or Tol not a number or negative: no
+  // pieces.
+  static TPaths64 CutByPath(const TPath64& Scissor, const TPath64& Segment, double Tol);
+  // CutByPath for each ring of Scissors in order, all pieces in one list.
+  static TPaths64 CutByPaths(const TPaths64& Scissors, const TPath64& Segment, double Tol);
+
+  // ---- Polygons with holes from loose paths and clipping trees ----------------------------
+
+  // Clears Res and fills it with the polygons that Paths make: each item is a material
+  // outline followed by its holes, copied as given (orientation and vertices untouched).
+  // Nesting alone decides what is a hole, never orientation or input order: a path inside
+  // no other is an outline, a path whose nearest container is an outline is one of its
+  // holes, and a path inside a hole is an outline again (an island, an item of its own).
+  // Vertices on the other path's boundary do not count, so touching paths nest by where the
+  // rest of them lies; a path that crosses another lies inside it when most of its area does.
+  // Paths of fewer than 3 vertices bound nothing and are left out. Items come in the input
+  // order of their outlines, holes in input order. Overlapping outlines are not merged.
+  // EAssertionFailed "[Assert] TPathUtils.NormalizeTPaths: 结果列表未创建" for no Res.
+  static void NormalizeTPaths(const TPaths64& Paths, TPathsList* Res);
+  // A new owning list with one item per outline of the tree: the outline's contour followed
+  // by its holes' contours. Islands inside holes are items of their own, after their
+  // ancestors (breadth first).
+  static std::unique_ptr<TPathsList> PolyTreeToPathsList(const Clipper::TPolyTree& PolyTree);
+  // Copies of the paths from index 1 on whose orientation differs from outDir: outDir True
+  // selects those of negative area, False those of non-negative area. Path 0 is never looked
+  // at; fewer than 2 paths give none.
+  static TPaths64 ExtractHoles(const TPaths64& paths, bool outDir);
+  // A new polygon from integer paths whose entry 0 is the outline (coordinates divided by
+  // Rate). Each loop is closed. Paths that come in closed give an anticlockwise outline and
+  // clockwise holes; when the outline comes in open it keeps its orientation and the holes
+  // are set against it. The polygon's IsClockwise follows its outline. EParamError when Rate
+  // is not a positive finite number.
+  static std::unique_ptr<TVHPolygon> CreateHPolygon(const TPaths64& Paths, double Rate);
+  // The same from a node's contour and its direct children's contours; nullptr gives an
+  // empty polygon.
+  static std::unique_ptr<TVHPolygon> CreateHPolygon(const Clipper::TPolyNode* PolyNode, double Rate);
+  // Splits a node's contour that touches or crosses itself into simple polygons (even-odd),
+  // and gives each piece of each child's contour to the first of them that holds it, judged
+  // by the piece's first vertex that is not on that polygon's outline (on counts when all
+  // are). Pieces that lie in none are dropped. nullptr gives an empty list.
+  static std::unique_ptr<TVHPolygonList> CreateStrictSimpleHPolygon(const Clipper::TPolyNode* PolyNode, double Rate);
+
+  // ---- Closing and smoothing -------------------------------------------------------------
+
+  // Appends vertex 0 when the path has vertices and its last one differs.
+  static void ConnectHeadTail(TPath64& Path);
+  static void ConnectHeadTail(TPaths64& Paths);
+  // Drops vertices where the path runs straight on or doubles straight back: the polyline's
+  // CollinearSmooth(CrossMulTolerance / 1e10, false) on the path read at PathWorkingRate. The
+  // vertices kept come back unchanged; a closed path stays closed.
+  static void CollinearSmooth(TPath64& Path, double CrossMulTolerance);
+  static void CollinearSmooth(TPaths64& Paths, double CrossMulTolerance);
 };
 
 }  // namespace orvane
