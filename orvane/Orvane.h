@@ -44,6 +44,7 @@
 #include "orvane/paths/Path64.h"
 #include "orvane/paths/PathUtils.h"
 #include "orvane/paths/PathsList.h"
+#include "orvane/paths/PolyTreeUtils.h"
 #include "orvane/paths/clipping/Clipper.h"
 #include "orvane/paths/clipping/Clipper2.h"
 #include "orvane/paths/clipping/ClipperCore.h"

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Line2D.h"
 #include "orvane/foundation/MathUtils.h"
@@ -20,6 +21,7 @@
 #include "orvane/paths/internal/PathNesting.h"
 #include "orvane/vertex/VHPolygon.h"
 #include "orvane/vertex/VPolyline2D.h"
+#include "orvane/vertex/VPolyline2DTree.h"
 
 namespace orvane {
 
@@ -352,6 +354,39 @@ void TPathUtils::NormalizeTPaths(const TPaths64& Paths, TPathsList* Res) {
     for (std::size_t h : holes[i]) item.push_back(Paths[h]);
     Res->Add(std::move(item));
   }
+}
+
+std::unique_ptr<TVPolyline2DTreeList> TPathUtils::CreatePolylineTreeList(const TPaths64& Paths, double Rate) {
+  internal::CheckPositiveRate(Rate, "TPathUtils.CreatePolylineTreeList");
+  const internal::TNesting nest = internal::NestPaths(Paths);
+  // Containers before what they hold: a path's parent is one level less deep.
+  std::vector<std::size_t> order;
+  for (std::size_t i = 0; i < Paths.size(); ++i)
+    if (nest.Depth[i] >= 0) order.push_back(i);
+  std::stable_sort(order.begin(), order.end(),
+                   [&](std::size_t A, std::size_t B) { return nest.Depth[A] < nest.Depth[B]; });
+  auto list = std::make_unique<TVPolyline2DTreeList>(true);
+  std::vector<TVPolyline2DTree::TNode*> nodes(Paths.size(), nullptr);
+  std::vector<TVPolyline2DTree*> trees(Paths.size(), nullptr);
+  for (std::size_t i : order) {
+    auto node = std::make_unique<TVPolyline2DTree::TNode>(CreatePolyline(Paths[i], Rate).release());
+    if (nest.Parent[i] == internal::TNesting::NoParent) {
+      auto tree = std::make_unique<TVPolyline2DTree>();
+      nodes[i] = node.get();
+      tree->SetRoot(std::move(node));
+      trees[i] = tree.get();
+      list->Add(std::move(tree));
+    } else {
+      const std::size_t parent = nest.Parent[i];
+      trees[i] = trees[parent];
+      nodes[i] = trees[i]->AddChildNode(*nodes[parent], std::move(node));
+    }
+  }
+  return list;
+}
+
+std::unique_ptr<TVHPolygonList> TPathUtils::CreateHPolygons(const TPaths64& Paths, double Rate) {
+  return CreatePolylineTreeList(Paths, Rate)->CreateHPolygons();
 }
 
 std::unique_ptr<TPathsList> TPathUtils::PolyTreeToPathsList(const Clipper::TPolyTree& PolyTree) {

@@ -34,6 +34,7 @@ class TVPolyline2D;
 class TVPolyline2DList;
 class TVHPolygon;
 class TVHPolygonList;
+class TVPolyline2DTreeList;
 class TPathsList;
 
 namespace Clipper {
@@ -350,6 +351,14 @@ class ORVANE_API TPathUtils {
   // order of their outlines, holes in input order. Overlapping outlines are not merged.
   // EAssertionFailed "[Assert] TPathUtils.NormalizeTPaths: 结果列表未创建" for no Res.
   static void NormalizeTPaths(const TPaths64& Paths, TPathsList* Res);
+  // A new owning list of trees, one per path that lies inside no other, with the paths
+  // nested as tree levels by the same rule as NormalizeTPaths (coordinates divided by Rate;
+  // contours as given, without closing vertex). Paths of fewer than 3 vertices are left out.
+  // EParamError when Rate is not a positive finite number.
+  static std::unique_ptr<TVPolyline2DTreeList> CreatePolylineTreeList(const TPaths64& Paths, double Rate);
+  // The regions of CreatePolylineTreeList's trees: one polygon per outline of even depth
+  // with its direct children as holes; islands in holes are polygons of their own.
+  static std::unique_ptr<TVHPolygonList> CreateHPolygons(const TPaths64& Paths, double Rate);
   // A new owning list with one item per outline of the tree: the outline's contour followed
   // by its holes' contours. Islands inside holes are items of their own, after their
   // ancestors (breadth first).

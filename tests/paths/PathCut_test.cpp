@@ -13,6 +13,7 @@
 #include "orvane/paths/PathsList.h"
 #include "orvane/paths/PolyTreeUtils.h"
 #include "orvane/paths/clipping/Clipper.h"
+#include "orvane/vertex/VPolyline2DTree.h"
 #include "orvane/paths/clipping/Clipper2.h"
 #include "orvane/vertex/VHPolygon.h"
 #include "orvane/vertex/VPolyline2D.h"
@@ -161,6 +162,19 @@ TEST(PathCut, NormalizeNestsByContainmentNotByOrderOrOrientation) {
   EXPECT_EQ(res[1], TPaths64({s10, s8}));
   EXPECT_EQ(res[2], TPaths64{far});
   EXPECT_EQ(res[3], TPaths64{i2});
+
+  // The same nesting as trees: one tree per path inside no other, levels by depth, and one
+  // region per outline of even depth (10 with hole 8, island 6 with hole 4, far).
+  const TPaths64 nested{s6, s10, far, s4, s8};
+  const auto trees = U::CreatePolylineTreeList(nested, PathWorkingRate);
+  ASSERT_EQ(trees->Count(), 2);
+  EXPECT_EQ((*trees)[0]->GetRoot()->ChildNode(0)->ChildNode(0)->ChildCount(), 1);
+  const auto regions = U::CreateHPolygons(nested, PathWorkingRate);
+  ASSERT_EQ(regions->Count(), 3);
+  double area = 0;
+  for (int i = 0; i < regions->Count(); ++i) area += (*regions)[i]->Area();
+  EXPECT_NEAR(area, (400 - 256) + (144 - 64) + 36, 1e-9);
+  EXPECT_THROW(U::CreatePolylineTreeList(nested, 0.0), EParamError);
 
   // Touching: a hole whose vertex 0 lies on the outline is still a hole; an outline outside
   // that touches another's side with its vertex 0 is material of its own.
