@@ -1,6 +1,7 @@
 #include "orvane/algorithms/CadBasicAlgo.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "orvane/foundation/Checks.h"
@@ -15,7 +16,7 @@ namespace {
 
 constexpr double PointTol = 1e-6;
 // Samples per span for the deviation; the worst of them is then refined by a local search.
-constexpr int DeviationSamples = 48;
+constexpr int DeviationSamples = 16;
 
 // Strictly between: an edge that only grazes a corner or a side does not enter.
 bool fInside(double V, double Lo, double Hi) { return Lo < V && V < Hi; }
@@ -26,24 +27,6 @@ bool IsPointBezier(const TBezierSegment2D& B) {
 
 }  // namespace
 
-namespace internal {
-
-double DistanceToArc(const TArc2D& Arc, const TPoint2D& Pt) {
-  if (Arc.IsLine) return Arc.AsLine().DistanceLimit(Pt);
-  const TPoint2D v = Pt - Arc.Center;
-  const double d = v.Mag();
-  if (d > 0.0) {
-    // Counted from the start in the sweep's sense: inside the sweep the circle is nearest.
-    double a = std::atan2(v.Y, v.X) - Arc.StartAngle;
-    if (Arc.SweepAngle < 0.0) a = -a;
-    a = std::fmod(a, TwoPi);
-    if (a < 0.0) a += TwoPi;
-    if (a <= std::abs(Arc.SweepAngle)) return std::abs(d - Arc.Radius);
-  }
-  return std::min(Pt.DistanceTo(Arc.StartPoint()), Pt.DistanceTo(Arc.EndPoint()));
-}
-
-}  // namespace internal
 
 TArc2D TCadBasicAlgo::Degenerate2Line(const TBezierSegment2D& Bezier) {
   TArc2D line;
@@ -54,47 +37,114 @@ TArc2D TCadBasicAlgo::Degenerate2Line(const TBezierSegment2D& Bezier) {
   return line;
 }
 
-double TCadBasicAlgo::MaxDeviation(const TBezierSegment2D& Bezier, const TArc2D* Arcs, int Count) {
+namespace {
+
+// An arc set up for many distance queries: the ray from the centre through a point meets
+// the arc when the point lies on the inner side of the start and of the end radius (of
+// either, for more than a half turn), which needs no angle.
+struct TArcProbe {
+  TPoint2D C;
+  TPoint2D S;
+  TPoint2D E;
+  TPoint2D FromC;  // start radius vector
+  TPoint2D ToC;    // end radius vector
+  double R = 0.0;
+  double Sense = 1.0;
+  bool Line = false;
+  bool Major = false;
+
+  explicit TArcProbe(const TArc2D& A) : S(A.StartPoint()), E(A.EndPoint()), Line(A.IsLine) {
+    if (Line) return;
+    C = A.Center;
+    R = A.Radius;
+    FromC = S - C;
+    ToC = E - C;
+    Sense = A.SweepAngle >= 0.0 ? 1.0 : -1.0;
+    Major = std::abs(A.SweepAngle) > Pi;
+  }
+  double Distance(const TPoint2D& P) const {
+    if (Line) {
+      const TPoint2D d = E - S;
+      const double l2 = d.MagSqr();
+      const double t = l2 > 0.0 ? std::clamp((P - S).DotMul(d) / l2, 0.0, 1.0) : 0.0;
+      return std::sqrt((P - (S + d * t)).MagSqr());
+    }
+    const TPoint2D v = P - C;
+    const double fromStart = Sense * FromC.CrossMul(v);
+    const double toEnd = Sense * v.CrossMul(ToC);
+    const bool inside = Major ? (fromStart >= 0.0 || toEnd >= 0.0) : (fromStart >= 0.0 && toEnd >= 0.0);
+    if (inside) return std::abs(std::sqrt(v.MagSqr()) - R);  // hypot's care is not needed here
+    return std::sqrt(std::min((P - S).MagSqr(), (P - E).MagSqr()));
+  }
+};
+
+}  // namespace
+
+double TCadBasicAlgo::MaxDeviation(const TBezierSegment2D& Bezier, const TArc2D* Arcs, int Count, double Tol) {
+  const TArcProbe probes[2] = {TArcProbe(Arcs[0]), TArcProbe(Arcs[Count > 1 ? 1 : 0])};
   auto dev = [&](double t) {
     const TPoint2D p = Bezier.EvalPoint(t);
-    double e = MaxDouble;
-    for (int k = 0; k < Count; ++k) e = std::min(e, internal::DistanceToArc(Arcs[k], p));
-    return e;
+    const double e = probes[0].Distance(p);
+    return Count > 1 ? std::min(e, probes[1].Distance(p)) : e;
   };
-  double worst = -1.0;
-  int worstAt = 0;
+  // The places where a fit that fails usually fails worst come first, so that most
+  // rejected fits cost a few samples only.
+  static constexpr int order[] = {4, 12, 8, 2, 6, 10, 14};
+  std::array<double, DeviationSamples + 1> e{};
+  e.fill(-1.0);
+  double worst = 0.0;
+  for (int i : order) {
+    e[static_cast<std::size_t>(i)] = dev(static_cast<double>(i) / DeviationSamples);
+    worst = std::max(worst, e[static_cast<std::size_t>(i)]);
+    if (worst > Tol) return worst;
+  }
   for (int i = 0; i <= DeviationSamples; ++i) {
-    const double e = dev(static_cast<double>(i) / DeviationSamples);
-    if (e > worst) {
-      worst = e;
-      worstAt = i;
-    }
+    if (e[static_cast<std::size_t>(i)] < 0.0) e[static_cast<std::size_t>(i)] = dev(static_cast<double>(i) / DeviationSamples);
+    worst = std::max(worst, e[static_cast<std::size_t>(i)]);
   }
+  if (worst > Tol) return worst;
   // The deviation peaks between samples: a golden-section search on the two sample steps
-  // around the worst one finds the peak there.
-  constexpr double g = 0.6180339887498949;
-  double lo = std::max(0.0, (worstAt - 1.0) / DeviationSamples);
-  double hi = std::min(1.0, (worstAt + 1.0) / DeviationSamples);
-  double x1 = hi - g * (hi - lo);
-  double x2 = lo + g * (hi - lo);
-  double f1 = dev(x1);
-  double f2 = dev(x2);
-  for (int it = 0; it < 24; ++it) {
-    if (f1 > f2) {
-      hi = x2;
-      x2 = x1;
-      f2 = f1;
-      x1 = hi - g * (hi - lo);
-      f1 = dev(x1);
-    } else {
-      lo = x1;
-      x1 = x2;
-      f1 = f2;
-      x2 = lo + g * (hi - lo);
-      f2 = dev(x2);
+  // around each of the two highest local peaks finds the true peak there.
+  int peaks[2] = {-1, -1};
+  for (int i = 0; i <= DeviationSamples; ++i) {
+    const double l = i > 0 ? e[static_cast<std::size_t>(i) - 1] : -1.0;
+    const double r = i < DeviationSamples ? e[static_cast<std::size_t>(i) + 1] : -1.0;
+    const double v = e[static_cast<std::size_t>(i)];
+    if (v < l || v < r) continue;
+    if (peaks[0] < 0 || v > e[static_cast<std::size_t>(peaks[0])]) {
+      peaks[1] = peaks[0];
+      peaks[0] = i;
+    } else if (peaks[1] < 0 || v > e[static_cast<std::size_t>(peaks[1])]) {
+      peaks[1] = i;
     }
   }
-  return std::max({worst, f1, f2});
+  constexpr double g = 0.6180339887498949;
+  for (int peak : peaks) {
+    if (peak < 0) continue;
+    double lo = std::max(0.0, (peak - 1.0) / DeviationSamples);
+    double hi = std::min(1.0, (peak + 1.0) / DeviationSamples);
+    double x1 = hi - g * (hi - lo);
+    double x2 = lo + g * (hi - lo);
+    double f1 = dev(x1);
+    double f2 = dev(x2);
+    for (int it = 0; it < 10; ++it) {
+      if (f1 > f2) {
+        hi = x2;
+        x2 = x1;
+        f2 = f1;
+        x1 = hi - g * (hi - lo);
+        f1 = dev(x1);
+      } else {
+        lo = x1;
+        x1 = x2;
+        f1 = f2;
+        x2 = lo + g * (hi - lo);
+        f2 = dev(x2);
+      }
+    }
+    worst = std::max({worst, f1, f2});
+  }
+  return worst;
 }
 
 void TCadBasicAlgo::BiarcFit(const TBezierSegment2D& Bezier, double Tol, int Depth, int& Budget, TFitPieces& Arcs) {
@@ -130,7 +180,7 @@ void TCadBasicAlgo::BiarcFit(const TBezierSegment2D& Bezier, double Tol, int Dep
 
   // The whole span is measured, so that every point of the Bezier, not only those of its
   // second half, stays within Tol of the pieces that replace it.
-  if (canSplit && MaxDeviation(Bezier, arcs, count) > Tol) {
+  if (canSplit && MaxDeviation(Bezier, arcs, count, Tol) > Tol) {
     TBezierSegment2D left;
     TBezierSegment2D right;
     Bezier.SplitMiddle(left, right);
@@ -142,9 +192,12 @@ void TCadBasicAlgo::BiarcFit(const TBezierSegment2D& Bezier, double Tol, int Dep
     const double r1 = arcs[0].Radius;
     const double r2 = arcs[1].Radius;
     const double dr = std::abs(r1 - r2);
-    if (dr < 0.01 && dr < Tol / 2.0 && dr / std::max(r1, r2) < 0.0001 && arcs[0].IsClockwise == arcs[1].IsClockwise) {
+    // One arc is tried whenever the two turn the same way on radii within the tolerance, not
+    // only when they are nearly equal (1e-4 relative): a cubic written for an arc gives two
+    // radii some 3e-4 apart, and the one arc is kept only where it holds the tolerance.
+    if (dr <= Tol && arcs[0].IsClockwise == arcs[1].IsClockwise) {
       const TArc2D one = TArc2D::CreateCross(p0, arcs[0].EndPoint(), p3);
-      if (MaxDeviation(Bezier, &one, 1) <= Tol) {
+      if (MaxDeviation(Bezier, &one, 1, Tol) <= Tol) {
         Arcs.push_back({one, Bezier});
         return;
       }
@@ -221,6 +274,41 @@ std::unique_ptr<TList<TArc2D>> TCadBasicAlgo::Bezier2Arcs(const TBezierSegment2D
     }
   }
 
+  // Neighbouring arcs that each stand alone for their stretch and lie on nearly one circle
+  // (the halves of a cubic that turns too far for one biarc, typically) become one arc
+  // through their ends and joint, where that arc holds the tolerance over every stretch.
+  {
+    auto alone = [&](std::size_t k) {
+      return !pieces[k].Arc.IsLine && (k == 0 || !(pieces[k - 1].Span == pieces[k].Span)) &&
+             (k + 1 == pieces.size() || !(pieces[k + 1].Span == pieces[k].Span));
+    };
+    TFitPieces joined;
+    joined.reserve(pieces.size());
+    for (std::size_t i = 0; i < pieces.size();) {
+      TFitPiece cur = pieces[i];
+      std::size_t j = i;
+      if (alone(i)) {
+        while (j + 1 < pieces.size() && j - i < 16 && alone(j + 1)) {
+          const TArc2D& next = pieces[j + 1].Arc;
+          if (next.IsClockwise != cur.Arc.IsClockwise || std::abs(next.Radius - cur.Arc.Radius) > disTol ||
+              next.Center.DistanceTo(cur.Arc.Center) > disTol)
+            break;
+          const TArc2D one = TArc2D::CreateCross(cur.Arc.StartPoint(), next.StartPoint(), next.EndPoint());
+          if (one.IsLine || std::abs(one.SweepAngle) >= TwoPi) break;
+          bool holds = true;
+          for (std::size_t k = i; k <= j + 1 && holds; ++k) holds = MaxDeviation(pieces[k].Span, &one, 1, disTol) <= disTol;
+          if (!holds) break;
+          cur.Arc = one;
+          cur.Merged = true;
+          ++j;
+        }
+      }
+      joined.push_back(cur);
+      i = j + 1;
+    }
+    pieces.swap(joined);
+  }
+
   // Very flat big arcs become lines, where five times their sagitta is within the tolerance
   // and the line still holds the tolerance against the stretch of the Bezier it replaces.
   for (std::size_t i = 0; i < pieces.size();) {
@@ -231,12 +319,12 @@ std::unique_ptr<TList<TArc2D>> TCadBasicAlgo::Bezier2Arcs(const TBezierSegment2D
     for (int k = 0; k < n; ++k) group[k] = pieces[i + static_cast<std::size_t>(k)].Arc;
     for (int k = 0; k < n; ++k) {
       const TArc2D& arc = group[k];
-      if (arc.IsLine) continue;
+      if (arc.IsLine || pieces[i + static_cast<std::size_t>(k)].Merged) continue;
       const double sweep = std::abs(arc.SweepAngle);
       if (!(sweep < 0.003 && arc.Radius > 50.0 && disTol > (1.0 - std::cos(sweep / 2.0)) * arc.Radius * 5.0)) continue;
       TArc2D trial[2] = {group[0], group[1]};
       trial[k].DegradeLine(arc.StartPoint(), arc.EndPoint());
-      if (MaxDeviation(pieces[i].Span, trial, n) <= disTol) group[k] = trial[k];
+      if (MaxDeviation(pieces[i].Span, trial, n, disTol) <= disTol) group[k] = trial[k];
     }
     for (int k = 0; k < n; ++k) pieces[i + static_cast<std::size_t>(k)].Arc = group[k];
     i = j;

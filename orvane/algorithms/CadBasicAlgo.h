@@ -8,7 +8,8 @@
 // merging of two near-equal arcs into one and of very flat arcs into lines, which are kept
 // only where they hold the tolerance too). Every point of the Bezier lies within disTol of
 // the chain: each piece is checked over its whole span of the Bezier, densely, and split
-// when it strays. Straight pieces come in the line form of TArc2D.
+// when it strays. Neighbouring arcs that lie on nearly one circle are then joined into one
+// arc where that arc holds the tolerance too. Straight pieces come in the line form of TArc2D.
 
 #include <memory>
 #include <vector>
@@ -58,18 +59,15 @@ class ORVANE_API TCadBasicAlgo {
   struct TFitPiece {
     TArc2D Arc;
     TBezierSegment2D Span;
+    bool Merged = false;  // the arc stands for Span and for neighbouring stretches too
   };
   using TFitPieces = std::vector<TFitPiece>;
 
   static void BiarcFit(const TBezierSegment2D& Bezier, double Tol, int Depth, int& Budget, TFitPieces& Arcs);
   static TArc2D Degenerate2Line(const TBezierSegment2D& Bezier);
-  // The largest distance from the Bezier to the nearer of the arcs, over the whole span.
-  static double MaxDeviation(const TBezierSegment2D& Bezier, const TArc2D* Arcs, int Count);
+  // The largest distance from the Bezier to the nearer of the (one or two) arcs, over the
+  // whole span; once it is seen to exceed Tol, the first value beyond Tol.
+  static double MaxDeviation(const TBezierSegment2D& Bezier, const TArc2D* Arcs, int Count, double Tol);
 };
-
-namespace internal {
-// The distance from Pt to the arc (the segment, for the line form).
-ORVANE_API double DistanceToArc(const TArc2D& Arc, const TPoint2D& Pt);
-}  // namespace internal
 
 }  // namespace orvane

@@ -15,6 +15,34 @@ constexpr double PointTol = 1e-6;
 
 bool IsZeroParam(double T) { return std::abs(T) <= PointTol; }
 
+// A box that surely holds the segment, without trigonometry: a line's ends, an arc's whole
+// circle, a Bezier's control points.
+TRect2D HullBox(const TLABSegline& S) {
+  TRect2D box = TRect2D::CreateNormal(S.P1, S.P4);
+  if (S.SegType == TSegType::stArc) {
+    const double r = S.P1.DistanceTo(S.P2);
+    box.Extend(TRect2D(S.P2.X - r, S.P2.Y - r, S.P2.X + r, S.P2.Y + r));
+  } else if (S.SegType == TSegType::stBezier) {
+    box.Extend(S.P2);
+    box.Extend(S.P3);
+  }
+  return box;
+}
+
+// All of Box lies strictly on one side of the infinite line, farther than the tolerance.
+bool IsOneSide(const TLine2D& Line, const TRect2D& Box) {
+  const TPoint2D d = Line.Vector();
+  const double margin = PointTol * d.Mag();
+  int above = 0;
+  int below = 0;
+  for (const TPoint2D& c : {Box.MinPoint(), Box.MaxPoint(), Box.XMinYMax(), Box.XMaxYMin()}) {
+    const double side = d.CrossMul(c - Line.P1);
+    above += side > margin;
+    below += side < -margin;
+  }
+  return above == 4 || below == 4;
+}
+
 }  // namespace
 
 TLABPolyline::TLABPolyline(const TVPolyline2D* Polyline) {
@@ -214,8 +242,12 @@ bool TLABPolyline::CrossWithSegLine(const TLine2D& SegLine, TList<TPoint2D>& Cro
   std::vector<bool> atJoint;
   const int n = Count();
   const bool closed = IsClosed(PointTol);
+  const TRect2D lineBox = SegLine.GetBoundBox().InflatedRect(PointTol, PointTol);
   for (int i = 0; i < n; ++i) {
     const TLABSegline& s = FItems[static_cast<std::size_t>(i)];
+    // A segment whose hull lies apart from the line cannot meet it: skip the exact work.
+    const TRect2D hull = HullBox(s);
+    if (lineBox.RelationWithRect(hull, 0.0) == 0 || IsOneSide(SegLine, hull)) continue;
     const int before = pts.Count();
     s.CrossWithSegLine(SegLine, pts, lines, PointTol);
     const bool startJoint = i > 0 || closed;
