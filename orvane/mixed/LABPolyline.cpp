@@ -72,6 +72,11 @@ void TLABPolyline::AddRange(const TLABPolyline& LABPolyline) {
   for (const TLABSegline& s : segs) Add(s);
 }
 
+void TLABPolyline::AddRange(const std::vector<TLABSegline>& Segs) {
+  const std::vector<TLABSegline> segs = Segs;  // Segs may be this list's own items
+  for (const TLABSegline& s : segs) Add(s);
+}
+
 bool TLABPolyline::IsClosed(double Tol) const {
   return !IsEmpty() && FItems.front().P1.Equals(FItems.back().P4, Tol);
 }

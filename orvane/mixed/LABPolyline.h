@@ -13,6 +13,7 @@
 // - Sample gives the sampled vertex polyline, at the caller's steps.
 
 #include <memory>
+#include <vector>
 
 #include "orvane/foundation/Export.h"
 #include "orvane/foundation/Line2D.h"
@@ -47,6 +48,8 @@ class ORVANE_API TLABPolyline : public TList<TLABSegline>, public IVGeometry2D {
   // 1e-6 it is stored as it is.
   int Add(const TLABSegline& Seg);
   void AddRange(const TLABPolyline& LABPolyline);
+  // Add for each segment in order (the list's own AddRange would skip the gap closing).
+  void AddRange(const std::vector<TLABSegline>& Segs);
 
   // False for an empty list; else the first P1 equals the last P4 within Tol.
   bool IsClosed(double Tol) const;

@@ -51,6 +51,11 @@ TEST(LABPolyline, AddClosesGapsAndCloneClosesThemToo) {
   ASSERT_EQ(copy->Count(), 3);
   EXPECT_EQ((*copy)[1].P1, TPoint2D(1, 0));
 
+  // A plain array of records goes through Add as well.
+  TLABPolyline fromArray;
+  fromArray.AddRange(std::vector<TLABSegline>{Line({0, 0}, {1, 0}), Line({3, 3}, {4, 0})});
+  EXPECT_EQ(fromArray[1].P1, TPoint2D(1, 0));
+
   TLABPolyline empty;
   EXPECT_FALSE(empty.IsClosed(1.0));
   empty.ConnectHeadTail(1e-6);
