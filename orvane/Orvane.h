@@ -1,11 +1,12 @@
 #pragma once
 // Umbrella header: the version, and every public header of the value layer (foundation/),
 // vertex geometry (vertex/), integer paths and the clipping adapter (paths/), the algorithm
-// classes (algorithms/) and the curve objects (curves/). The spatial index and the monotone
-// outlines have chief headers of their own: orvane/spatial/RTree.h and
-// orvane/monotone/Monotone.h.
+// classes (algorithms/), the mixed line-arc-Bezier outlines (mixed/) and the curve objects
+// (curves/). The spatial index and the monotone outlines have chief headers of their own:
+// orvane/spatial/RTree.h and orvane/monotone/Monotone.h.
 
 #include "orvane/Version.h"
+#include "orvane/algorithms/CadBasicAlgo.h"
 #include "orvane/algorithms/GeometryUtils.h"
 #include "orvane/algorithms/MelkmanAlgo.h"
 #include "orvane/curves/ClassDict.h"
@@ -41,6 +42,9 @@
 #include "orvane/foundation/ShapeRelationUtils.h"
 #include "orvane/foundation/Triangle2D.h"
 #include "orvane/foundation/VorLocale.h"
+#include "orvane/mixed/LABPolyline.h"
+#include "orvane/mixed/LABPolylineList.h"
+#include "orvane/mixed/LABSegline.h"
 #include "orvane/paths/Path64.h"
 #include "orvane/paths/PathUtils.h"
 #include "orvane/paths/PathsList.h"
