@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "orvane/curves/ClassDict.h"
 #include "orvane/foundation/Export.h"
@@ -99,7 +100,11 @@ class ORVANE_API TGeObject : public TPersistent {
   using TIsA = bool (*)(const TGeObject&);
   template <class T>
   static bool IsA(const TGeObject& Obj) {
-    return dynamic_cast<const T*>(&Obj) != nullptr;
+    if constexpr (std::is_base_of_v<T, TGeObject>) {
+      return true;
+    } else {
+      return dynamic_cast<const T*>(&Obj) != nullptr;
+    }
   }
   template <class T>
   static std::unique_ptr<T> Downcast(std::unique_ptr<TGeObject> Obj) {
