@@ -1,6 +1,7 @@
 #include "orvane/persistence/internal/JsonPoints.h"
 
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <fstream>
 #include <iterator>
@@ -17,9 +18,16 @@ namespace orvane::internal {
 namespace {
 
 void AppendCoord(std::string& Out, double Value, TJsonCoordForm Form) {
-  if (Form == TJsonCoordForm::String) Out += '"';
-  AppendDouble(Out, Value);
-  if (Form == TJsonCoordForm::String) Out += '"';
+  if (Form == TJsonCoordForm::String) {
+    Out += '"';
+    AppendDouble(Out, Value);
+    Out += '"';
+  } else if (Value == 0.0 && std::signbit(Value)) {
+    // JSON parsers take "-0" for the integer 0: the fraction keeps the sign.
+    Out += "-0.0";
+  } else {
+    AppendDouble(Out, Value);
+  }
 }
 
 // Builds the points of nested arrays from the parser's events. Levels is the depth of the
@@ -66,7 +74,10 @@ class TPointsSax {
 
   bool end_array() {
     if (FDepth == FLevels) {
-      if (FIndex[static_cast<std::size_t>(FDepth)] < 2) Fail("a point needs two coordinates");
+      if (FIndex[static_cast<std::size_t>(FDepth)] < 2) {
+        --FDepth;
+        Fail("a point needs two coordinates");
+      }
       Points.emplace_back(FX, FY);
     } else if (FDepth == 2 && FLevels == 3) {
       Lines.push_back(std::move(Points));
