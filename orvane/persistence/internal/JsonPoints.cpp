@@ -1,5 +1,6 @@
 #include "orvane/persistence/internal/JsonPoints.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -49,7 +50,15 @@ class TPointsSax {
   bool number_integer(json::number_integer_t Value) { return Coord(static_cast<double>(Value)); }
   bool number_unsigned(json::number_unsigned_t Value) { return Coord(static_cast<double>(Value)); }
   bool number_float(json::number_float_t /*Value*/, const json::string_t& Text) {
-    return CoordText(Text, "the number");
+    // The parser hands over its token with the C locale's decimal point in place of '.'
+    // (for strtod); the grammar of a JSON number leaves no other character it could be.
+    const auto foreign = [](char c) { return !((c >= '0' && c <= '9') || c == '-' || c == '+' || c == 'e' || c == 'E'); };
+    if (std::none_of(Text.begin(), Text.end(), [&](char c) { return c != '.' && foreign(c); })) {
+      return CoordText(Text, "the number");
+    }
+    std::string text = Text;
+    std::replace_if(text.begin(), text.end(), foreign, '.');
+    return CoordText(text, "the number");
   }
   bool string(json::string_t& Text) { return CoordText(Text, "the string"); }
   bool binary(json::binary_t& /*Value*/) { return Scalar("binary data"); }
