@@ -5,10 +5,10 @@
 
 #include "orvane/curves/GeStrings.h"
 #include "orvane/curves/internal/CurveChecks.h"
+#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Format.h"
 #include "orvane/foundation/MathUtils.h"
-#include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Triangle2D.h"
 #include "orvane/persistence/FbsStream.h"
 #include "orvane/persistence/internal/XmlNodeHelper.h"

@@ -50,8 +50,7 @@ const char* TagName(char Tag) {
 
 // Record handles ------------------------------------------------------------------------------
 
-TFbsRecord::TFbsRecord(IFbsRecordOwner* AOwner, std::string AName) noexcept
-    : FOwner(AOwner), FName(std::move(AName)) {}
+TFbsRecord::TFbsRecord(IFbsRecordOwner* AOwner, std::string AName) noexcept : FOwner(AOwner), FName(std::move(AName)) {}
 
 TFbsRecord::TFbsRecord(TFbsRecord&& Other) noexcept
     : FOwner(std::exchange(Other.FOwner, nullptr)), FName(std::move(Other.FName)) {}
@@ -83,7 +82,9 @@ void IFbsReader::EnterObject() {
 // Writer ---------------------------------------------------------------------------------------
 
 TFbsStreamWriter::TFbsStreamWriter(std::ostream& AStream, std::string AStreamName)
-    : FStream(AStream), FStreamName(std::move(AStreamName)), FBuf(CSignature, CSignatureSize),
+    : FStream(AStream),
+      FStreamName(std::move(AStreamName)),
+      FBuf(CSignature, CSignatureSize),
       FOpenRecord(std::string::npos) {
   FBuf.reserve(CBlock + 1024);
 }
@@ -169,7 +170,8 @@ void TFbsStreamWriter::WritePoint(const TPoint2D& Value) {
 }
 
 void TFbsStreamWriter::Flush() {
-  if (FOpenRecord != std::string::npos) throw EInOutError("[Error] TFbsStreamWriter.Flush: a record is open (%s)", Position());
+  if (FOpenRecord != std::string::npos)
+    throw EInOutError("[Error] TFbsStreamWriter.Flush: a record is open (%s)", Position());
   Spill(FBuf.size());
   FStream.flush();
   if (!FStream) {

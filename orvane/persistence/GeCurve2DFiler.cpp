@@ -1,10 +1,9 @@
 #include "orvane/persistence/GeCurve2DFiler.h"
 
 #include <fstream>
+#include <pugixml.hpp>
 #include <sstream>
 #include <vector>
-
-#include <pugixml.hpp>
 
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Format.h"

@@ -19,7 +19,8 @@ void TVPolyline2DList::ReadFrom(const std::string& FileName) {
   static constexpr const char* Where = "TVPolyline2DList.ReadFrom";
   if (!GetOwnsObjects()) throw EListError("[Error] %s: the list does not own its items", Where);
   // Read in full before the list changes, so that a bad file leaves the list as it was.
-  std::vector<TDynPoints2D> lines = internal::PolylinesFromJson(internal::ReadWholeFile(FileName, Where), Where, FileName);
+  std::vector<TDynPoints2D> lines =
+      internal::PolylinesFromJson(internal::ReadWholeFile(FileName, Where), Where, FileName);
   Clear();
   for (TDynPoints2D& line : lines) Add(std::make_unique<TVPolyline2D>(std::move(line)));
 }

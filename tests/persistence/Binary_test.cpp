@@ -76,15 +76,22 @@ TEST(FbsStream, LineAndArcRoundTripBitForBitWithTheLayoutWorkedOut) {
 TEST(FbsStream, CallSequenceSeenByARecordingWriter) {
   TRecordingWriter w;
   TGeObject::SaveGeObjToDb(TGeLine2D({1, 2}, {4, 6}), w);
-  const std::vector<std::string> line = {"Begin Line2D 1", "Release", "Begin Line2D 1", "Release", "Begin Line2D 1",
-                                         "Point 1 2",      "Point 3 4", "Release"};
+  const std::vector<std::string> line = {"Begin Line2D 1", "Release",   "Begin Line2D 1", "Release",
+                                         "Begin Line2D 1", "Point 1 2", "Point 3 4",      "Release"};
   EXPECT_EQ(w.Calls, line);
   w.Calls.clear();
   TGeObject::SaveGeObjToDb(TGeCircularArc2D({1, 2}, 3, 0.5, -1), w);
-  const std::vector<std::string> arc = {
-      "Begin CircularArc2D 1", "Release",    "Begin CircularArc2D 1", "Release",       "Begin CircularArc2D 1",
-      "Point 1 2",             "Double 3",   "Double 0.5",            "Double -1",     "Boolean false",
-      "Release"};
+  const std::vector<std::string> arc = {"Begin CircularArc2D 1",
+                                        "Release",
+                                        "Begin CircularArc2D 1",
+                                        "Release",
+                                        "Begin CircularArc2D 1",
+                                        "Point 1 2",
+                                        "Double 3",
+                                        "Double 0.5",
+                                        "Double -1",
+                                        "Boolean false",
+                                        "Release"};
   EXPECT_EQ(w.Calls, arc);
 }
 
@@ -188,15 +195,23 @@ TEST(FbsStream, ObjectsThatTheClassesCannotHoldAreRefused) {
   };
   const double inf = std::numeric_limits<double>::infinity();
   const std::string cases[] = {
-      objectWith("Line2D", [&](IFbsWriter& w) { w.WritePoint({inf, 0}), w.WritePoint({0, 0}); }),
-      objectWith("Line2D", [&](IFbsWriter& w) { w.WritePoint({1e308, 0}), w.WritePoint({1e308, 0}); }),
-      objectWith("CircularArc2D", [&](IFbsWriter& w) {
-        w.WritePoint({0, 0}), w.WriteDouble(-1), w.WriteDouble(0), w.WriteDouble(1), w.WriteBoolean(false);
-      }),
+      objectWith("Line2D",
+                 [&](IFbsWriter& w) {
+                   w.WritePoint({inf, 0}), w.WritePoint({0, 0});
+                 }),
+      objectWith("Line2D",
+                 [&](IFbsWriter& w) {
+                   w.WritePoint({1e308, 0}), w.WritePoint({1e308, 0});
+                 }),
+      objectWith("CircularArc2D",
+                 [&](IFbsWriter& w) {
+                   w.WritePoint({0, 0}), w.WriteDouble(-1), w.WriteDouble(0), w.WriteDouble(1), w.WriteBoolean(false);
+                 }),
       // The line form of an arc is a line: an arc object cannot be one.
-      objectWith("CircularArc2D", [&](IFbsWriter& w) {
-        w.WritePoint({0, 0}), w.WriteDouble(1), w.WriteDouble(1), w.WriteDouble(1), w.WriteBoolean(true);
-      }),
+      objectWith("CircularArc2D",
+                 [&](IFbsWriter& w) {
+                   w.WritePoint({0, 0}), w.WriteDouble(1), w.WriteDouble(1), w.WriteDouble(1), w.WriteBoolean(true);
+                 }),
   };
   for (const std::string& bytes : cases) {
     std::istringstream in(bytes);

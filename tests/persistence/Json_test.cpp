@@ -4,9 +4,8 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
-#include <sstream>
-
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Point2DUtils.h"
@@ -52,8 +51,7 @@ TEST(JsonExchange, PointListsRoundTripBitForBitInBothForms) {
   TVPoint2DList pts{{third, -0.0}, {1e-300, 5e-324}, {-big, 0.1}, {1, 2}};
   const std::string file = Dir + "points.json";
   pts.SaveTo(file);
-  EXPECT_EQ(FileText(file),
-            "[[0.3333333333333333,-0.0],[1e-300,5e-324],[-1.7976931348623157e+308,0.1],[1,2]]");
+  EXPECT_EQ(FileText(file), "[[0.3333333333333333,-0.0],[1e-300,5e-324],[-1.7976931348623157e+308,0.1],[1,2]]");
   TVPoint2DList back;
   back.ReadFrom(file);
   ASSERT_EQ(back.Count(), 4);

@@ -1,9 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <sstream>
-
 #include <pugixml.hpp>
+#include <sstream>
 
 #include "orvane/curves/GeCircularArc2D.h"
 #include "orvane/curves/GeLine2D.h"
@@ -165,7 +164,8 @@ TEST(XmlCurveFile, NestingIsCapped) {
   for (int i = 0; i < 70; ++i) text += "</CompositeCurve2D>";
   pugi::xml_document doc;
   ASSERT_TRUE(doc.load_string(text.c_str()));
-  pugi::xml_node deepest = doc.find_node([](const pugi::xml_node& n) { return std::string_view(n.name()) == "Line2D"; });
+  pugi::xml_node deepest =
+      doc.find_node([](const pugi::xml_node& n) { return std::string_view(n.name()) == "Line2D"; });
   EXPECT_THROW(TGeObject::ReadFromXmlNode(deepest), EInOutError);
   pugi::xml_node shallow = deepest;
   for (int i = 0; i < 10; ++i) shallow = shallow.parent();

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <fstream>
 #include <iterator>
-
 #include <nlohmann/json.hpp>
 
 #include "orvane/foundation/Checks.h"
@@ -52,7 +51,9 @@ class TPointsSax {
   bool number_float(json::number_float_t /*Value*/, const json::string_t& Text) {
     // The parser hands over its token with the C locale's decimal point in place of '.'
     // (for strtod); the grammar of a JSON number leaves no other character it could be.
-    const auto foreign = [](char c) { return !((c >= '0' && c <= '9') || c == '-' || c == '+' || c == 'e' || c == 'E'); };
+    const auto foreign = [](char c) {
+      return !((c >= '0' && c <= '9') || c == '-' || c == '+' || c == 'e' || c == 'E');
+    };
     if (std::none_of(Text.begin(), Text.end(), [&](char c) { return c != '.' && foreign(c); })) {
       return CoordText(Text, "the number");
     }
@@ -157,9 +158,7 @@ class TPointsSax {
   double FY = 0.0;
 };
 
-void Parse(TPointsSax& Sax, std::string_view Text) {
-  nlohmann::json::sax_parse(Text.begin(), Text.end(), &Sax);
-}
+void Parse(TPointsSax& Sax, std::string_view Text) { nlohmann::json::sax_parse(Text.begin(), Text.end(), &Sax); }
 
 }  // namespace
 

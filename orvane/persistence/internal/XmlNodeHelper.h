@@ -5,10 +5,9 @@
 // names the element's path and its byte offset.
 
 #include <cstdint>
+#include <pugixml.hpp>
 #include <string>
 #include <string_view>
-
-#include <pugixml.hpp>
 
 #include "orvane/foundation/Point2D.h"
 
