@@ -37,19 +37,22 @@ bool SameText(std::string_view A, std::string_view B) {
 
 namespace {
 
-double ParseDouble(const pugi::xml_node& Node, const char* Where, const char* What, const char* Text) {
+// What names the value in a message: the attribute Attr, or the element's text when nil.
+std::string ValueName(const char* Attr) { return Attr != nullptr ? Format("the attribute %s", Attr) : "the value"; }
+
+double ParseDouble(const pugi::xml_node& Node, const char* Where, const char* Attr, const char* Text) {
   double v = 0.0;
   if (!TextToDouble(TrimBlanks(Text), v)) {
-    TXmlNodeHelper::Fail(Node, Where, Format("%s \"%s\" is no finite number", What, Text));
+    TXmlNodeHelper::Fail(Node, Where, Format("%s \"%s\" is no finite number", ValueName(Attr), Text));
   }
   return v;
 }
 
-bool ParseBool(const pugi::xml_node& Node, const char* Where, const char* What, const char* Text) {
+bool ParseBool(const pugi::xml_node& Node, const char* Where, const char* Attr, const char* Text) {
   const std::string_view t = TrimBlanks(Text);
   if (t == "true" || t == "1") return true;
   if (t == "false" || t == "0") return false;
-  TXmlNodeHelper::Fail(Node, Where, Format("%s \"%s\" is no boolean", What, Text));
+  TXmlNodeHelper::Fail(Node, Where, Format("%s \"%s\" is no boolean", ValueName(Attr), Text));
 }
 
 // The text of the value child Name, or nil when there is none.
@@ -83,13 +86,13 @@ void TXmlNodeHelper::WriteValue(pugi::xml_node& ANode, const char* Name, bool Va
 double TXmlNodeHelper::ReadDoubleValue(const pugi::xml_node& ANode, const char* Name, const char* Where) {
   pugi::xml_node child;
   const char* text = ValueText(ANode, Name, child);
-  return text == nullptr ? 0.0 : ParseDouble(child, Where, "the value", text);
+  return text == nullptr ? 0.0 : ParseDouble(child, Where, nullptr, text);
 }
 
 bool TXmlNodeHelper::ReadBoolValue(const pugi::xml_node& ANode, const char* Name, const char* Where) {
   pugi::xml_node child;
   const char* text = ValueText(ANode, Name, child);
-  return text == nullptr ? false : ParseBool(child, Where, "the value", text);
+  return text == nullptr ? false : ParseBool(child, Where, nullptr, text);
 }
 
 void TXmlNodeHelper::WriteAttr(pugi::xml_node& ANode, const char* Name, double Value) {
@@ -108,7 +111,7 @@ void TXmlNodeHelper::WriteAttr(pugi::xml_node& ANode, const char* Name, bool Val
 
 double TXmlNodeHelper::ReadDoubleAttr(const pugi::xml_node& ANode, const char* Name, const char* Where) {
   const pugi::xml_attribute attr = ANode.attribute(Name);
-  return attr ? ParseDouble(ANode, Where, Format("the attribute %s", Name).c_str(), attr.value()) : 0.0;
+  return attr ? ParseDouble(ANode, Where, Name, attr.value()) : 0.0;
 }
 
 std::int32_t TXmlNodeHelper::ReadIntAttr(const pugi::xml_node& ANode, const char* Name, const char* Where) {
@@ -123,7 +126,7 @@ std::int32_t TXmlNodeHelper::ReadIntAttr(const pugi::xml_node& ANode, const char
 
 bool TXmlNodeHelper::ReadBoolAttr(const pugi::xml_node& ANode, const char* Name, const char* Where) {
   const pugi::xml_attribute attr = ANode.attribute(Name);
-  return attr ? ParseBool(ANode, Where, Format("the attribute %s", Name).c_str(), attr.value()) : false;
+  return attr ? ParseBool(ANode, Where, Name, attr.value()) : false;
 }
 
 std::int64_t TXmlNodeHelper::CountChildren(const pugi::xml_node& ANode, std::string_view Prefix, std::int64_t Limit) {
