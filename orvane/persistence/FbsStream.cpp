@@ -145,28 +145,33 @@ void TFbsStreamWriter::ReleaseRecord() noexcept {
   FOpenRecord = std::string::npos;
 }
 
-char* TFbsStreamWriter::Field(char Tag, std::size_t Size, const char* Op) {
+void TFbsStreamWriter::Field(const char* Bytes, std::size_t Size, const char* Op) {
   if (FOpenRecord == std::string::npos) throw EInOutError("[Error] %s: no record is open (%s)", Op, Position());
-  const std::size_t at = FBuf.size();
-  FBuf.resize(at + 1 + Size);
-  FBuf[at] = Tag;
-  return FBuf.data() + at + 1;
+  FBuf.append(Bytes, Size);
 }
 
-void TFbsStreamWriter::WriteBoolean(bool Value) { *Field('B', 1, "TFbsStreamWriter.WriteBoolean") = Value ? 1 : 0; }
+void TFbsStreamWriter::WriteBoolean(bool Value) {
+  const char field[2] = {'B', Value ? char(1) : char(0)};
+  Field(field, sizeof field, "TFbsStreamWriter.WriteBoolean");
+}
 
 void TFbsStreamWriter::WriteDouble(double Value) {
-  StoreU64(Field('D', 8, "TFbsStreamWriter.WriteDouble"), std::bit_cast<std::uint64_t>(Value));
+  char field[9] = {'D'};
+  StoreU64(field + 1, std::bit_cast<std::uint64_t>(Value));
+  Field(field, sizeof field, "TFbsStreamWriter.WriteDouble");
 }
 
 void TFbsStreamWriter::WriteInteger(std::int32_t Value) {
-  StoreU32(Field('I', 4, "TFbsStreamWriter.WriteInteger"), static_cast<std::uint32_t>(Value));
+  char field[5] = {'I'};
+  StoreU32(field + 1, static_cast<std::uint32_t>(Value));
+  Field(field, sizeof field, "TFbsStreamWriter.WriteInteger");
 }
 
 void TFbsStreamWriter::WritePoint(const TPoint2D& Value) {
-  char* p = Field('P', 16, "TFbsStreamWriter.WritePoint");
-  StoreU64(p, std::bit_cast<std::uint64_t>(Value.X));
-  StoreU64(p + 8, std::bit_cast<std::uint64_t>(Value.Y));
+  char field[17] = {'P'};
+  StoreU64(field + 1, std::bit_cast<std::uint64_t>(Value.X));
+  StoreU64(field + 9, std::bit_cast<std::uint64_t>(Value.Y));
+  Field(field, sizeof field, "TFbsStreamWriter.WritePoint");
 }
 
 void TFbsStreamWriter::Flush() {

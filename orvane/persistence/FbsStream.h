@@ -120,7 +120,7 @@ class ORVANE_API TFbsStreamWriter final : public IFbsWriter {
   void Flush();
 
  private:
-  char* Field(char Tag, std::size_t Size, const char* Op);
+  void Field(const char* Bytes, std::size_t Size, const char* Op);
   void Spill(std::size_t Count);
   std::string Position() const;
 

@@ -33,7 +33,8 @@ void PutFile(const std::string& Name, const std::string& Text) { std::ofstream(N
 // Reads Text through ReadFrom and expects an EInOutError whose message holds Part.
 template <class L>
 void ExpectReadError(L& List, const std::string& Text, const std::string& Part) {
-  const std::string file = Dir + "bad.json";
+  // One file per test: ctest runs the tests of this program side by side.
+  const std::string file = Dir + ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".bad.json";
   PutFile(file, Text);
   try {
     List.ReadFrom(file);
