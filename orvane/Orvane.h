@@ -1,9 +1,9 @@
 #pragma once
 // Umbrella header: the version, and every public header of the value layer (foundation/),
 // vertex geometry (vertex/), integer paths and the clipping adapter (paths/), the algorithm
-// classes (algorithms/), the mixed line-arc-Bezier outlines (mixed/) and the curve objects
-// (curves/). The spatial index and the monotone outlines have chief headers of their own:
-// orvane/spatial/RTree.h and orvane/monotone/Monotone.h.
+// classes (algorithms/), the mixed line-arc-Bezier outlines (mixed/), the curve objects
+// (curves/) and their files (persistence/). The spatial index and the monotone outlines
+// have chief headers of their own: orvane/spatial/RTree.h and orvane/monotone/Monotone.h.
 
 #include "orvane/Version.h"
 #include "orvane/algorithms/CadBasicAlgo.h"
@@ -53,6 +53,8 @@
 #include "orvane/paths/clipping/Clipper2.h"
 #include "orvane/paths/clipping/ClipperCore.h"
 #include "orvane/paths/clipping/ClipperTypes.h"
+#include "orvane/persistence/FbsStream.h"
+#include "orvane/persistence/GeCurve2DFiler.h"
 #include "orvane/vertex/Geometry2D.h"
 #include "orvane/vertex/MultiTree.h"
 #include "orvane/vertex/VGeometry2DList.h"

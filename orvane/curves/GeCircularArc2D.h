@@ -55,6 +55,13 @@ class ORVANE_API TGeCircularArc2D : public TGeCurve2D {
   std::unique_ptr<TGeObject> CreateEmpty() const override;
   void AssignTo(TPersistent& Dest) const override;
 
+  // The filed forms: centre, radius, start angle, signed sweep and the line flag, which a
+  // stored arc must have clear (a straight piece files as a line).
+  void LoadFromXmlNode(const pugi::xml_node& ANode) override;
+  void SaveToXmlNode(pugi::xml_node& ANode) const override;
+  void LoadGeoData(IFbsReader& AReader) override;
+  void SaveGeoData(IFbsWriter& AWriter) const override;
+
   const TArc2D& GetArc() const { return FArc; }
   TPoint2D GetCenter() const { return FArc.Center; }
   double GetRadius() const { return FArc.Radius; }

@@ -9,6 +9,8 @@
 #include "orvane/foundation/Checks.h"
 #include "orvane/foundation/Format.h"
 #include "orvane/foundation/MathUtils.h"
+#include "orvane/persistence/FbsStream.h"
+#include "orvane/persistence/internal/XmlNodeHelper.h"
 
 namespace orvane {
 
@@ -293,6 +295,55 @@ int TGeLine2D::IntersectArc(const TGeCircularArc2D& AArc, TList<TIntersect2D>& I
   if (n >= 1) Inters.Add(TIntersect2D(TPointOnCurve2D(this, i1.ParamThat), TPointOnCurve2D(&AArc, i1.ParamThis)));
   if (n >= 2) Inters.Add(TIntersect2D(TPointOnCurve2D(this, i2.ParamThat), TPointOnCurve2D(&AArc, i2.ParamThis)));
   return n;
+}
+
+// Filing -------------------------------------------------------------------------------------
+
+namespace {
+
+// A stored line must be finite to the end point: the constructors could not have made it.
+bool FiniteLine(const TPoint2D& Start, const TPoint2D& Vec) {
+  return internal::IsFinite(Start) && internal::IsFinite(Vec) && internal::IsFinite(Start + Vec);
+}
+
+}  // namespace
+
+void TGeLine2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
+  using internal::TXmlNodeHelper;
+  static constexpr const char* Where = "TGeLine2D.LoadFromXmlNode";
+  TGeCurve2D::LoadFromXmlNode(ANode);
+  const TPoint2D start = TXmlNodeHelper::ReadPoint2D(ANode, "LineStart", Where);
+  const TPoint2D vec = TXmlNodeHelper::ReadPoint2D(ANode, "LineVector", Where);
+  if (!FiniteLine(start, vec)) TXmlNodeHelper::Fail(ANode, Where, "the line's end point is not finite");
+  FLineStart = start;
+  FLineVec = vec;
+}
+
+void TGeLine2D::SaveToXmlNode(pugi::xml_node& ANode) const {
+  using internal::TXmlNodeHelper;
+  TGeCurve2D::SaveToXmlNode(ANode);
+  TXmlNodeHelper::WritePoint(ANode, "LineStart", FLineStart);
+  TXmlNodeHelper::WritePoint(ANode, "LineVector", FLineVec);
+}
+
+void TGeLine2D::LoadGeoData(IFbsReader& AReader) {
+  TGeObject::LoadGeoData(AReader);
+  const TFbsRecord record = AReader.NextRecord();
+  const TPoint2D start = AReader.ReadPoint();
+  const TPoint2D vec = AReader.ReadPoint();
+  if (!FiniteLine(start, vec)) {
+    throw EInOutError("[Error] TGeLine2D.LoadGeoData: the line from %s along %s is not finite (%s)", start.ToString(),
+                      vec.ToString(), AReader.GetPosition());
+  }
+  FLineStart = start;
+  FLineVec = vec;
+}
+
+void TGeLine2D::SaveGeoData(IFbsWriter& AWriter) const {
+  TGeObject::SaveGeoData(AWriter);
+  const TFbsRecord record = AWriter.BeginRecord(GetFilerName(), 1);
+  AWriter.WritePoint(FLineStart);
+  AWriter.WritePoint(FLineVec);
 }
 
 }  // namespace orvane

@@ -36,6 +36,12 @@ class ORVANE_API TGeLine2D : public TGeCurve2D {
   std::unique_ptr<TGeObject> CreateEmpty() const override;
   void AssignTo(TPersistent& Dest) const override;
 
+  // The filed forms: start point and vector.
+  void LoadFromXmlNode(const pugi::xml_node& ANode) override;
+  void SaveToXmlNode(pugi::xml_node& ANode) const override;
+  void LoadGeoData(IFbsReader& AReader) override;
+  void SaveGeoData(IFbsWriter& AWriter) const override;
+
   TLine2D GetLine() const { return {FLineStart, GetLineEnd()}; }
   TPoint2D GetLineStart() const { return FLineStart; }
   TPoint2D GetLineEnd() const { return FLineStart + FLineVec; }

@@ -1,6 +1,12 @@
 #include "orvane/curves/GeObject.h"
 
+#include <pugixml.hpp>
+
 #include "orvane/curves/internal/ClassRegistry.h"
+#include "orvane/foundation/Exception.h"
+#include "orvane/foundation/Format.h"
+#include "orvane/persistence/FbsStream.h"
+#include "orvane/persistence/internal/XmlNodeHelper.h"
 
 namespace orvane {
 
@@ -16,11 +22,46 @@ void TGeObject::LoadFromXmlNode(const pugi::xml_node& /*ANode*/) {}
 
 void TGeObject::SaveToXmlNode(pugi::xml_node& /*ANode*/) const {}
 
-// The binary record header is read and written here once the binary format exists; until
-// then an object without data of its own files nothing.
-void TGeObject::LoadGeoData(IFbsReader& /*AReader*/) {}
+void TGeObject::LoadGeoData(IFbsReader& AReader) { AReader.NextRecord().Release(); }
 
-void TGeObject::SaveGeoData(IFbsWriter& /*AWriter*/) const {}
+void TGeObject::SaveGeoData(IFbsWriter& AWriter) const { AWriter.BeginRecord(GetFilerName(), 1).Release(); }
+
+void TGeObject::WriteToXmlNode(pugi::xml_node& ANode) const {
+  pugi::xml_node child = ANode.append_child(GetFilerName().c_str());
+  SaveToXmlNode(child);
+}
+
+std::unique_ptr<TGeObject> TGeObject::ReadFromXmlNodeOf(const pugi::xml_node& ANode, TIsA AIsA) {
+  using internal::TXmlNodeHelper;
+  if (TXmlNodeHelper::Depth(ANode, IFbsReader::MaxNesting) > IFbsReader::MaxNesting) {
+    TXmlNodeHelper::Fail(ANode, "TGeObject.ReadFromXmlNode",
+                         Format("curves nest deeper than %d elements", IFbsReader::MaxNesting));
+  }
+  std::string_view key = ANode.attribute("Class").value();
+  if (key.empty()) key = ANode.name();
+  std::unique_ptr<TGeObject> obj = CreateByFilerName(key);
+  if (obj == nullptr || !AIsA(*obj)) return nullptr;
+  obj->LoadFromXmlNode(ANode);
+  return obj;
+}
+
+void TGeObject::SaveGeObjToDb(const TGeObject& AObj, IFbsWriter& AWriter) {
+  AWriter.BeginRecord(AObj.GetFilerName(), 1).Release();
+  AObj.SaveGeoData(AWriter);
+}
+
+std::unique_ptr<TGeObject> TGeObject::ReadFromGeoDataOf(IFbsReader& AReader, TIsA AIsA) {
+  AReader.EnterObject();
+  struct TLeave {
+    IFbsReader& Reader;
+    ~TLeave() { Reader.LeaveObject(); }
+  } leave{AReader};
+  const std::string name = AReader.NextRecord().GetName();
+  std::unique_ptr<TGeObject> obj = CreateByFilerName(name);
+  if (obj == nullptr || !AIsA(*obj)) return nullptr;
+  obj->LoadGeoData(AReader);
+  return obj;
+}
 
 std::string TGeObject::GetFilerName() const { return FilerNameOf(ClassName()); }
 

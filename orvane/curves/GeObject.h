@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "orvane/curves/ClassDict.h"
 #include "orvane/foundation/Export.h"
@@ -36,11 +37,31 @@ class ORVANE_API TGeObject : public TPersistent {
   virtual std::unique_ptr<TGeObject> CreateEmpty() const;
 
   // Persistence hooks, filled by the classes that can be filed: the XML form and the binary
-  // record form. The root's forms file nothing.
+  // record form. Each class calls the inherited hook first. In XML the root files nothing;
+  // in the binary form it writes (and reads) one empty record named by the filer name.
   virtual void LoadFromXmlNode(const pugi::xml_node& ANode);
   virtual void SaveToXmlNode(pugi::xml_node& ANode) const;
   virtual void LoadGeoData(IFbsReader& AReader);
   virtual void SaveGeoData(IFbsWriter& AWriter) const;
+
+  // Appends a child named by GetFilerName to ANode and saves this object into it.
+  void WriteToXmlNode(pugi::xml_node& ANode) const;
+  // The object of the element ANode, keyed by its attribute "Class" or else its name (exact,
+  // no prefix removed): nil when the class is unknown or no T. Malformed values raise
+  // EInOutError with the element's path, and so does nesting deeper than
+  // IFbsReader::MaxNesting elements.
+  template <class T = TGeObject>
+  static std::unique_ptr<T> ReadFromXmlNode(const pugi::xml_node& ANode) {
+    return Downcast<T>(ReadFromXmlNodeOf(ANode, &IsA<T>));
+  }
+  // One whole object to the binary form: a record named by its filer name, then SaveGeoData.
+  static void SaveGeObjToDb(const TGeObject& AObj, IFbsWriter& AWriter);
+  // The next object of the binary form: nil when the class of its first record is unknown or
+  // no T (and then its further records stay unread). Read errors are EInOutError.
+  template <class T = TGeObject>
+  static std::unique_ptr<T> ReadFromGeoData(IFbsReader& AReader) {
+    return Downcast<T>(ReadFromGeoDataOf(AReader, &IsA<T>));
+  }
 
   // The class name without its first "TGe": the key of the class dictionary ("Line2D").
   std::string GetFilerName() const;
@@ -74,6 +95,24 @@ class ORVANE_API TGeObject : public TPersistent {
     if (dynamic_cast<T*>(obj.get()) == nullptr) return nullptr;
     return std::unique_ptr<T>(static_cast<T*>(obj.release()));
   }
+
+ private:
+  using TIsA = bool (*)(const TGeObject&);
+  template <class T>
+  static bool IsA(const TGeObject& Obj) {
+    if constexpr (std::is_base_of_v<T, TGeObject>) {
+      return true;
+    } else {
+      return dynamic_cast<const T*>(&Obj) != nullptr;
+    }
+  }
+  template <class T>
+  static std::unique_ptr<T> Downcast(std::unique_ptr<TGeObject> Obj) {
+    return std::unique_ptr<T>(static_cast<T*>(Obj.release()));
+  }
+  // The readers behind the templates: the class found must pass AIsA before it is loaded.
+  static std::unique_ptr<TGeObject> ReadFromXmlNodeOf(const pugi::xml_node& ANode, TIsA AIsA);
+  static std::unique_ptr<TGeObject> ReadFromGeoDataOf(IFbsReader& AReader, TIsA AIsA);
 };
 
 class ORVANE_API TGeEntity2D : public TGeObject {

@@ -1,6 +1,9 @@
 #pragma once
 // TPoint2DUtils: exact orderings and small constructions on points.
 
+#include <iosfwd>
+#include <string_view>
+
 #include "orvane/foundation/Export.h"
 #include "orvane/foundation/Point2D.h"
 
@@ -32,6 +35,10 @@ class ORVANE_API TPoint2DUtils {
   static constexpr double IsLeft(const TPoint2D& P1, const TPoint2D& P2, const TPoint2D& P3) {
     return (P2.X - P1.X) * (P3.Y - P1.Y) - (P3.X - P1.X) * (P2.Y - P1.Y);
   }
+  // The text dump of one point: Color, a blank, and "(%.16f, %.16f)" (HighPrecision) or
+  // "(%f, %f)"; no line end. The colour "#000000" is written as nothing. EInOutError when
+  // the stream fails.
+  static void WriteToFile(const TPoint2D& Pt, std::ostream& F, std::string_view Color, bool HighPrecision);
 };
 
 }  // namespace orvane

@@ -71,6 +71,10 @@ class ORVANE_API TVHPolygon : public TVPolyline2DList {
   // than 1e-6).
   bool IsCrossWith(const TVPolyline2D& Polyline) const;
 
+  // Reads the loops as the list does, then takes the outline's orientation as the polygon's
+  // and turns every hole to the opposite one, whatever the file says.
+  void ReadFrom(const std::string& FileName) override;
+
  protected:
   void Notify(TVPolyline2D* const& Item, TCollectionNotification Action) override;
 

@@ -3,6 +3,7 @@
 // vertex polyline and the monotone chain.
 
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "orvane/foundation/Export.h"
@@ -57,6 +58,17 @@ class ORVANE_API TVPoint2DList : public TList<TPoint2D>, public IVGeometry2D {
 
   // The points as a dynamic array.
   const TDynPoints2D& Points() const { return FItems; }
+
+  // JSON files of the points, [[x,y],...], each coordinate the shortest text that reads
+  // back to the same double: a JSON number (SaveTo) or a JSON string (SaveToStrJson).
+  // EParamError for a point that is not finite; EInOutError when the file cannot be written.
+  void SaveTo(const std::string& FileName) const;
+  void SaveToStrJson(const std::string& FileName) const;
+  // The points of such a file replace the list's; each coordinate may be a number or a
+  // string that holds one. EInOutError, naming the file and the place, for a file that
+  // cannot be read or has another shape; the list then keeps its points.
+  void ReadFrom(const std::string& FileName);
+  void ReadFromStrJson(const std::string& FileName);
 
  protected:
   // Copies the points of Source into this (empty, freshly made) list.

@@ -9,8 +9,10 @@
 // parameter k is vertex k exactly and segment i joins vertices i and i + 1.
 
 #include <cstdint>
+#include <iosfwd>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "orvane/foundation/Arc2D.h"
 #include "orvane/foundation/Export.h"
@@ -65,6 +67,10 @@ class ORVANE_API TVPolyline2D : public TVPoint2DList {
   TList<TPoint2D> ToTPoint2DList() const { return TList<TPoint2D>(TDynPoints2D(FItems)); }
   // "(%.16f, %.16f), " for each vertex, the trailing separator included.
   std::string ToString() const;
+  // The text dump: Color, "(", the vertices as "(%.16f, %.16f)" (HighPrecision) or
+  // "(%f, %f)" with ", " between them, ")"; no line end. The colour "#000000" is written as
+  // nothing. EInOutError when the stream fails.
+  void WriteToFile(std::ostream& F, std::string_view Color, bool HighPrecision) const;
 
   // Orientation.
 

@@ -4,7 +4,10 @@
 // polyline nearest to a point and sort by area.
 
 #include <cstdint>
+#include <iosfwd>
 #include <memory>
+#include <string>
+#include <string_view>
 
 #include "orvane/foundation/Export.h"
 #include "orvane/foundation/Point2D.h"
@@ -74,6 +77,19 @@ class ORVANE_API TVPolyline2DList : public TVGeometry2DList<TVPolyline2D> {
   void ConnectPolylines(double Tolerance);
   // Sorts by the absolute Area of each polyline, each computed once. The sort is stable.
   void SortByArea(bool Descending);
+
+  // A JSON file of the polylines, [[[x,y],...],...], coordinates as JSON numbers written
+  // as the shortest text that reads back to the same double. EParamError for a vertex that
+  // is not finite; EInOutError when the file cannot be written.
+  void SaveTo(const std::string& FileName) const;
+  // Replaces the items by one new TVPolyline2D per array of such a file, each added through
+  // the list's notification. EInOutError, naming the file and the place, for a file that
+  // cannot be read or has another shape, and EListError for a list that does not own its
+  // items; the list then keeps its items.
+  virtual void ReadFrom(const std::string& FileName);
+  // The text dump of every polyline in Color, a line end between two and none behind the
+  // last. EInOutError when the stream fails.
+  void WriteToFile(std::ostream& F, std::string_view Color, bool HighPrecision) const;
 
  protected:
   // The three joiners behind ConnectPolylines. They are protected rather than private, so

@@ -1,0 +1,134 @@
+#include "orvane/persistence/GeCurve2DFiler.h"
+
+#include <fstream>
+#include <pugixml.hpp>
+#include <sstream>
+#include <vector>
+
+#include "orvane/foundation/Exception.h"
+#include "orvane/foundation/Format.h"
+#include "orvane/persistence/internal/XmlNodeHelper.h"
+
+namespace orvane {
+
+namespace {
+
+constexpr const char* CRootName = "Curve2DList";
+
+// The document the filer writes: a declaration and the root.
+pugi::xml_node NewDocument(pugi::xml_document& Doc) {
+  pugi::xml_node decl = Doc.append_child(pugi::node_declaration);
+  decl.append_attribute("version").set_value("1.0");
+  decl.append_attribute("encoding").set_value("UTF-8");
+  return Doc.append_child(CRootName);
+}
+
+void SaveDocument(const pugi::xml_document& Doc, std::ostream& AStream, const char* Where, std::string_view Name) {
+  Doc.save(AStream, "  ", pugi::format_indent, pugi::encoding_utf8);
+  AStream.flush();
+  if (!AStream) throw EInOutError("[Error] %s: writing \"%s\" failed", Where, std::string(Name));
+}
+
+void SaveFile(const pugi::xml_document& Doc, const std::string& AFilename, const char* Where) {
+  std::ofstream file(AFilename, std::ios::binary | std::ios::trunc);
+  if (!file) throw EInOutError("[Error] %s: cannot open \"%s\" for writing", Where, AFilename);
+  SaveDocument(Doc, file, Where, AFilename);
+}
+
+// Reads every curve of the parsed document into Items; the caller takes them only when
+// all went well.
+void ReadDocument(const pugi::xml_document& Doc, std::vector<std::unique_ptr<TGeCurve2D>>& Items) {
+  const pugi::xml_node root = Doc.document_element();
+  if (!root || std::string_view(root.name()) != CRootName) {
+    throw EInOutError("[Error] TGeCurve2DFiler.ReadCurveList: the root element is \"%s\", not \"%s\"",
+                      root ? root.name() : "", CRootName);
+  }
+  for (pugi::xml_node child = root.first_child(); child; child = child.next_sibling()) {
+    if (child.type() == pugi::node_element) Items.push_back(TGeCurve2DFiler::ReadCurve(child));
+  }
+}
+
+}  // namespace
+
+void TGeCurve2DFiler::SaveCurve(const TGeCurve2D& ACurve, const std::string& AFilename) {
+  pugi::xml_document doc;
+  pugi::xml_node root = NewDocument(doc);
+  WriteCurve(root, ACurve);
+  SaveFile(doc, AFilename, "TGeCurve2DFiler.SaveCurve");
+}
+
+void TGeCurve2DFiler::SaveCurveList(const TList<TGeCurve2D*>& AList, const std::string& AFilename) {
+  std::ofstream file(AFilename, std::ios::binary | std::ios::trunc);
+  if (!file) throw EInOutError("[Error] TGeCurve2DFiler.SaveCurveList: cannot open \"%s\" for writing", AFilename);
+  SaveCurveList(AList, file);
+}
+
+void TGeCurve2DFiler::SaveCurveList(const TList<TGeCurve2D*>& AList, std::ostream& AStream) {
+  pugi::xml_document doc;
+  pugi::xml_node root = NewDocument(doc);
+  for (const TGeCurve2D* curve : AList) {
+    if (curve != nullptr) WriteCurve(root, *curve);
+  }
+  SaveDocument(doc, AStream, "TGeCurve2DFiler.SaveCurveList", "stream");
+}
+
+void TGeCurve2DFiler::WriteCurve(pugi::xml_node& ANode, const TGeCurve2D& ACurve) {
+  // One class test per filed class; a class that derives from another filed class must be
+  // tested before its base (a polygon before a polyline), so that it keeps its own name.
+  const char* name = nullptr;
+  if (dynamic_cast<const TGeLine2D*>(&ACurve) != nullptr) {
+    name = "Line2D";
+  } else if (dynamic_cast<const TGeCircularArc2D*>(&ACurve) != nullptr) {
+    name = "CircularArc2D";
+  }
+  if (name == nullptr) return;
+  pugi::xml_node child = ANode.append_child(name);
+  ACurve.SaveToXmlNode(child);
+}
+
+void TGeCurve2DFiler::ReadCurveList(TObjectList<TGeCurve2D>& AList, const std::string& AFilename) {
+  std::ifstream file(AFilename, std::ios::binary);
+  if (!file) throw EInOutError("[Error] TGeCurve2DFiler.ReadCurveList: cannot open \"%s\"", AFilename);
+  ReadCurveList(AList, file, AFilename);
+}
+
+void TGeCurve2DFiler::ReadCurveList(TObjectList<TGeCurve2D>& AList, std::istream& AStream,
+                                    std::string_view ASourceName) {
+  pugi::xml_document doc;
+  const pugi::xml_parse_result parsed = doc.load(AStream, pugi::parse_default, pugi::encoding_auto);
+  if (!parsed) {
+    throw EInOutError("[Error] TGeCurve2DFiler.ReadCurveList: \"%s\", byte %d: %s", std::string(ASourceName),
+                      static_cast<std::int64_t>(parsed.offset), parsed.description());
+  }
+  std::vector<std::unique_ptr<TGeCurve2D>> items;
+  try {
+    ReadDocument(doc, items);
+  } catch (const EInOutError& e) {
+    throw EInOutError("%s in \"%s\"", e.Message, std::string(ASourceName));
+  }
+  for (std::unique_ptr<TGeCurve2D>& item : items) AList.Add(item.release());
+}
+
+std::unique_ptr<TGeCurve2D> TGeCurve2DFiler::ReadCurve(const pugi::xml_node& ANode) {
+  // Only a leading "TGe" in exactly this case is a class prefix: "TGeLine2D" reads as a
+  // line, whereas "TGELine2D" or "XTGeLine2D" are no curve names at all.
+  std::string_view name = ANode.name();
+  if (name.starts_with("TGe")) name.remove_prefix(3);
+  if (internal::SameText(name, "Line2D")) return ReadLine(ANode);
+  if (internal::SameText(name, "CircularArc2D")) return ReadArc(ANode);
+  return nullptr;
+}
+
+std::unique_ptr<TGeLine2D> TGeCurve2DFiler::ReadLine(const pugi::xml_node& ANode) {
+  auto line = std::make_unique<TGeLine2D>();
+  line->LoadFromXmlNode(ANode);
+  return line;
+}
+
+std::unique_ptr<TGeCircularArc2D> TGeCurve2DFiler::ReadArc(const pugi::xml_node& ANode) {
+  auto arc = std::make_unique<TGeCircularArc2D>();
+  arc->LoadFromXmlNode(ANode);
+  return arc;
+}
+
+}  // namespace orvane

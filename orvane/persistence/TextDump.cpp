@@ -1,0 +1,61 @@
+// The text dump of points and polylines: a colour in front of each object, then its points.
+
+#include <ostream>
+
+#include "orvane/foundation/Exception.h"
+#include "orvane/foundation/Format.h"
+#include "orvane/foundation/Point2DUtils.h"
+#include "orvane/vertex/VPolyline2D.h"
+#include "orvane/vertex/VPolyline2DList.h"
+
+namespace orvane {
+
+namespace {
+
+// Black is the dump's default and is left out.
+std::string_view DumpColor(std::string_view Color) { return Color == "#000000" ? std::string_view() : Color; }
+
+void AppendPoint(std::string& Out, const TPoint2D& Pt, bool HighPrecision) {
+  Out += HighPrecision ? Format("(%.16f, %.16f)", Pt.X, Pt.Y) : Format("(%f, %f)", Pt.X, Pt.Y);
+}
+
+void AppendPolyline(std::string& Out, const TVPolyline2D& Line, std::string_view Color, bool HighPrecision) {
+  Out += DumpColor(Color);
+  Out += '(';
+  for (int i = 0; i < Line.Count(); ++i) {
+    if (i > 0) Out += ", ";
+    AppendPoint(Out, Line[i], HighPrecision);
+  }
+  Out += ')';
+}
+
+void Put(std::ostream& F, const std::string& Text, const char* Where) {
+  F.write(Text.data(), static_cast<std::streamsize>(Text.size()));
+  if (!F) throw EInOutError("[Error] %s: writing to the stream failed", Where);
+}
+
+}  // namespace
+
+void TPoint2DUtils::WriteToFile(const TPoint2D& Pt, std::ostream& F, std::string_view Color, bool HighPrecision) {
+  std::string text(DumpColor(Color));
+  text += ' ';
+  AppendPoint(text, Pt, HighPrecision);
+  Put(F, text, "TPoint2DUtils.WriteToFile");
+}
+
+void TVPolyline2D::WriteToFile(std::ostream& F, std::string_view Color, bool HighPrecision) const {
+  std::string text;
+  AppendPolyline(text, *this, Color, HighPrecision);
+  Put(F, text, "TVPolyline2D.WriteToFile");
+}
+
+void TVPolyline2DList::WriteToFile(std::ostream& F, std::string_view Color, bool HighPrecision) const {
+  std::string text;
+  for (int i = 0; i < Count(); ++i) {
+    if (i > 0) text += '\n';
+    AppendPolyline(text, *(*this)[i], Color, HighPrecision);
+  }
+  Put(F, text, "TVPolyline2DList.WriteToFile");
+}
+
+}  // namespace orvane
