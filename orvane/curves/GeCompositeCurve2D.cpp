@@ -47,6 +47,8 @@ void TGeCompositeCurve2D::AddCurve(std::unique_ptr<TGeCurve2D> Curve) {
 
 void TGeCompositeCurve2D::AddCurve(TGeCurve2D* Curve) {
   if (Curve == nullptr) throw EParamError("[Error] TGeCompositeCurve2D.AddCurve: the curve is nil");
+  // A composite inside itself would make every query walk round for ever.
+  if (Curve == this) throw EParamError("[Error] TGeCompositeCurve2D.AddCurve: a composite cannot hold itself");
   FCurves.Add(Curve);
   Changed();
 }

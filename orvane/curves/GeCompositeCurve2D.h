@@ -64,7 +64,7 @@ class ORVANE_API TGeCompositeCurve2D : public TGeCurve2D {
   // its curves; EParamError for nil.
   void AddCurve(std::unique_ptr<TGeCurve2D> Curve);
   // Appends a curve that the caller owns, on a composite that does not own its curves (an
-  // owning composite takes it over). EParamError for nil.
+  // owning composite takes it over). EParamError for nil or the composite itself.
   void AddCurve(TGeCurve2D* Curve);
   void Clear();
   // EListError for an index outside the list.

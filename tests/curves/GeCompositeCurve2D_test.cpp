@@ -107,6 +107,11 @@ TEST(GeCompositeCurve2D, WalksAndSubCurvesThroughTheSeam) {
   ExpectNear(sq->EvalPoint(-0.25), TPoint2D(0, 0.25));
   ExpectNear(open->EvalPoint(9.0), TPoint2D(0, 0.5));
   EXPECT_NEAR(sq->LengthAt(2.5), 2.5, 1e-15);
+  // On the left edge: the right edge, listed first, is crossed further along the ray; the
+  // point is on the curve all the same.
+  EXPECT_EQ(sq->IsIn(TPoint2D(0, 0.5), DefTol), 0);
+  EXPECT_EQ(sq->IsIn(TPoint2D(0.5, 0.5), DefTol), 1);
+  EXPECT_THROW(sq->AddCurve(sq.get()), EParamError);
   // Sub-curves: through the seam on a closed one only; joints make no trivial pieces.
   std::unique_ptr<TGeCurve2D> sub = sq->SubCurve(3.5, 0.5);
   ASSERT_TRUE(sub);
