@@ -116,4 +116,12 @@ std::string TGeBezier2D::ToString() const {
                 FBezierSegment.P2.ToString(), FBezierSegment.P3.ToString());
 }
 
+void TGeBezier2D::LoadFromXmlNode(const pugi::xml_node& ANode) { TGeCurve2D::LoadFromXmlNode(ANode); }
+
+void TGeBezier2D::SaveToXmlNode(pugi::xml_node& ANode) const { TGeCurve2D::SaveToXmlNode(ANode); }
+
+void TGeBezier2D::LoadGeoData(IFbsReader& AReader) { TGeCurve2D::LoadGeoData(AReader); }
+
+void TGeBezier2D::SaveGeoData(IFbsWriter& AWriter) const { TGeCurve2D::SaveGeoData(AWriter); }
+
 }  // namespace orvane

@@ -35,6 +35,12 @@ class ORVANE_API TGeBezier2D : public TGeCurve2D {
   std::string ClassName() const override;
   std::unique_ptr<TGeObject> CreateEmpty() const override;
   void AssignTo(TPersistent& Dest) const override;
+  // Persistence hooks of the XML and binary record forms; filled with the readers and
+  // writers of the curve formats.
+  void LoadFromXmlNode(const pugi::xml_node& ANode) override;
+  void SaveToXmlNode(pugi::xml_node& ANode) const override;
+  void LoadGeoData(IFbsReader& AReader) override;
+  void SaveGeoData(IFbsWriter& AWriter) const override;
 
   const TBezierSegment2D& GetBezierSegment() const { return FBezierSegment; }
 

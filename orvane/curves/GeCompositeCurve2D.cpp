@@ -587,4 +587,12 @@ std::unique_ptr<TGeCompositeCurve2D> TGeCompositeCurve2D::CreateHSection(double 
   return c;
 }
 
+void TGeCompositeCurve2D::LoadFromXmlNode(const pugi::xml_node& ANode) { TGeCurve2D::LoadFromXmlNode(ANode); }
+
+void TGeCompositeCurve2D::SaveToXmlNode(pugi::xml_node& ANode) const { TGeCurve2D::SaveToXmlNode(ANode); }
+
+void TGeCompositeCurve2D::LoadGeoData(IFbsReader& AReader) { TGeCurve2D::LoadGeoData(AReader); }
+
+void TGeCompositeCurve2D::SaveGeoData(IFbsWriter& AWriter) const { TGeCurve2D::SaveGeoData(AWriter); }
+
 }  // namespace orvane

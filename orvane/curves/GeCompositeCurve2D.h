@@ -59,6 +59,12 @@ class ORVANE_API TGeCompositeCurve2D : public TGeCurve2D {
   // Into another composite: Dest's sub-curves are dropped (freed when Dest owned them) and
   // Dest then owns clones of these, whatever list it had.
   void AssignTo(TPersistent& Dest) const override;
+  // Persistence hooks of the XML and binary record forms; filled with the readers and
+  // writers of the curve formats.
+  void LoadFromXmlNode(const pugi::xml_node& ANode) override;
+  void SaveToXmlNode(pugi::xml_node& ANode) const override;
+  void LoadGeoData(IFbsReader& AReader) override;
+  void SaveGeoData(IFbsWriter& AWriter) const override;
 
   // Appends a curve that the composite then owns. EListError on a composite that does not own
   // its curves; EParamError for nil.

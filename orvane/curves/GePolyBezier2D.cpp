@@ -312,4 +312,12 @@ void TGePolyBezier2D::ArcToBezier(const TArc2D& Arc, TList<TBezierSegment2D>& Se
   if (std::fabs(rest) > 1e-6) Segments.Add(ArcPiece(Arc.Center, Arc.Radius, a, rest));
 }
 
+void TGePolyBezier2D::LoadFromXmlNode(const pugi::xml_node& ANode) { TGePiecewiseCurve2D::LoadFromXmlNode(ANode); }
+
+void TGePolyBezier2D::SaveToXmlNode(pugi::xml_node& ANode) const { TGePiecewiseCurve2D::SaveToXmlNode(ANode); }
+
+void TGePolyBezier2D::LoadGeoData(IFbsReader& AReader) { TGePiecewiseCurve2D::LoadGeoData(AReader); }
+
+void TGePolyBezier2D::SaveGeoData(IFbsWriter& AWriter) const { TGePiecewiseCurve2D::SaveGeoData(AWriter); }
+
 }  // namespace orvane

@@ -56,6 +56,12 @@ class ORVANE_API TGePolyBezier2D : public TGePiecewiseCurve2D {
   std::string ClassName() const override;
   std::unique_ptr<TGeObject> CreateEmpty() const override;
   void AssignTo(TPersistent& Dest) const override;
+  // Persistence hooks of the XML and binary record forms; filled with the readers and
+  // writers of the curve formats.
+  void LoadFromXmlNode(const pugi::xml_node& ANode) override;
+  void SaveToXmlNode(pugi::xml_node& ANode) const override;
+  void LoadGeoData(IFbsReader& AReader) override;
+  void SaveGeoData(IFbsWriter& AWriter) const override;
 
   // Each of these appends to the chain and says whether it did; an end that does not meet
   // the chain's end (within DefTol) is refused and nothing changes. None bridges a gap or

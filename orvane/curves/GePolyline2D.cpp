@@ -279,4 +279,12 @@ int TGePolygon2D::IsIn(const TPoint2D& Pnt, const TGeTolerance& Tol) const {
   return inside ? 1 : -1;
 }
 
+void TGePolyline2D::LoadFromXmlNode(const pugi::xml_node& ANode) { TGePiecewiseCurve2D::LoadFromXmlNode(ANode); }
+
+void TGePolyline2D::SaveToXmlNode(pugi::xml_node& ANode) const { TGePiecewiseCurve2D::SaveToXmlNode(ANode); }
+
+void TGePolyline2D::LoadGeoData(IFbsReader& AReader) { TGePiecewiseCurve2D::LoadGeoData(AReader); }
+
+void TGePolyline2D::SaveGeoData(IFbsWriter& AWriter) const { TGePiecewiseCurve2D::SaveGeoData(AWriter); }
+
 }  // namespace orvane

@@ -54,6 +54,12 @@ class ORVANE_API TGePolyline2D : public TGePiecewiseCurve2D {
   std::string ClassName() const override;
   std::unique_ptr<TGeObject> CreateEmpty() const override;
   void AssignTo(TPersistent& Dest) const override;
+  // Persistence hooks of the XML and binary record forms; filled with the readers and
+  // writers of the curve formats.
+  void LoadFromXmlNode(const pugi::xml_node& ANode) override;
+  void SaveToXmlNode(pugi::xml_node& ANode) const override;
+  void LoadGeoData(IFbsReader& AReader) override;
+  void SaveGeoData(IFbsWriter& AWriter) const override;
 
   // Count vertices: those that stay keep their place, new ones stand at the origin.
   // EParamError for a negative count.
