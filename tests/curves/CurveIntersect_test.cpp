@@ -206,44 +206,138 @@ std::vector<TBulgedOutline> ReadClosedLwPolylines(const std::string& FileName) {
   return result;
 }
 
+// LINE and ARC entities of a DXF file chained end to end into closed loops (pieces reversed
+// where needed), with their closed-form areas and lengths.
+std::vector<TBulgedOutline> ReadLineArcLoops(const std::string& FileName) {
+  struct TPiece {
+    TPoint2D A, B;
+    TPoint2D Center;
+    double Radius = 0.0, Start = 0.0, Sweep = 0.0;  // Sweep 0: a line
+  };
+  std::vector<TPiece> pieces;
+  std::ifstream in(FileName);
+  std::string code, value, kind;
+  double v[7] = {0, 0, 0, 0, 0, 0, 0};  // groups 10 20 11 21 40 50 51
+  auto flush = [&] {
+    if (kind == "LINE") pieces.push_back({TPoint2D(v[0], v[1]), TPoint2D(v[2], v[3]), {}, 0, 0, 0});
+    if (kind == "ARC" && v[4] > 0) {
+      const double s = v[5] * Pi / 180;
+      const double w = std::fmod(v[6] - v[5] + 720.0, 360.0) * Pi / 180;
+      const TPoint2D c(v[0], v[1]);
+      pieces.push_back({c + TPoint2D(std::cos(s), std::sin(s)) * v[4], c + TPoint2D(std::cos(s + w), std::sin(s + w)) * v[4],
+                        c, v[4], s, w});
+    }
+  };
+  while (std::getline(in, code) && std::getline(in, value)) {
+    if (!value.empty() && value.back() == '\r') value.pop_back();
+    const int c = std::stoi(code);
+    if (c == 0) {
+      flush();
+      kind = value;
+      std::fill(std::begin(v), std::end(v), 0.0);
+    }
+    const int slot = c == 10 ? 0 : c == 20 ? 1 : c == 11 ? 2 : c == 21 ? 3 : c == 40 ? 4 : c == 50 ? 5 : c == 51 ? 6 : -1;
+    if (slot >= 0 && !kind.empty()) v[slot] = std::stod(value);
+  }
+  flush();
+  std::vector<TBulgedOutline> loops;
+  std::vector<bool> used(pieces.size(), false);
+  for (std::size_t first = 0; first < pieces.size(); ++first) {
+    if (used[first]) continue;
+    used[first] = true;
+    std::vector<TPiece> chain{pieces[first]};
+    for (bool grown = true; grown && !chain.back().B.Equals(chain.front().A, 1e-6);) {
+      grown = false;
+      for (std::size_t i = 0; i < pieces.size() && !grown; ++i) {
+        if (used[i]) continue;
+        TPiece p = pieces[i];
+        if (p.B.Equals(chain.back().B, 1e-6)) {
+          std::swap(p.A, p.B);
+          p.Start += p.Sweep;
+          p.Sweep = -p.Sweep;
+        }
+        if (!p.A.Equals(chain.back().B, 1e-6)) continue;
+        used[i] = grown = true;
+        chain.push_back(p);
+      }
+    }
+    if (chain.size() < 2 || !chain.back().B.Equals(chain.front().A, 1e-6)) continue;
+    TBulgedOutline o;
+    o.Curve = std::make_unique<TGeCompositeCurve2D>();
+    TDynPoints2D ring;
+    for (const TPiece& p : chain) {
+      ring.push_back(p.A);
+      if (p.Sweep == 0.0) {
+        o.Curve->AddCurve(std::make_unique<TGeLine2D>(p.A, p.B));
+        o.Length += p.A.DistanceTo(p.B);
+      } else {
+        o.Curve->AddCurve(std::make_unique<TGeCircularArc2D>(p.Center, p.Radius, p.Start, p.Sweep));
+        const double theta = std::fabs(p.Sweep);
+        o.Length += theta * p.Radius;
+        o.Area += (p.Sweep > 0 ? 1.0 : -1.0) * 0.5 * p.Radius * p.Radius * (theta - std::sin(theta));
+      }
+    }
+    ring.push_back(chain.front().A);
+    o.Area += PolyArea(ring);
+    loops.push_back(std::move(o));
+  }
+  return loops;
+}
+
 #ifdef ORVANE_HAVE_GEOS
-TEST(CurveIntersect, BulgedOutlinesOfRealDrawings) {
+// Length, area, sense and point positions of each closed outline: the composite against its
+// closed form, and its ray against GEOS on a fine linearisation, away from the boundary.
+void CheckOutlines(const std::vector<TBulgedOutline>& Outlines, const char* Name, GEOSContextHandle_t H,
+                   std::mt19937& Rng) {
+  for (const TBulgedOutline& o : Outlines) {
+    const TGeCompositeCurve2D& c = *o.Curve;
+    ASSERT_TRUE(c.GetIsClosed()) << Name;
+    EXPECT_NEAR(c.GetCurveLength(), o.Length, 1e-9 * o.Length) << Name;
+    TDynPoints2D ring;
+    c.GetSamplePoints(1e-5, ring);
+    EXPECT_NEAR(PolyArea(ring), o.Area, 1e-4 * std::fabs(o.Area) + 1e-6) << Name;
+    EXPECT_EQ(c.GetIsClockwise(), o.Area < 0) << Name;
+    GEOSGeometry* poly = GEOSGeom_createPolygon_r(H, orvane::testing::GeosRing(H, ring), nullptr, 0);
+    const GEOSPreparedGeometry* prep = GEOSPrepare_r(H, poly);
+    const TRect2D box = c.BoundBlock();
+    std::uniform_real_distribution<double> px(box.XMin - 1, box.XMax + 1);
+    std::uniform_real_distribution<double> py(box.YMin - 1, box.YMax + 1);
+    for (int k = 0; k < 200; ++k) {
+      const TPoint2D p(px(Rng), py(Rng));
+      double t = 0.0;
+      if (c.GetClosedPointTo(p, DefTol, t).DistanceTo(p) < 1e-3) continue;
+      GEOSGeometry* pt = GEOSGeom_createPointFromXY_r(H, p.X, p.Y);
+      const bool inside = GEOSPreparedContains_r(H, prep, pt) == 1;
+      EXPECT_EQ(c.IsIn(p, DefTol), inside ? 1 : -1) << Name << " " << p.ToString();
+      GEOSGeom_destroy_r(H, pt);
+    }
+    GEOSPreparedGeom_destroy_r(H, prep);
+    GEOSGeom_destroy_r(H, poly);
+  }
+}
+
+TEST(CurveIntersect, OutlinesOfRealDrawings) {
   const std::string dir = std::string(ORVANE_SHARED_DATA_DIR) + "/curves/";
-  if (!std::ifstream(dir + "laser4diy_cornerbracket_8pcs_x.dxf")) GTEST_SKIP() << "no shared drawings in " << dir;
+  if (!std::ifstream(dir + "cadquery_gear.dxf")) GTEST_SKIP() << "no shared drawings in " << dir;
   GEOSContextHandle_t h = GEOS_init_r();
   std::mt19937 rng(9);
-  std::size_t outlines = 0;
+  std::size_t bulged = 0;
   for (const char* name : {"laser4diy_cornerbracket_8pcs_x.dxf", "laser4diy_baseplate.dxf",
                            "laser4diy_mainsheet_x.dxf", "skydxf_issue39.dxf", "cadquery_MC_12x31.dxf"}) {
-    for (const TBulgedOutline& o : ReadClosedLwPolylines(dir + name)) {
-      ++outlines;
-      const TGeCompositeCurve2D& c = *o.Curve;
-      ASSERT_TRUE(c.GetIsClosed()) << name;
-      EXPECT_NEAR(c.GetCurveLength(), o.Length, 1e-9 * o.Length) << name;
-      TDynPoints2D ring;
-      c.GetSamplePoints(1e-5, ring);
-      EXPECT_NEAR(PolyArea(ring), o.Area, 1e-4 * std::fabs(o.Area) + 1e-6) << name;
-      EXPECT_EQ(c.GetIsClockwise(), o.Area < 0) << name;
-      // Points by the ray against GEOS on the fine ring, away from the boundary.
-      GEOSGeometry* poly = GEOSGeom_createPolygon_r(h, orvane::testing::GeosRing(h, ring), nullptr, 0);
-      const GEOSPreparedGeometry* prep = GEOSPrepare_r(h, poly);
-      const TRect2D box = c.BoundBlock();
-      std::uniform_real_distribution<double> px(box.XMin - 1, box.XMax + 1);
-      std::uniform_real_distribution<double> py(box.YMin - 1, box.YMax + 1);
-      for (int k = 0; k < 200; ++k) {
-        const TPoint2D p(px(rng), py(rng));
-        double t = 0.0;
-        if (c.GetClosedPointTo(p, DefTol, t).DistanceTo(p) < 1e-3) continue;
-        GEOSGeometry* pt = GEOSGeom_createPointFromXY_r(h, p.X, p.Y);
-        const bool inside = GEOSPreparedContains_r(h, prep, pt) == 1;
-        EXPECT_EQ(c.IsIn(p, DefTol), inside ? 1 : -1) << name << " " << p.ToString();
-        GEOSGeom_destroy_r(h, pt);
-      }
-      GEOSPreparedGeom_destroy_r(h, prep);
-      GEOSGeom_destroy_r(h, poly);
-    }
+    const std::vector<TBulgedOutline> outlines = ReadClosedLwPolylines(dir + name);
+    bulged += outlines.size();
+    CheckOutlines(outlines, name, h, rng);
   }
-  EXPECT_GT(outlines, 20u);
+  EXPECT_GT(bulged, 20u);
+  // The gear, the V-slot and the 1001 profile: loose lines and arcs chained into loops.
+  for (const char* name : {"cadquery_gear.dxf", "cadquery_vslot-2020_1.dxf", "cadquery_1001.dxf"}) {
+    const std::vector<TBulgedOutline> loops = ReadLineArcLoops(dir + name);
+    EXPECT_GE(loops.size(), 1u) << name;
+    std::size_t pieces = 0;
+    for (const TBulgedOutline& o : loops) pieces += static_cast<std::size_t>(o.Curve->GetCurveCount());
+    EXPECT_GE(pieces, 40u) << name;
+    CheckOutlines(loops, name, h, rng);
+  }
   GEOS_finish_r(h);
 }
 #endif
