@@ -106,15 +106,14 @@ const TChain& Chain() {
         }
         c.Ours.AddCurve(std::make_unique<orvane::TGeCircularArc2D>(v.Center, v.Radius, v.StartAngle, v.SweepAngle));
       } else {
-        const orvane::TBezierSegment2D b(at, at + TPoint2D(u(rng), 2 * u(rng)), to + TPoint2D(u(rng), 2 * u(rng)),
-                                         to);
+        const orvane::TBezierSegment2D b(at, at + TPoint2D(u(rng), 2 * u(rng)), to + TPoint2D(u(rng), 2 * u(rng)), to);
         c.Ours.AddCurve(std::make_unique<orvane::TGeBezier2D>(b));
         c.Curves.push_back(OcctBezier(b));
       }
       at = c.Ours.GetEndPoint();
     }
     c.Before.push_back(0.0);
-    for (const Handle(Geom2d_Curve)& curve : c.Curves) {
+    for (const Handle(Geom2d_Curve) & curve : c.Curves) {
       c.Adaptors.emplace_back(curve);
       c.Before.push_back(c.Before.back() + GCPnts_AbscissaPoint::Length(c.Adaptors.back(), 1e-12));
     }

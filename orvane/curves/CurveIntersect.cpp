@@ -147,8 +147,8 @@ int TGeLine2D::IntersectPiecewiseCurve(const TGePiecewiseCurve2D& ACurve, TList<
     IntersectCurve(seg->BaseCurve(), part, Tol);
     // The partner is the whole curve, so that InterThat.Point() is the crossing.
     for (const TIntersect2D& hit : part) {
-      Inters.Add(TIntersect2D(hit.InterThis,
-                              TPointOnCurve2D(&ACurve, hit.InterThat.Param + offset - seg->GetStartParam())));
+      Inters.Add(
+          TIntersect2D(hit.InterThis, TPointOnCurve2D(&ACurve, hit.InterThat.Param + offset - seg->GetStartParam())));
     }
     offset += seg->GetInterval().GetLength();
   }

@@ -278,7 +278,8 @@ double TGeCompositeCurve2D::ParamOfLength(double ParamStart, double Len, const T
   const double before = len[static_cast<std::size_t>(i)];
   const double at = before + c->LengthAt(t);
   // The target lies on the same sub-curve: walk there from t.
-  if (forward && at + l <= len[static_cast<std::size_t>(i) + 1]) return off + c->ParamOfLength(t, l, Tol) - c->GetStartParam();
+  if (forward && at + l <= len[static_cast<std::size_t>(i) + 1])
+    return off + c->ParamOfLength(t, l, Tol) - c->GetStartParam();
   if (!forward && at - l >= before) return off + c->ParamOfLength(t, -l, Tol) - c->GetStartParam();
   double target = forward ? at + l : at - l;
   if (closed) {
@@ -328,8 +329,8 @@ int TGeCompositeCurve2D::GetSamplePointsByChord(double EpsChord, TDynPoints2D& P
   return static_cast<int>(Points.size());
 }
 
-int TGeCompositeCurve2D::GetSamplePointsByChord(double paramFrom, double paramTo, double epsChord,
-                                                TDynPoints2D& points, TFloatDynArray& params) const {
+int TGeCompositeCurve2D::GetSamplePointsByChord(double paramFrom, double paramTo, double epsChord, TDynPoints2D& points,
+                                                TFloatDynArray& params) const {
   points.clear();
   params.clear();
   const TGeInterval intv = GetInterval();
@@ -375,7 +376,8 @@ std::unique_ptr<TGeCurve2D> TGeCompositeCurve2D::SubCurve(double PrmFrom, double
   for (int round = 0; round <= 2 * n; ++round) {
     remain -= c->GetEndParam() - t;
     if (!fGreat(remain, 0.0, 1e-6)) {
-      if (std::unique_ptr<TGeCurve2D> part = c->SubCurve(t, c->GetEndParam() + remain)) result->AddCurve(std::move(part));
+      if (std::unique_ptr<TGeCurve2D> part = c->SubCurve(t, c->GetEndParam() + remain))
+        result->AddCurve(std::move(part));
       break;
     }
     if (fSmall(t, c->GetEndParam(), 1e-6)) {
@@ -465,7 +467,9 @@ bool TGeCompositeCurve2D::CheckContinuous() const {
 
 namespace {
 
-void AddLine(TGeCompositeCurve2D& C, const TPoint2D& A, const TPoint2D& B) { C.AddCurve(std::make_unique<TGeLine2D>(A, B)); }
+void AddLine(TGeCompositeCurve2D& C, const TPoint2D& A, const TPoint2D& B) {
+  C.AddCurve(std::make_unique<TGeLine2D>(A, B));
+}
 
 void AddArc(TGeCompositeCurve2D& C, const TPoint2D& Center, double R, double Start, double Sweep) {
   C.AddCurve(std::make_unique<TGeCircularArc2D>(Center, R, Start, Sweep));
@@ -487,7 +491,7 @@ std::unique_ptr<TGeCompositeCurve2D> TGeCompositeCurve2D::CreateRound(double AWi
 }
 
 std::unique_ptr<TGeCompositeCurve2D> TGeCompositeCurve2D::CreateRoundRect(double AWidth, double AHeight,
-                                                                           double ARadius) {
+                                                                          double ARadius) {
   const double hw = AWidth / 2.0;
   const double hh = AHeight / 2.0;
   const double r = ARadius;
@@ -509,7 +513,7 @@ std::unique_ptr<TGeCompositeCurve2D> TGeCompositeCurve2D::CreateRoundRect(double
 }
 
 std::unique_ptr<TGeCompositeCurve2D> TGeCompositeCurve2D::CreateInnerC(double APrmA, double APrmB, double APrmH,
-                                                                        double ARadius) {
+                                                                       double ARadius) {
   const double x = APrmB / 2.0;
   const double y = APrmH / 2.0;
   const double a = APrmA;
@@ -527,9 +531,9 @@ std::unique_ptr<TGeCompositeCurve2D> TGeCompositeCurve2D::CreateInnerC(double AP
   return c;
 }
 
-std::unique_ptr<TGeCompositeCurve2D> TGeCompositeCurve2D::CreateHSection(double EdgeA, double EdgeB,
-                                                                          double Thickness1, double Thickness2,
-                                                                          double Radius, double Angle) {
+std::unique_ptr<TGeCompositeCurve2D> TGeCompositeCurve2D::CreateHSection(double EdgeA, double EdgeB, double Thickness1,
+                                                                         double Thickness2, double Radius,
+                                                                         double Angle) {
   const double a = EdgeA;
   const double b = EdgeB;
   const double t1 = Thickness1;

@@ -45,11 +45,13 @@ void TGePiecewiseCurve2D::SetSegmentCount(int /*Value*/) {}
 void TGePiecewiseCurve2D::ClearSegmentCache() const { FBufSegments.clear(); }
 
 void TGePiecewiseCurve2D::DropSegment(int Idx) const {
-  if (Idx >= 0 && static_cast<std::size_t>(Idx) < FBufSegments.size()) FBufSegments[static_cast<std::size_t>(Idx)].reset();
+  if (Idx >= 0 && static_cast<std::size_t>(Idx) < FBufSegments.size())
+    FBufSegments[static_cast<std::size_t>(Idx)].reset();
 }
 
 void TGePiecewiseCurve2D::DropSegmentsFrom(int Count) const {
-  if (Count >= 0 && static_cast<std::size_t>(Count) < FBufSegments.size()) FBufSegments.resize(static_cast<std::size_t>(Count));
+  if (Count >= 0 && static_cast<std::size_t>(Count) < FBufSegments.size())
+    FBufSegments.resize(static_cast<std::size_t>(Count));
 }
 
 double TGePiecewiseCurve2D::SegmentLength(int I, double U0, double U1) const {
@@ -290,8 +292,8 @@ int TGePiecewiseCurve2D::GetSamplePointsByChord(double EpsChord, TDynPoints2D& P
   return static_cast<int>(Points.size());
 }
 
-int TGePiecewiseCurve2D::GetSamplePointsByChord(double paramFrom, double paramTo, double epsChord,
-                                                TDynPoints2D& points, TFloatDynArray& params) const {
+int TGePiecewiseCurve2D::GetSamplePointsByChord(double paramFrom, double paramTo, double epsChord, TDynPoints2D& points,
+                                                TFloatDynArray& params) const {
   const double s = paramTo - paramFrom;
   if (s == 0.0) {
     points = {EvalPoint(paramFrom)};

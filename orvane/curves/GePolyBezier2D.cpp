@@ -70,8 +70,8 @@ std::unique_ptr<TGeCurve2D> TGePolyBezierSegment2D::GetBaseCurve() const {
   const auto* owner = static_cast<const TGePolyBezier2D*>(FOwner);
   if (owner == nullptr || owner->GetPointCount() == 0) return std::make_unique<TGeBezier2D>();
   const int i = 3 * FSegIdx;
-  return std::make_unique<TGeBezier2D>(TBezierSegment2D(owner->GetPoint(i), owner->GetPoint(i + 1),
-                                                        owner->GetPoint(i + 2), owner->GetPoint(i + 3)));
+  return std::make_unique<TGeBezier2D>(
+      TBezierSegment2D(owner->GetPoint(i), owner->GetPoint(i + 1), owner->GetPoint(i + 2), owner->GetPoint(i + 3)));
 }
 
 const TBezierSegment2D& TGePolyBezierSegment2D::BezierSegment() const {

@@ -21,7 +21,8 @@ void CheckCount(int Count, const char* Where) {
 
 void CheckVertices(const TDynPoints2D& Pts, const char* Where) {
   for (std::size_t i = 0; i < Pts.size(); ++i) {
-    if (!internal::IsFinite(Pts[i])) throw EGeometry("[Error] %s: vertex %d is not a finite point", Where, static_cast<int>(i));
+    if (!internal::IsFinite(Pts[i]))
+      throw EGeometry("[Error] %s: vertex %d is not a finite point", Where, static_cast<int>(i));
   }
 }
 
@@ -36,7 +37,9 @@ TGePolylineSegment2D::TGePolylineSegment2D(const TGePolyline2D* Owner, int SegId
 
 std::string TGePolylineSegment2D::ClassName() const { return "TGePolylineSegment2D"; }
 
-std::unique_ptr<TGeObject> TGePolylineSegment2D::CreateEmpty() const { return std::make_unique<TGePolylineSegment2D>(); }
+std::unique_ptr<TGeObject> TGePolylineSegment2D::CreateEmpty() const {
+  return std::make_unique<TGePolylineSegment2D>();
+}
 
 std::unique_ptr<TGeCurve2D> TGePolylineSegment2D::GetBaseCurve() const {
   const auto* owner = static_cast<const TGePolyline2D*>(FOwner);
@@ -122,7 +125,9 @@ TPoint2D TGePolyline2D::GetStartPoint() const {
   return FPoints.empty() ? TPoint2D(MaxDouble, MaxDouble) : FPoints.front();
 }
 
-TPoint2D TGePolyline2D::GetEndPoint() const { return FPoints.empty() ? TPoint2D(MaxDouble, MaxDouble) : FPoints.back(); }
+TPoint2D TGePolyline2D::GetEndPoint() const {
+  return FPoints.empty() ? TPoint2D(MaxDouble, MaxDouble) : FPoints.back();
+}
 
 TRect2D TGePolyline2D::BoundBlock() const {
   TRect2D box;

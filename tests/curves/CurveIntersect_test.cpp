@@ -46,8 +46,9 @@ TEST(CurveIntersect, RaysThroughJointsAndVertices) {
   const TGePolyline2D polyline(notch);
   const std::unique_ptr<TGeCompositeCurve2D> composite = LinesThrough(notch);
   const TGePolygon2D polygon(TDynPoints2D(notch.begin(), notch.end() - 1));
-  for (const TGeCurve2D* c : {static_cast<const TGeCurve2D*>(&polyline), static_cast<const TGeCurve2D*>(composite.get()),
-                              static_cast<const TGeCurve2D*>(&polygon)}) {
+  for (const TGeCurve2D* c :
+       {static_cast<const TGeCurve2D*>(&polyline), static_cast<const TGeCurve2D*>(composite.get()),
+        static_cast<const TGeCurve2D*>(&polygon)}) {
     EXPECT_EQ(c->IsIn(TPoint2D(1, 2), DefTol), 1) << c->ClassName();
     EXPECT_EQ(c->IsIn(TPoint2D(5, 2), DefTol), -1) << c->ClassName();
     EXPECT_EQ(c->IsIn(TPoint2D(4, 2), DefTol), 0) << c->ClassName();
@@ -224,8 +225,8 @@ std::vector<TBulgedOutline> ReadLineArcLoops(const std::string& FileName) {
       const double s = v[5] * Pi / 180;
       const double w = std::fmod(v[6] - v[5] + 720.0, 360.0) * Pi / 180;
       const TPoint2D c(v[0], v[1]);
-      pieces.push_back({c + TPoint2D(std::cos(s), std::sin(s)) * v[4], c + TPoint2D(std::cos(s + w), std::sin(s + w)) * v[4],
-                        c, v[4], s, w});
+      pieces.push_back({c + TPoint2D(std::cos(s), std::sin(s)) * v[4],
+                        c + TPoint2D(std::cos(s + w), std::sin(s + w)) * v[4], c, v[4], s, w});
     }
   };
   while (std::getline(in, code) && std::getline(in, value)) {
@@ -236,7 +237,14 @@ std::vector<TBulgedOutline> ReadLineArcLoops(const std::string& FileName) {
       kind = value;
       std::fill(std::begin(v), std::end(v), 0.0);
     }
-    const int slot = c == 10 ? 0 : c == 20 ? 1 : c == 11 ? 2 : c == 21 ? 3 : c == 40 ? 4 : c == 50 ? 5 : c == 51 ? 6 : -1;
+    const int slot = c == 10   ? 0
+                     : c == 20 ? 1
+                     : c == 11 ? 2
+                     : c == 21 ? 3
+                     : c == 40 ? 4
+                     : c == 50 ? 5
+                     : c == 51 ? 6
+                               : -1;
     if (slot >= 0 && !kind.empty()) v[slot] = std::stod(value);
   }
   flush();
@@ -322,8 +330,8 @@ TEST(CurveIntersect, OutlinesOfRealDrawings) {
   GEOSContextHandle_t h = GEOS_init_r();
   std::mt19937 rng(9);
   std::size_t bulged = 0;
-  for (const char* name : {"laser4diy_cornerbracket_8pcs_x.dxf", "laser4diy_baseplate.dxf",
-                           "laser4diy_mainsheet_x.dxf", "skydxf_issue39.dxf", "cadquery_MC_12x31.dxf"}) {
+  for (const char* name : {"laser4diy_cornerbracket_8pcs_x.dxf", "laser4diy_baseplate.dxf", "laser4diy_mainsheet_x.dxf",
+                           "skydxf_issue39.dxf", "cadquery_MC_12x31.dxf"}) {
     const std::vector<TBulgedOutline> outlines = ReadClosedLwPolylines(dir + name);
     bulged += outlines.size();
     CheckOutlines(outlines, name, h, rng);

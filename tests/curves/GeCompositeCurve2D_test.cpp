@@ -228,7 +228,7 @@ TEST(GeCompositeCurve2D, RandomChainsAgreeWithOcct) {
     }
     std::vector<double> lengths;
     double total = 0.0;
-    for (const Handle(Geom2d_Curve)& c : occt) {
+    for (const Handle(Geom2d_Curve) & c : occt) {
       Geom2dAdaptor_Curve a(c);
       lengths.push_back(GCPnts_AbscissaPoint::Length(a, 1e-12));
       total += lengths.back();

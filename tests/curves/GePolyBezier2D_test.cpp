@@ -92,7 +92,9 @@ TEST(GePolyBezier2D, ArcsBecomeCubicsInTheirSense) {
 TEST(GePolyBezier2D, SubCurvesAndLengths) {
   const std::unique_ptr<TGePolyBezier2D> circle = TGePolyBezier2D::CreateArc(TArc2D(TPoint2D(0, 0), 2.0, 0.0, TwoPi));
   ASSERT_TRUE(circle->GetIsClosed());
-  auto sub = [&](double A, double B) { return std::unique_ptr<TGePolyBezier2D>(dynamic_cast<TGePolyBezier2D*>(circle->SubCurve(A, B).release())); };
+  auto sub = [&](double A, double B) {
+    return std::unique_ptr<TGePolyBezier2D>(dynamic_cast<TGePolyBezier2D*>(circle->SubCurve(A, B).release()));
+  };
   // Within one segment: one segment with the right ends.
   std::unique_ptr<TGePolyBezier2D> s = sub(2.25, 2.75);
   EXPECT_EQ(s->GetSegmentCount(), 1);

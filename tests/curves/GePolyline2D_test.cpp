@@ -168,8 +168,8 @@ TEST(GePolyline2D, PolygonPointPositionAgainstEvenOdd) {
       for (int y = -1; y <= 11; ++y) {
         const TPoint2D p(x + 0.5, y);
         const int want = orvane::testing::DistToRing(ring, p) < 1e-9 ? 0
-                         : orvane::testing::EvenOddInside(ring, p) ? 1
-                                                                    : -1;
+                         : orvane::testing::EvenOddInside(ring, p)   ? 1
+                                                                     : -1;
         EXPECT_EQ(polygon.IsIn(p, DefTol), want) << k << " " << p.ToString();
         // The ray of any closed curve, through the piecewise crossing, agrees.
         EXPECT_EQ(closed.IsIn(p, DefTol), want) << k << " " << p.ToString();
@@ -193,9 +193,9 @@ TEST(LengthSamples, LookupsAndWraps) {
   EXPECT_EQ(table.ParamOfLength(5.0, false), 3.0);
   EXPECT_EQ(table.ParamOfLength(2.0, false), 1.0);
   EXPECT_EQ(table.ParamOfLength(9.0, false), 4.0);
-  EXPECT_EQ(table.ParamOfLength(9.0, true), 1.0);   // one lap on: 2
-  EXPECT_EQ(table.ParamOfLength(-1.0, true), 3.5);  // one lap back: 6
-  EXPECT_EQ(table.ParamOfLength(14.0, true), 4.0);  // twice round stops at the end
+  EXPECT_EQ(table.ParamOfLength(9.0, true), 1.0);         // one lap on: 2
+  EXPECT_EQ(table.ParamOfLength(-1.0, true), 3.5);        // one lap back: 6
+  EXPECT_EQ(table.ParamOfLength(14.0, true), 4.0);        // twice round stops at the end
   EXPECT_EQ(table.ParamOfLength(1.0, 2.5, false), 2.75);  // length 2 + 2.5
 }
 
@@ -208,7 +208,8 @@ TEST(GePolyline2D, NearestPointAgreesWithGeosProject) {
   for (int i = 0; i < 2000; ++i) pts.push_back(pts.back() + TPoint2D(1.0 + step(rng), 3.0 * step(rng)));
   const TGePolyline2D curve(pts);
   GEOSCoordSequence* seq = GEOSCoordSeq_create_r(h, static_cast<unsigned>(pts.size()), 2);
-  for (std::size_t i = 0; i < pts.size(); ++i) GEOSCoordSeq_setXY_r(h, seq, static_cast<unsigned>(i), pts[i].X, pts[i].Y);
+  for (std::size_t i = 0; i < pts.size(); ++i)
+    GEOSCoordSeq_setXY_r(h, seq, static_cast<unsigned>(i), pts[i].X, pts[i].Y);
   GEOSGeometry* line = GEOSGeom_createLineString_r(h, seq);
   std::uniform_real_distribution<double> x(-10.0, 2010.0);
   std::uniform_real_distribution<double> y(-40.0, 40.0);
