@@ -1,6 +1,8 @@
 #include "orvane/curves/GeCurve2D.h"
 
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "orvane/curves/GeLine2D.h"
 #include "orvane/foundation/Exception.h"
@@ -91,17 +93,37 @@ int TGeCurve2D::GetSamplePoints(double EpsChord, TDynPoints2D& Points) const {
 int TGeCurve2D::IsIn(const TPoint2D& Pnt, const TGeTolerance& Tol) const {
   const TRect2D box = BoundBlock().InflatedRect(Tol.PointTol, Tol.PointTol);
   if (!box.Contains(Pnt, 1e-6)) return -1;
-  const TGeLine2D ray(Pnt, TPoint2D(box.XMax, Pnt.Y));
+  // The ray runs well past the box: a point on the box's right side would otherwise get a
+  // ray too short to cross anything.
+  const double reach = box.XMax - Pnt.X + box.Width() + 1.0;
+  const TGeLine2D ray(Pnt, TPoint2D(Pnt.X + reach, Pnt.Y));
   TList<TIntersect2D> inters;
   ray.IntersectCurve(*this, inters, Tol);
   if (inters.IsEmpty()) return -1;
-  if (fEqual(inters[0].InterThis.Param, 0.0, 1e-6)) return 0;
-  int result = -1;
+  // The point is on the curve when any crossing lies at the ray's start (within the point
+  // tolerance), not only the first one listed: pieces report in their own order.
+  for (const TIntersect2D& hit : inters) {
+    if (hit.InterThis.Param * reach <= Tol.PointTol) return 0;
+  }
+  // A crossing at a joint is reported by both pieces that meet there, and a touch may give
+  // two roots a hair apart: each place along the curve counts once. A crossing at a joint
+  // is judged exactly at the joint, and on a closed curve the end is the start.
+  const TGeInterval range = GetInterval();
+  const bool closed = GetIsClosed();
+  std::vector<double> places;
+  places.reserve(static_cast<std::size_t>(inters.Count()));
   for (const TIntersect2D& hit : inters) {
     double t = hit.InterThat.Param;
-    // A crossing at a joint of pieces is judged exactly at the joint.
     const double whole = std::nearbyint(t);
     if (fEqual(whole, t, 1e-6)) t = whole;
+    if (closed && range.IsEqualAtUpper(t)) t = range.Lower;
+    places.push_back(t);
+  }
+  std::sort(places.begin(), places.end());
+  int result = -1;
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    if (i > 0 && fEqual(places[i], places[i - 1], 1e-6)) continue;
+    const double t = places[i];
     if (fSmall(DerivLeft(t).Y, 0.0, 1e-6)) result = -result;
     if (fSmall(-DerivRight(t).Y, 0.0, 1e-6)) result = -result;
   }

@@ -276,15 +276,8 @@ TIntersectionType TGeLine2D::IntersectWithSegLine(const TGeLine2D& ALine, TList<
   return TIntersectionType::itNone;
 }
 
-int TGeLine2D::IntersectCurve(const TGeCurve2D& ACurve, TList<TIntersect2D>& Inters, const TGeTolerance& Tol) const {
-  if (const auto* line = dynamic_cast<const TGeLine2D*>(&ACurve)) {
-    Intersect(*line, Inters, Tol);
-    return Inters.Count();
-  }
-  if (const auto* arc = dynamic_cast<const TGeCircularArc2D*>(&ACurve)) return IntersectArc(*arc, Inters, Tol);
-  // Composite, piecewise, Bezier and spline partners get their rules with their classes.
-  throw EAbstractError("[Error] TGeLine2D.IntersectCurve: no crossing rule for a %s", ACurve.ClassName());
-}
+// IntersectCurve, the crossing with any kind of curve, stands with the other kinds in
+// CurveIntersect.cpp.
 
 int TGeLine2D::IntersectArc(const TGeCircularArc2D& AArc, TList<TIntersect2D>& Inters,
                             const TGeTolerance& /*Tol*/) const {

@@ -14,6 +14,7 @@
 namespace orvane {
 
 class TGeCircularArc2D;
+class TGePiecewiseCurve2D;
 
 class ORVANE_API TGeLine2D : public TGeCurve2D {
  public:
@@ -94,12 +95,16 @@ class ORVANE_API TGeLine2D : public TGeCurve2D {
   TIntersectionType IntersectWithSegLine(const TGeLine2D& ALine, TList<TIntersect2D>& Inters,
                                          const TGeTolerance& Tol) const;
 
-  // Crossings of this line with any curve, appended to Inters with InterThis on this line;
-  // returns Inters.Count() for a line partner and the number of crossings for an arc.
-  // EAbstractError for a kind of curve this line has no crossing rule for.
+  // Crossings of this line with any curve, appended to Inters with InterThis on this line
+  // and InterThat on ACurve (its own parameter, also for piecewise and composite curves);
+  // returns the number of entries added. Bezier curves cross within Tol.PointTol (a touch
+  // counts once), curves of other kinds by the roots of their distance from the line.
   int IntersectCurve(const TGeCurve2D& ACurve, TList<TIntersect2D>& Inters, const TGeTolerance& Tol) const;
   // Crossings with an arc: 0, 1 or 2, within 1e-6 (Tol is not used).
   int IntersectArc(const TGeCircularArc2D& AArc, TList<TIntersect2D>& Inters, const TGeTolerance& Tol) const;
+  // Crossings with each segment in turn, InterThat.Param on the whole curve; the count added.
+  int IntersectPiecewiseCurve(const TGePiecewiseCurve2D& ACurve, TList<TIntersect2D>& Inters,
+                              const TGeTolerance& Tol) const;
 
  private:
   [[gnu::noinline]] TIntersectionType IntersectParallel(const TGeLine2D& ALine, TList<TIntersect2D>& Inters,

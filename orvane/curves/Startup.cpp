@@ -3,6 +3,9 @@
 #include <cstring>
 
 #include "orvane/curves/GeCircularArc2D.h"
+#include "orvane/curves/GeCompositeCurve2D.h"
+#include "orvane/curves/GePolyBezier2D.h"
+#include "orvane/curves/GePolyline2D.h"
 #include "orvane/curves/GeLine2D.h"
 #include "orvane/curves/GeStrings.h"
 #include "orvane/curves/internal/ClassRegistry.h"
@@ -94,6 +97,10 @@ void OrvaneInit() {
   TGeClassDictionary& dict = *internal::ClassDict();
   dict.Add("Line2D", TGeClass::Of<TGeLine2D>("TGeLine2D"));
   dict.Add("CircularArc2D", TGeClass::Of<TGeCircularArc2D>("TGeCircularArc2D"));
+  dict.Add("CompositeCurve2D", TGeClass::Of<TGeCompositeCurve2D>("TGeCompositeCurve2D"));
+  dict.Add("Polyline2D", TGeClass::Of<TGePolyline2D>("TGePolyline2D"));
+  dict.Add("Polygon2D", TGeClass::Of<TGePolygon2D>("TGePolygon2D"));
+  dict.Add("PolyBezier2D", TGeClass::Of<TGePolyBezier2D>("TGePolyBezier2D"));
   // Every start from unloaded gives the default texts, also after an earlier stop emptied them.
   for (const TGeText& text : GeTexts) *text.Text = text.Default;
   LocaleProcs().Add(&GeometryStringsLocaleProc);

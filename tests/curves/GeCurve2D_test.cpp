@@ -116,11 +116,13 @@ TEST(GeCurve2D, DefaultsBuiltOnTheSubCurve) {
   ExpectNear(curve.NormalRight(1.0), TPoint2D(-2, 1) / std::sqrt(5.0), 1e-15);
   EXPECT_EQ(curve.DerivY(1.5), 3.0);
   EXPECT_EQ(curve.EvalY(1.5), 2.25);
-  // A kind the line has no crossing rule for is refused, not answered with no crossings.
+  // A kind without a rule of its own is crossed by the roots of its height over the line:
+  // the parabola touches the X axis once, at the origin (the moved copy only shifts along X).
   TList<TIntersect2D> inters;
-  orvane::testing::ExpectRaise<EAbstractError>(
-      [&] { TGeLine2D(TPoint2D(0, 0), TPoint2D(1, 1)).IntersectCurve(curve, inters, DefTol); },
-      "[Error] TGeLine2D.IntersectCurve: no crossing rule for a TParabola");
+  EXPECT_EQ(TGeLine2D(TPoint2D(-2, 0), TPoint2D(3, 0)).IntersectCurve(curve, inters, DefTol), 1);
+  ASSERT_EQ(inters.Count(), 1);
+  EXPECT_NEAR(inters[0].InterThis.Param, 0.4, 1e-6);
+  EXPECT_NEAR(inters[0].InterThat.Param, 0.0, 1e-6);
   EXPECT_EQ(curve.IsIn(TPoint2D(5, 5), DefTol), -1);  // outside the box: no crossing asked
   TList<double> at{0.0, 2.0};
   EXPECT_EQ(curve.GetPointsAt(at), (TDynPoints2D{{0, 0}, {2, 4}}));
