@@ -1,6 +1,5 @@
 #include "orvane/vertex/VPolyline2DTree.h"
 
-#include <algorithm>
 #include <cmath>
 #include <utility>
 #include <vector>
@@ -11,13 +10,13 @@
 #include "orvane/foundation/Rect2D.h"
 #include "orvane/paths/Path64.h"
 #include "orvane/paths/clipping/Clipper.h"
-#include "orvane/spatial/GenericRTree.h"
+#include "orvane/vertex/internal/OutlineNesting.h"
 
 namespace orvane {
 
 namespace {
 
-constexpr double NestTol = 1e-6;
+constexpr double NestTol = internal::NestTol;
 constexpr int On = static_cast<int>(TShapeRelation::srOn);
 constexpr int In = static_cast<int>(TShapeRelation::srIn);
 
@@ -27,115 +26,30 @@ std::unique_ptr<TVPolyline2D> ClonePolyline(const TVPolyline2D& Polyline) {
   return copy;
 }
 
-// Whether Inner lies inside Outer. The first vertex alone would misjudge outlines that
-// touch (a hole whose first vertex sits on the outline, neighbours sharing a corner), so
-// only vertices of Inner that are not on Outer count, and they vote: outlines that do not
-// cross agree on every vote, and an outline that crosses (a defect hole sticking out of a
-// hide) goes where most of its vertices lie, so the part sticking out stays void instead
-// of becoming material of its own. Ties go inside; the count stops as soon as the rest
-// cannot change the outcome. At most MaxVotes vertices, spread evenly, vote, so that a long
-// outline costs a bounded number of passes over the other. When no voting vertex is off
-// Outer, as many edge midpoints decide; an outline wholly on the other's boundary encloses
-// nothing the other does not and counts inside it, so a duplicate nests under its twin
-// and the parity cancels both.
-constexpr std::size_t MaxVotes = 64;
-
-bool LiesInside(const TVPolyline2D& Inner, const TVPolyline2D& Outer) {
-  const TDynPoints2D& pts = Inner.Points();
-  const std::size_t n = pts.size();
-  const std::size_t step = (n + MaxVotes - 1) / MaxVotes;
-  const std::size_t votes = (n + step - 1) / step;
-  std::size_t inside = 0, outside = 0;
-  for (std::size_t k = 0; k < votes; ++k) {
-    const int r = Outer.RelationWithPoint(pts[k * step], NestTol);
-    if (r == In)
-      ++inside;
-    else if (r != On)
-      ++outside;
-    const std::size_t rest = votes - k - 1;
-    if (inside >= outside + rest || outside > inside + rest) break;
+// A vertex outline to the nesting: its pieces are its edges, the last one closing from the
+// last vertex to the first.
+struct TPolylineNesting {
+  using TOutline = TVPolyline2D;
+  static void Check(const TVPolyline2D& P) { internal::CheckFiniteVertices(P.Points(), "TVPolyline2DTree.Create"); }
+  static bool BoundsNothing(const TVPolyline2D& P) { return P.Count() < 3; }
+  static double AbsArea(const TVPolyline2D& P) { return std::fabs(P.Area()); }
+  static TRect2D Box(const TVPolyline2D& P) { return P.BoundBox(); }
+  static std::size_t PieceCount(const TVPolyline2D& P) { return P.Points().size(); }
+  static TPoint2D VotePoint(const TVPolyline2D& P, std::size_t I) { return P.Points()[I]; }
+  static TPoint2D MidPoint(const TVPolyline2D& P, std::size_t I) {
+    const TDynPoints2D& pts = P.Points();
+    const TPoint2D& a = pts[I];
+    const TPoint2D& b = pts[(I + 1) % pts.size()];
+    return {(a.X + b.X) * 0.5, (a.Y + b.Y) * 0.5};
   }
-  if (inside + outside > 0) return inside >= outside;
-  for (std::size_t i = 0; i < n; i += step) {
-    const TPoint2D& a = pts[i];
-    const TPoint2D& b = pts[(i + 1) % n];
-    const int r = Outer.RelationWithPoint(TPoint2D((a.X + b.X) * 0.5, (a.Y + b.Y) * 0.5), NestTol);
-    if (r != On) return r == In;
-  }
-  return true;
-}
+  static int Relation(const TVPolyline2D& Outer, const TPoint2D& Pt) { return Outer.RelationWithPoint(Pt, NestTol); }
+  static std::unique_ptr<TVPolyline2D> Clone(const TVPolyline2D& P) { return ClonePolyline(P); }
+};
 
 }  // namespace
 
 TVPolyline2DTree::TVPolyline2DTree(const TList<TVPolyline2D*>& Polylines) {
-  struct TEntry {
-    const TVPolyline2D* Polyline;
-    double Area;
-    TRect2D Box;
-  };
-  std::vector<TEntry> entries;
-  entries.reserve(static_cast<std::size_t>(Polylines.Count()));
-  for (const TVPolyline2D* p : Polylines) {
-    if (p == nullptr) continue;
-    internal::CheckFiniteVertices(p->Points(), "TVPolyline2DTree.Create");
-    if (p->Count() < 3) continue;
-    entries.push_back({p, std::fabs(p->Area()), p->BoundBox()});
-  }
-  if (entries.empty()) return;
-  // Stable: outlines of equal area keep their input order, so the same input always gives
-  // the same tree (the earlier of two duplicates becomes the parent).
-  std::stable_sort(entries.begin(), entries.end(), [](const TEntry& A, const TEntry& B) { return A.Area > B.Area; });
-
-  // Placed nodes by index; a box index finds the few placed outlines whose boxes meet the
-  // next one (not only those that hold it: an outline that crosses may still belong inside), so a node with many children costs no scan of its siblings. Placed later means
-  // smaller, so among the outlines that hold a point the one placed last is the deepest.
-  std::vector<TNode*> placed;
-  placed.reserve(entries.size());
-  std::vector<TNode*> tops;
-  TRTree<int> index(16);
-  std::vector<int> hits;
-  try {
-    for (const TEntry& e : entries) {
-      hits.clear();
-      index.Search(e.Box, hits, NestTol);
-      std::sort(hits.begin(), hits.end(), std::greater<int>());
-      TNode* parent = nullptr;
-      for (const int h : hits) {
-        const TNode* candidate = placed[static_cast<std::size_t>(h)];
-        if (LiesInside(*e.Polyline, *candidate->GetData())) {
-          parent = placed[static_cast<std::size_t>(h)];
-          break;
-        }
-      }
-      std::unique_ptr<TVPolyline2D> copy = ClonePolyline(*e.Polyline);
-      auto node = std::make_unique<TNode>(copy.get(), 0);
-      (void)copy.release();
-      TNode* raw = node.release();
-      placed.push_back(raw);
-      if (parent != nullptr)
-        parent->AddChildNode(raw);
-      else
-        tops.push_back(raw);
-      index.Insert(static_cast<int>(placed.size() - 1), e.Box);
-    }
-  } catch (...) {
-    for (TNode* node : placed) {
-      delete node->GetData();
-      delete node;
-    }
-    throw;
-  }
-
-  if (tops.size() == 1) {
-    TMultiTree::SetRoot(std::unique_ptr<TNode>(tops.front()));
-    return;
-  }
-  // Several outlines lie outside all others: each is material, so none may become the
-  // child (a hole) of another. A root without polyline at depth -1 holds them at depth 0.
-  auto root = std::make_unique<TNode>(nullptr, -1);
-  for (TNode* top : tops) root->AddChildNode(top);
-  TMultiTree::SetRoot(std::move(root));
-  FRoot->SetDepth(-1);
+  internal::AdoptNesting<TPolylineNesting>(*this, Polylines);
 }
 
 TVPolyline2DTree::TVPolyline2DTree(const Clipper::TPolyNode& PolyNode) {
