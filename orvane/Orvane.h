@@ -50,6 +50,7 @@
 #include "orvane/foundation/VorLocale.h"
 #include "orvane/mixed/LABPolyline.h"
 #include "orvane/mixed/LABPolylineList.h"
+#include "orvane/mixed/LABPolylineTree.h"
 #include "orvane/mixed/LABSegline.h"
 #include "orvane/paths/Path64.h"
 #include "orvane/paths/PathUtils.h"
