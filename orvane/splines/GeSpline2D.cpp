@@ -633,20 +633,43 @@ std::unique_ptr<TGeSpline2D> WrapPeriodicSpline(const TDynPoints2D& CtrlPoints, 
   return s;
 }
 
-void SpanBezierW(const TDynPoints3D& Hom, const TFloatDynArray& Knots, int Degree, int Span, TPoint3D* Out) {
-  const double a = Knots[Ix(Span)];
-  const double b = Knots[Ix(Span + 1)];
-  std::vector<double> args(Ix(Degree) + 1);
-  for (int j = 0; j <= Degree; ++j) {
-    for (int r = 0; r < Degree; ++r) args[Ix(r)] = r < Degree - j ? a : b;
-    Out[j] = Blossom(Hom, Knots, Degree, Span, args.data());
-  }
-}
-
 }  // namespace internal
 
 // ---------------------------------------------------------------------------------------
 // Decomposition and clamping
+
+namespace internal {
+
+void ClampEnds(TDynPoints3D& Hom, TFloatDynArray& Knots, int Degree) {
+  const int p = Degree;
+  const int n = static_cast<int>(Hom.size());
+  const int k = static_cast<int>(Knots.size());
+  if (p == 0 || n < p + 1 || k != n + p + 1) return;
+  if (Knots[0] == Knots[Ix(p)] && Knots[Ix(k - 1)] == Knots[Ix(k - 1 - p)]) return;
+  // Each new end control point is the polar form of the end piece at its own knots in the
+  // clamped vector. That holds for any number of control points, also where both ends'
+  // rewrites meet in the middle.
+  TFloatDynArray clamped = Knots;
+  for (int i = 0; i <= p; ++i) {
+    clamped[Ix(i)] = Knots[Ix(p)];
+    clamped[Ix(k - 1 - i)] = Knots[Ix(k - 1 - p)];
+  }
+  int firstSpan = p;
+  while (firstSpan < n - 1 && !(Knots[Ix(firstSpan)] < Knots[Ix(firstSpan + 1)])) ++firstSpan;
+  int lastSpan = n - 1;
+  while (lastSpan > p && !(Knots[Ix(lastSpan)] < Knots[Ix(lastSpan + 1)])) --lastSpan;
+  const TDynPoints3D old = Hom;
+  std::vector<double> args(Ix(p));
+  auto rewrite = [&](int i, int span) {
+    for (int r = 0; r < p; ++r) args[Ix(r)] = clamped[Ix(i + 1 + r)];
+    Hom[Ix(i)] = Blossom(old, Knots, p, span, args.data());
+  };
+  for (int i = 0; i <= p && i < n; ++i) rewrite(i, firstSpan);
+  for (int i = std::max(n - 1 - p, p + 1); i < n; ++i) rewrite(i, lastSpan);
+  Knots = clamped;
+}
+
+}  // namespace internal
 
 TPoint3DLists TGeSpline2D::DecomposeCurveW() const {
   TPoint3DLists pieces;
@@ -675,22 +698,47 @@ void TGeSpline2D::DecomposeOneSplineW(TPoint3DLists& Pieces) const {
   } catch (const EGeometry&) {
     return;
   }
-  // Every span is blossomed straight into Bezier form, so clamped, unclamped, uniform and
-  // rational splines alike have pieces.
-  const TDynPoints3D& hom = HomPoints();
-  bool havePrev = false;
-  for (int span = p; span < n; ++span) {
-    if (!(FKnots[Ix(span)] < FKnots[Ix(span + 1)])) continue;
-    TDynPoints3D piece(Ix(p) + 1);
-    internal::SpanBezierW(hom, FKnots, p, span, piece.data());
-    if (havePrev) {
-      int run = 0;
-      for (int i = span; i >= 0 && FKnots[Ix(i)] == FKnots[Ix(span)] && run <= p; --i) ++run;
-      // Where the curve runs on through the knot, neighbours share their joint exactly.
-      if (run <= p) piece.front() = Pieces.back().back();
+  if (p == 0) {
+    for (int i = 0; i < n; ++i)
+      if (FKnots[Ix(i)] < FKnots[Ix(i + 1)]) Pieces.push_back({HomPoints()[Ix(i)]});
+    return;
+  }
+  // Unclamped ends are first rewritten in clamped form (exactly, by blossoming), so that
+  // clamped, unclamped, uniform and rational splines alike have pieces.
+  TDynPoints3D pw = HomPoints();
+  TFloatDynArray u = FKnots;
+  internal::ClampEnds(pw, u, p);
+  // Knot insertion span by span, carrying the points the next piece shares.
+  const int m = static_cast<int>(u.size()) - 1;
+  TWork q(p + 1), next(p + 1);
+  std::vector<double> alphas(Ix(p));
+  for (int i = 0; i <= p; ++i) q[i] = pw[Ix(i)];
+  int a = p, b = p + 1;
+  while (b < m) {
+    const int i0 = b;
+    while (b < m && u[Ix(b + 1)] == u[Ix(b)]) ++b;
+    const int mult = b - i0 + 1;
+    if (mult < p) {
+      const double numer = u[Ix(b)] - u[Ix(a)];
+      for (int j = p; j > mult; --j) alphas[Ix(j - mult - 1)] = numer / (u[Ix(a + j)] - u[Ix(a)]);
+      const int r = p - mult;
+      for (int j = 1; j <= r; ++j) {
+        const int save = r - j, s = mult + j;
+        for (int k = p; k >= s; --k) q[k] = Lerp(q[k - 1], q[k], alphas[Ix(k - s)]);
+        if (b < m) next[save] = q[p];
+      }
     }
-    Pieces.push_back(std::move(piece));
-    havePrev = true;
+    if (u[Ix(a)] < u[Ix(b)]) {
+      TDynPoints3D piece(Ix(p) + 1);
+      for (int j = 0; j <= p; ++j) piece[Ix(j)] = q[j];
+      Pieces.push_back(std::move(piece));
+    }
+    if (b < m) {
+      for (int j = 0; j + 2 <= p; ++j) q[j] = next[j];
+      for (int j = std::max(p - mult, 0); j <= p; ++j) q[j] = pw[Ix(b - p + j)];
+      a = b;
+      ++b;
+    }
   }
 }
 
@@ -747,39 +795,24 @@ bool TGeSpline2D::SplineSplit(TGeSpline2DList& Subs) const {
 
 void TGeSpline2D::ConvertToClampingCurve() {
   CheckWellFormed("ConvertToClampingCurve");
-  const int n = GetCtrlPointCount();
   const int p = FDegree;
-  const int k = GetKnotCount();
-  if (p == 0) return;
-  // Each new end control point is the polar form of the end piece at its own knots in the
-  // clamped vector. That holds for any number of control points, also where both ends'
-  // rewrites meet in the middle.
+  const int n = GetCtrlPointCount();
+  TDynPoints3D hom = HomPoints();
+  const TDynPoints3D before = hom;
   TFloatDynArray knots = FKnots;
-  for (int i = 0; i <= p; ++i) {
-    knots[Ix(i)] = FKnots[Ix(p)];
-    knots[Ix(k - 1 - i)] = FKnots[Ix(k - 1 - p)];
-  }
-  const TDynPoints3D hom = HomPoints();
-  int firstSpan = p;
-  while (firstSpan < n - 1 && !(FKnots[Ix(firstSpan)] < FKnots[Ix(firstSpan + 1)])) ++firstSpan;
-  int lastSpan = n - 1;
-  while (lastSpan > p && !(FKnots[Ix(lastSpan)] < FKnots[Ix(lastSpan + 1)])) --lastSpan;
+  internal::ClampEnds(hom, knots, p);
   const bool rational = GetIsRational();
-  const double w0 = FWeights[0];
-  std::vector<double> args(Ix(p));
-  auto rewrite = [&](int i, int span) {
-    for (int r = 0; r < p; ++r) args[Ix(r)] = knots[Ix(i + 1 + r)];
-    const TPoint3D q = Blossom(hom, FKnots, p, span, args.data());
+  for (int i = 0; i < n; ++i) {
+    if (hom[Ix(i)] == before[Ix(i)]) continue;
+    const TPoint3D& q = hom[Ix(i)];
+    // A non-rational spline runs on weight 1 and keeps its weights.
     if (rational) {
       FCtrlPoints[Ix(i)] = {q.X / q.Z, q.Y / q.Z};
       FWeights[Ix(i)] = q.Z;
     } else {
       FCtrlPoints[Ix(i)] = {q.X, q.Y};
-      FWeights[Ix(i)] = w0;
     }
-  };
-  for (int i = 0; i <= p && i < n; ++i) rewrite(i, firstSpan);
-  for (int i = std::max(n - 1 - p, p + 1); i < n; ++i) rewrite(i, lastSpan);
+  }
   FKnots = knots;
   Invalidate();
 }

@@ -198,8 +198,9 @@ namespace internal {
 ORVANE_API std::unique_ptr<TGeSpline2D> WrapPeriodicSpline(const TDynPoints2D& CtrlPoints,
                                                            const TFloatDynArray& Weights,
                                                            const TFloatDynArray& Knots, int Degree);
-// Bezier points of one span [A, B] (Span the index of its lower knot), by blossoming.
-void SpanBezierW(const TDynPoints3D& Hom, const TFloatDynArray& Knots, int Degree, int Span, TPoint3D* Out);
+// Rewrites the homogeneous points and knots of an unclamped end into clamped form, the
+// curve on its knot range unchanged; clamped ends stay as they are.
+void ClampEnds(TDynPoints3D& Hom, TFloatDynArray& Knots, int Degree);
 }  // namespace internal
 
 }  // namespace orvane

@@ -241,6 +241,12 @@ TEST(GeSpline2D, DecompositionOfUniformClampedAndLongRuns) {
   ASSERT_EQ(bp.size(), 2u);
   EXPECT_EQ(bp[0][3], TPoint3D(3, 0, 1));
   EXPECT_EQ(bp[1][0], TPoint3D(8, 2, 1));
+  // A run of exactly p + 1 inside: two pieces that need not meet.
+  const TPoint3DLists gap =
+      Make(2, {{0, 0}, {1, 1}, {2, 0}, {5, 5}, {6, 6}, {7, 5}}, {0, 0, 0, 1, 1, 1, 2, 2, 2})->DecomposeCurve();
+  ASSERT_EQ(gap.size(), 2u);
+  EXPECT_EQ(gap[0], (TDynPoints3D{{0, 0, 1}, {1, 1, 1}, {2, 0, 1}}));
+  EXPECT_EQ(gap[1], (TDynPoints3D{{5, 5, 1}, {6, 6, 1}, {7, 5, 1}}));
 }
 
 TEST(GeSpline2D, ClampingKeepsTheCurve) {
