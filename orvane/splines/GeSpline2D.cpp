@@ -386,7 +386,7 @@ int TGeSpline2D::FindSpan(double Param) const {
   return span;
 }
 
-TPoint3D TGeSpline2D::EvalW(double Param) const {
+TPoint3D TGeSpline2D::EvalW(double Param, TPoint3D* DerivW) const {
   const int p = FDegree;
   const TDynPoints3D& hom = HomPoints();
   const double lo = FKnots[Ix(p)];
@@ -397,11 +397,17 @@ TPoint3D TGeSpline2D::EvalW(double Param) const {
   for (int j = 0; j <= p; ++j) d[j] = hom[Ix(span - p + j)];
   const double* t = FKnots.data() + (span - p);
   for (int r = 1; r <= p; ++r) {
+    if (r == p && DerivW != nullptr) {
+      // The last level's two inputs span one knot interval: their difference, scaled, is
+      // the homogeneous derivative there.
+      *DerivW = (d[p] - d[p - 1]) * (p / (t[p + 1] - t[p]));
+    }
     for (int j = p; j >= r; --j) {
       const double a = (u - t[j]) / (t[j + p + 1 - r] - t[j]);
       d[j] = Lerp(d[j - 1], d[j], a);
     }
   }
+  if (p == 0 && DerivW != nullptr) *DerivW = TPoint3D::FZero;
   return d[p];
 }
 
@@ -460,14 +466,6 @@ const TGeSpline2D& TGeSpline2D::GetDervSpline() const {
   return *FDervSpline;
 }
 
-TPoint2D TGeSpline2D::DerivAt(double Param, const TPoint3D& Pw) const {
-  if (FDegree == 0) return TPoint2D::FZero;
-  if (!FUpdatedDerv) FillDervSpline();
-  const TPoint3D dw = FDervSpline->EvalW(Param);
-  const TPoint2D pnt = PointH(Pw);
-  return TPoint2D(dw.X, dw.Y) - pnt * dw.Z;
-}
-
 TPoint2D TGeSpline2D::DerivW(double Param, const TPoint2D& Pnt) const {
   CheckWellFormed("DerivW");
   TPoint2D result = TPoint2D::FZero;
@@ -495,9 +493,10 @@ TPoint2D TGeSpline2D::EvalPoint(double Param, TPoint2D& Deriv) const {
   if (std::isnan(Param)) throw EParamError("[Error] TGeSpline2D.EvalPoint: the parameter is not a number");
   const TGeInterval intv = GetInterval();
   const double u = Param < intv.Lower ? intv.Lower : (Param > intv.Upper ? intv.Upper : Param);
-  const TPoint3D pw = EvalW(u);
+  TPoint3D dw;
+  const TPoint3D pw = EvalW(u, &dw);
   const TPoint2D pnt = PointH(pw);
-  TPoint2D deriv = DerivAt(u, pw);
+  TPoint2D deriv = TPoint2D(dw.X, dw.Y) - pnt * dw.Z;
   if (deriv == TPoint2D::FZero) {
     const double scale = GetIsRational() ? 1.0 : FWeights[0];
     deriv = DerivW(u, pnt) * (1.0 / scale);

@@ -167,8 +167,8 @@ class ORVANE_API TGeSpline2D final : public TGeCurve2D {
   const TDynPoints3D& HomPoints() const;
   // The span whose half-open knot interval holds Param (the last non-empty one at the end).
   int FindSpan(double Param) const;
-  TPoint3D EvalW(double Param) const;
-  TPoint2D DerivAt(double Param, const TPoint3D& Pw) const;
+  // The homogeneous point, and on request its derivative, of the span holding Param.
+  TPoint3D EvalW(double Param, TPoint3D* DerivW = nullptr) const;
   void FillDervSpline() const;
   std::unique_ptr<TGeSpline2D> CopySpline() const;
 
