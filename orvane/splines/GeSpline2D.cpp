@@ -841,6 +841,72 @@ std::unique_ptr<TGeCurve2D> TGeSpline2D::SubCurve(double PrmFrom, double PrmTo) 
   return a;
 }
 
+namespace {
+
+// The first leg of the control polygon that turns back in x or in y (beyond the point
+// tolerance), or -1.
+int MonotonyBreak(const TGeSpline2D& S) {
+  const TDynPoints2D& pts = S.GetCtrlPoints();
+  if (pts.size() < 3) return -1;
+  const double tol = DefTol.PointTol;
+  int sx = 0, sy = 0;  // 0 undecided, 1 rising, -1 falling
+  auto step = [tol](int& State, double D) {
+    if (State == 0) {
+      State = D < -tol ? -1 : (D > tol ? 1 : 0);
+      return true;
+    }
+    return State > 0 ? D >= -tol : D <= tol;
+  };
+  for (std::size_t i = 1; i < pts.size(); ++i) {
+    const bool okX = step(sx, pts[i].X - pts[i - 1].X);
+    const bool okY = step(sy, pts[i].Y - pts[i - 1].Y);
+    if (!okX || !okY) return static_cast<int>(i) - 1;
+  }
+  return -1;
+}
+
+constexpr std::size_t kMaxPieces = 100000;
+
+}  // namespace
+
+void TGeSpline2D::PolySplit(TGeSpline2DList& List, double EpsChord) const {
+  if (!(EpsChord > 0.0) || !std::isfinite(EpsChord))
+    throw EParamError("[Error] TGeSpline2D.PolySplit: EpsChord must be a positive number");
+  CheckWellFormed("PolySplit");
+  std::vector<std::unique_ptr<TGeSpline2D>> stack;
+  stack.push_back(CopySpline());
+  stack.back()->FPeriodic = false;
+  std::size_t made = 0;
+  while (!stack.empty()) {
+    std::unique_ptr<TGeSpline2D> s = std::move(stack.back());
+    stack.pop_back();
+    const TGeInterval iv = s->GetInterval();
+    bool cut = false;
+    if (iv.GetLength() > 1e-5) {
+      const TRect2D box = s->CtrlPointsBoundBlock();
+      const bool bent = box.XMax - box.XMin >= EpsChord && box.YMax - box.YMin >= EpsChord &&
+                        s->CtrlBoxError(EpsChord) > EpsChord;
+      cut = bent || MonotonyBreak(*s) >= 0;
+    }
+    if (!cut) {
+      List.push_back(std::move(s));
+      continue;
+    }
+    // Each cut adds one piece; a bound on them keeps a huge knot range from running away.
+    if (++made > kMaxPieces)
+      throw EGeometry("[Error] TGeSpline2D.PolySplit: more than %d pieces are needed", int(kMaxPieces));
+    std::unique_ptr<TGeSpline2D> a, b;
+    s->SplitSpline((iv.Lower + iv.Upper) * 0.5, a, b);
+    if (b) stack.push_back(std::move(b));
+    if (a) stack.push_back(std::move(a));
+  }
+}
+
+void TGeSpline2D::PolySplit(double From, double To, TGeSpline2DList& List, double EpsChord) const {
+  std::unique_ptr<TGeCurve2D> sub = SubCurve(From, To);
+  if (auto* s = dynamic_cast<TGeSpline2D*>(sub.get())) s->PolySplit(List, EpsChord);
+}
+
 double TGeSpline2D::CtrlBoxError(double Tol) const {
   const int n = GetCtrlPointCount();
   if (n < 3) return 0.0;

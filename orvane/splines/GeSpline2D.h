@@ -128,6 +128,12 @@ class ORVANE_API TGeSpline2D final : public TGeCurve2D {
   void ConvertToClampingCurve();
 
   std::unique_ptr<TGeCurve2D> SubCurve(double PrmFrom, double PrmTo) const override;
+  // Sub-splines in order along the curve, each flat within EpsChord (or of parameter length
+  // 1e-5 or less) and monotone in x and in y; a copy of this spline when no cut is needed.
+  // EParamError for an EpsChord that is not a positive number, EGeometry when more than
+  // 10^5 pieces would be needed.
+  void PolySplit(TGeSpline2DList& List, double EpsChord) const;
+  void PolySplit(double From, double To, TGeSpline2DList& List, double EpsChord) const;
   // Greatest distance of an inner control point from the line of the end control points;
   // stops at the first above Tol.
   double CtrlBoxError(double Tol) const;

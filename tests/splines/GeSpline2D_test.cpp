@@ -357,3 +357,54 @@ TEST(GeSpline2D, CachesFollowChanges) {
 
 }  // namespace
 }  // namespace orvane
+
+namespace orvane {
+namespace {
+
+TEST(GeSpline2D, PolySplitGivesFlatMonotonePiecesAndStaysBounded) {
+  auto circle = TGeSpline2D::CreateArc({0, 0}, 10, 0.1, 2 * std::numbers::pi);
+  TGeSpline2DList pieces;
+  circle->PolySplit(pieces, 0.01);
+  ASSERT_GT(pieces.size(), 8u);
+  EXPECT_EQ(pieces.front()->GetStartParam(), 0.0);
+  EXPECT_EQ(pieces.back()->GetEndParam(), 1.0);
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    const TGeSpline2D& s = *pieces[i];
+    if (i > 0) {
+      EXPECT_EQ(s.GetStartParam(), pieces[i - 1]->GetEndParam());
+    }
+    const TRect2D box = s.CtrlPointsBoundBlock();
+    EXPECT_TRUE(s.CtrlBoxError(0.01) <= 0.01 || box.XMax - box.XMin < 0.01 || box.YMax - box.YMin < 0.01);
+    // Monotone: the control points run one way in x and in y.
+    const TDynPoints2D& p = s.GetCtrlPoints();
+    for (std::size_t j = 2; j < p.size(); ++j) {
+      EXPECT_GE((p[j].X - p[j - 1].X) * (p[1].X - p[0].X), -1e-12);
+      EXPECT_GE((p[j].Y - p[j - 1].Y) * (p[1].Y - p[0].Y), -1e-12);
+    }
+  }
+  // A straight spline that turns back along its line is cut at the turn, though flat.
+  auto back = TGeSpline2D::CreateBezier({{0, 0}, {4, 0}, {4, 0}, {1, 0}});
+  pieces.clear();
+  back->PolySplit(pieces, 0.01);
+  EXPECT_GT(pieces.size(), 1u);
+  // A flat monotone spline is not cut.
+  pieces.clear();
+  TGeSpline2D::CreateLine({0, 0}, {3, 1})->PolySplit(pieces, 0.01);
+  EXPECT_EQ(pieces.size(), 1u);
+  EXPECT_THROW(back->PolySplit(pieces, 0.0), EParamError);
+  EXPECT_THROW(back->PolySplit(pieces, NAN), EParamError);
+  // A huge knot range with a turning control polygon would need ever more pieces.
+  auto huge = TGeSpline2D::CreateBezier({{0, 0}, {1, 1}, {2, -1}, {3, 0}});
+  huge->SetKnots(4, 1e12);
+  huge->SetKnots(5, 1e12);
+  huge->SetKnots(6, 1e12);
+  huge->SetKnots(7, 1e12);
+  pieces.clear();
+  huge->PolySplit(pieces, 1e-3);  // flat enough long before the 1e-5 floor
+  EXPECT_GT(pieces.size(), 1u);
+  pieces.clear();
+  EXPECT_THROW(huge->PolySplit(pieces, 1e-300), EGeometry);
+}
+
+}  // namespace
+}  // namespace orvane
