@@ -670,6 +670,36 @@ void ClampEnds(TDynPoints3D& Hom, TFloatDynArray& Knots, int Degree) {
 
 }  // namespace internal
 
+TFullMatrix GetBSpilineClampingMatrix(int Degree, const TFloatDynArray& Knots, bool AtStart) {
+  const int p = std::max(Degree, 0);
+  TFullMatrix result(Ix(p) + 1, std::vector<double>(Ix(p) + 1, 0.0));
+  const int k = static_cast<int>(Knots.size());
+  const int n = k - p - 1;
+  if (k < 2 * p + 2) return result;
+  const int span = AtStart ? p : n - 1;
+  if (!(Knots[Ix(span)] < Knots[Ix(span + 1)])) return result;
+  TFloatDynArray clamped = Knots;
+  for (int i = 0; i <= p; ++i) {
+    clamped[Ix(i)] = Knots[Ix(p)];
+    clamped[Ix(k - 1 - i)] = Knots[Ix(k - 1 - p)];
+  }
+  // The polar form is linear in the control points: column c is the end piece's polar form
+  // with control point c alone set to one.
+  const int first = span - p;
+  TDynPoints3D unit(Ix(n));
+  std::vector<double> args(Ix(p));
+  for (int c = 0; c <= p; ++c) {
+    std::fill(unit.begin(), unit.end(), TPoint3D::FZero);
+    unit[Ix(first + c)] = {1.0, 0.0, 0.0};
+    for (int r = 0; r <= p; ++r) {
+      const int i = first + r;
+      for (int a = 0; a < p; ++a) args[Ix(a)] = clamped[Ix(i + 1 + a)];
+      result[Ix(r)][Ix(c)] = Blossom(unit, Knots, p, span, args.data()).X;
+    }
+  }
+  return result;
+}
+
 TPoint3DLists TGeSpline2D::DecomposeCurveW() const {
   TPoint3DLists pieces;
   TGeSpline2DList subs;

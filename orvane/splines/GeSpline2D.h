@@ -25,6 +25,11 @@ using TFullMatrix = std::vector<std::vector<double>>;
 // One list of p + 1 points per Bezier piece, or the levels of a de Boor triangle.
 using TPoint3DLists = std::vector<TDynPoints3D>;
 
+// The (p + 1) by (p + 1) matrix that turns the first (AtStart) or last p + 1 control points
+// of a spline with these knots into those of its clamped form, the curve unchanged; zero
+// when Knots has fewer than 2p + 2 entries or the end span is empty.
+ORVANE_API TFullMatrix GetBSpilineClampingMatrix(int Degree, const TFloatDynArray& Knots, bool AtStart);
+
 class TGeSpline2D;
 using TGeSpline2DList = std::vector<std::unique_ptr<TGeSpline2D>>;
 

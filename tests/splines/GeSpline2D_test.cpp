@@ -279,7 +279,22 @@ TEST(GeSpline2D, ClampingKeepsTheCurve) {
     ExpectNear(c->GetCtrlPoint(0), s->EvalPoint(iv.Lower), 1e-13);
     ExpectNear(c->GetCtrlPoint(-1), s->EvalPoint(iv.Upper), 1e-13);
     EXPECT_EQ(c->DecomposeCurve().size(), s->DecomposeCurve().size());
+    // The end matrices give the same new end points, in homogeneous form.
+    const TFullMatrix start = GetBSpilineClampingMatrix(3, k, true);
+    const TFullMatrix end = GetBSpilineClampingMatrix(3, k, false);
+    for (int r = 0; r <= 3; ++r) {
+      TPoint3D qs = TPoint3D::FZero, qe = TPoint3D::FZero;
+      for (int j = 0; j <= 3; ++j) {
+        qs = qs + s->GetCtrlPointW(j) * start[static_cast<std::size_t>(r)][static_cast<std::size_t>(j)];
+        qe = qe + s->GetCtrlPointW(n - 4 + j) * end[static_cast<std::size_t>(r)][static_cast<std::size_t>(j)];
+      }
+      if (n >= 8) {  // ends apart: each matrix alone gives its end
+        ExpectNear(TGeSpline2D::PointH(qs), c->GetCtrlPoint(r), 1e-12);
+        ExpectNear(TGeSpline2D::PointH(qe), c->GetCtrlPoint(n - 4 + r), 1e-12);
+      }
+    }
   }
+  EXPECT_EQ(GetBSpilineClampingMatrix(3, {0, 1, 2, 3, 4}, true), TFullMatrix(4, std::vector<double>(4, 0.0)));
 }
 
 TEST(GeSpline2D, JoiningAndReversal) {
