@@ -306,11 +306,12 @@ void TGeSpline2D::CheckWellFormed(const char* Where) const {
 
 const TDynPoints3D& TGeSpline2D::HomPoints() const {
   if (!FHomValid) {
-    // Equal weights cancel in the quotient, so a non-rational spline runs on weight 1.
-    const bool rational = GetIsRational();
+    // Equal weights cancel in the quotient, so such a spline runs on weight 1. The weights
+    // decide, not the rational flag, which a reader may have set otherwise.
+    FHomUnit = std::all_of(FWeights.begin(), FWeights.end(), [this](double w) { return w == FWeights[0]; });
     FHom.resize(FCtrlPoints.size());
     for (std::size_t i = 0; i < FCtrlPoints.size(); ++i)
-      FHom[i] = rational ? GetCtrlPointW(static_cast<int>(i)) : TPoint3D(FCtrlPoints[i].X, FCtrlPoints[i].Y, 1.0);
+      FHom[i] = FHomUnit ? TPoint3D(FCtrlPoints[i].X, FCtrlPoints[i].Y, 1.0) : GetCtrlPointW(static_cast<int>(i));
     FHomValid = true;
   }
   return FHom;
@@ -417,7 +418,7 @@ TPoint3D TGeSpline2D::EvalPointW(double Param) const {
   const TGeInterval intv = GetInterval();
   const double u = Param < intv.Lower ? intv.Lower : (Param > intv.Upper ? intv.Upper : Param);
   TPoint3D pw = EvalW(u);
-  if (!GetIsRational() && !FWeights.empty()) pw = pw * FWeights[0];
+  if (FHomUnit) pw = pw * FWeights[0];
   return pw;
 }
 
@@ -454,6 +455,7 @@ void TGeSpline2D::FillDervSpline() const {
     d.FHom[Ix(i)] = diff;
   }
   d.FHomValid = true;
+  d.FHomUnit = false;
   d.FRationalValid = true;
   d.FIsRational = true;
   d.FCheckedOk = true;
@@ -472,7 +474,8 @@ TPoint2D TGeSpline2D::DerivW(double Param, const TPoint2D& Pnt) const {
   if (FDegree > 0) {
     const TPoint3D dw = GetDervSpline().EvalW(Param);
     // The derivative spline runs on the weights as this spline's evaluation does.
-    const double scale = GetIsRational() ? 1.0 : FWeights[0];
+    HomPoints();
+    const double scale = FHomUnit ? FWeights[0] : 1.0;
     result = TPoint2D(dw.X, dw.Y) * scale - Pnt * (dw.Z * scale);
   }
   if (!(result == TPoint2D::FZero)) return result;
@@ -498,14 +501,16 @@ TPoint2D TGeSpline2D::EvalPoint(double Param, TPoint2D& Deriv) const {
   const TPoint2D pnt = PointH(pw);
   TPoint2D deriv = TPoint2D(dw.X, dw.Y) - pnt * dw.Z;
   if (deriv == TPoint2D::FZero) {
-    const double scale = GetIsRational() ? 1.0 : FWeights[0];
+    const double scale = FHomUnit ? FWeights[0] : 1.0;
     deriv = DerivW(u, pnt) * (1.0 / scale);
     if (deriv == TPoint2D::FZero && u > intv.Lower && u < intv.Upper) {
       std::unique_ptr<TGeSpline2D> s1, s2;
       SplitSpline(u, s1, s2);
-      if (s1) deriv = s1->DerivW(s1->GetEndParam(), pnt) * (1.0 / (s1->GetIsRational() ? 1.0 : s1->FWeights[0]));
+      if (s1) s1->HomPoints();
+      if (s2) s2->HomPoints();
+      if (s1) deriv = s1->DerivW(s1->GetEndParam(), pnt) * (1.0 / (s1->FHomUnit ? s1->FWeights[0] : 1.0));
       if (deriv == TPoint2D::FZero && s2)
-        deriv = s2->DerivW(s2->GetStartParam(), pnt) * (1.0 / (s2->GetIsRational() ? 1.0 : s2->FWeights[0]));
+        deriv = s2->DerivW(s2->GetStartParam(), pnt) * (1.0 / (s2->FHomUnit ? s2->FWeights[0] : 1.0));
     }
   }
   if (!fEqual(pw.Z, 0.0, kTol)) deriv = deriv / pw.Z;
@@ -830,7 +835,7 @@ void TGeSpline2D::ConvertToClampingCurve() {
   const TDynPoints3D before = hom;
   TFloatDynArray knots = FKnots;
   internal::ClampEnds(hom, knots, p);
-  const bool rational = GetIsRational();
+  const bool rational = !FHomUnit;
   for (int i = 0; i < n; ++i) {
     if (hom[Ix(i)] == before[Ix(i)]) continue;
     const TPoint3D& q = hom[Ix(i)];

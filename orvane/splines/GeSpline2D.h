@@ -198,6 +198,7 @@ class ORVANE_API TGeSpline2D final : public TGeCurve2D {
   bool FIsDerivative = false;
   mutable bool FCheckedOk = false;
   mutable bool FHomValid = false;
+  mutable bool FHomUnit = false;  // all weights equal: FHom runs on weight 1
   mutable TDynPoints3D FHom;
 };
 

@@ -361,6 +361,9 @@ TEST(GeSpline2D, CachesFollowChanges) {
   EXPECT_EQ(s->GetDervSpline().GetCtrlPointCount(), 2);
   s->SetWeight(1, 4.0);
   EXPECT_TRUE(s->GetIsRational());
+  // A rational flag written against the weights (as a file may hold it) changes no point.
+  s->SetIsRational(false);
+  ExpectNear(s->EvalPoint(0.5), {1, 2.0 / 3}, 1e-15);
   s->ScaleBy(2.0);
   // Weights (1, 2, 1) on (0,0) (2,2) (4,0): at 1/2, W = 3/2, A = (3, 2), A' = (4, 0), W' = 0.
   ExpectNear(s->EvalPoint(0.5, d), {2, 4.0 / 3}, 1e-15);
