@@ -215,12 +215,7 @@ TEST(SplineOracles, RandomRationalSplinesAgreeWithSislAndOcct) {
         const double da = 30.0 * p / MinSpan(a->GetKnotVector()), db = 30.0 * p / MinSpan(b->GetKnotVector());
         const bool ok = Close(a->EvalPoint(ua, d1), SislEval(sa, ua, e1), scale) && Close(d1, e1, da) &&
                         Close(b->EvalPoint(ub, d2), SislEval(sb, ub, e2), scale) && Close(d2, e2, db);
-        if (!ok && ++bad < 10) {
-          ADD_FAILURE() << "split, trial " << trial << " at " << cut << " f " << f << " a " << a->EvalPoint(ua).ToString()
-                        << " " << SislEval(sa, ua, e1).ToString() << " b " << b->EvalPoint(ub).ToString() << " "
-                        << SislEval(sb, ub, e2).ToString() << " d " << d1.ToString() << e1.ToString() << d2.ToString()
-                        << e2.ToString() << " p " << p << " knots " << ::testing::PrintToString(r.Knots);
-        }
+        if (!ok && ++bad < 10) ADD_FAILURE() << "split, trial " << trial << " at " << cut << ", f " << f;
       }
       EXPECT_EQ(a->GetCtrlPoints().back(), b->GetCtrlPoints().front());
     }
@@ -258,10 +253,7 @@ TEST(SplineOracles, RandomRationalSplinesAgreeWithSislAndOcct) {
                         std::fabs(q.Z - c[2]) <= 1e-12 * (std::fabs(c[2]) + 1) &&
                         Close(plane, {pole.X(), pole.Y()}, scale) &&
                         std::fabs(q.Z / w[k][0].Z - ratio) <= 1e-12 * (ratio + 1);
-        if (!ok && ++bad < 10)
-          ADD_FAILURE() << "Bezier piece " << k << " point " << j << ", trial " << trial << " ours "
-                        << plane.ToString() << " w " << q.Z << " sisl " << c[0] / c[2] << "," << c[1] / c[2] << " w "
-                        << c[2] << " occt " << pole.X() << "," << pole.Y() << " ratio " << ratio;
+        if (!ok && ++bad < 10) ADD_FAILURE() << "Bezier piece " << k << " point " << j << ", trial " << trial;
       }
     }
   }
