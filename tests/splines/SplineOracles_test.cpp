@@ -207,6 +207,8 @@ TEST(SplineOracles, RandomRationalSplinesAgreeWithSislAndOcct) {
     s1710(sisl.C, cut, &sa, &sb, &stat);
     TSislCurve ha(sa), hb(sb);
     if (a && b && stat >= 0 && sa && sb) {
+      Handle(Geom2d_BSplineCurve) occtA = Geom2dConvert::SplitBSplineCurve(occt, lo, cut, 1e-14);
+      Handle(Geom2d_BSplineCurve) occtB = Geom2dConvert::SplitBSplineCurve(occt, cut, hi, 1e-14);
       for (const double f : {0.0, 0.37, 1.0}) {
         TPoint2D d1, d2, e1, e2;
         const double ua = lo + (a->GetEndParam() - lo) * f;
@@ -216,6 +218,15 @@ TEST(SplineOracles, RandomRationalSplinesAgreeWithSislAndOcct) {
         const bool ok = Close(a->EvalPoint(ua, d1), SislEval(sa, ua, e1), scale) && Close(d1, e1, da) &&
                         Close(b->EvalPoint(ub, d2), SislEval(sb, ub, e2), scale) && Close(d2, e2, db);
         if (!ok && ++bad < 10) ADD_FAILURE() << "split, trial " << trial << " at " << cut << ", f " << f;
+        // OCCT's segment of the same stretch, at the same parameters.
+        gp_Pnt2d pa, pb;
+        gp_Vec2d va, vb;
+        occtA->D1(ua, pa, va);
+        occtB->D1(ub, pb, vb);
+        const bool okOcct = Close(d1, {va.X(), va.Y()}, da) && Close(d2, {vb.X(), vb.Y()}, db) &&
+                            Close(a->EvalPoint(ua), {pa.X(), pa.Y()}, scale) &&
+                            Close(b->EvalPoint(ub), {pb.X(), pb.Y()}, scale);
+        if (!okOcct && ++bad < 10) ADD_FAILURE() << "OCCT split, trial " << trial << " at " << cut << ", f " << f;
       }
       EXPECT_EQ(a->GetCtrlPoints().back(), b->GetCtrlPoints().front());
     }
