@@ -1,0 +1,359 @@
+// The spline against SISL and OCCT on random rational splines, and on the splines of the
+// real drawings.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "orvane/splines/GeSpline2D.h"
+
+#ifdef ORVANE_HAVE_SISL
+extern "C" {
+#include <sisl.h>
+}
+#endif
+#ifdef ORVANE_HAVE_OCCT
+#include <Geom2dConvert.hxx>
+#include <Geom2dConvert_BSplineCurveToBezierCurve.hxx>
+#include <Geom2d_BSplineCurve.hxx>
+#include <Geom2d_BezierCurve.hxx>
+#include <TColStd_Array1OfInteger.hxx>
+#include <TColStd_Array1OfReal.hxx>
+#include <TColgp_Array1OfPnt2d.hxx>
+#endif
+
+namespace orvane {
+namespace {
+
+struct TRandomSpline {
+  int Degree = 0;
+  TDynPoints2D Pts;
+  TFloatDynArray Weights;
+  TFloatDynArray Knots;
+};
+
+// Degrees 1 to 5; clamped, uniform unclamped, or unclamped, with interior knots of every
+// multiplicity up to p; weights in [0.3, 3] or all one.
+TRandomSpline RandomSpline(std::mt19937_64& Rng) {
+  std::uniform_int_distribution<int> degree(1, 5), kind(0, 2), extra(0, 7);
+  std::uniform_real_distribution<double> coord(-10, 10), weight(0.3, 3.0), gap(0.05, 1.0), start(-5, 5);
+  TRandomSpline s;
+  const int p = s.Degree = degree(Rng);
+  const int k = kind(Rng);
+  double t = start(Rng);
+  if (k == 1) {
+    const int n = p + 1 + extra(Rng);
+    const double h = gap(Rng);
+    for (int i = 0; i < n + p + 1; ++i) s.Knots.push_back(t + h * i);
+  } else {
+    const int breaks = 1 + extra(Rng) / 2;
+    std::uniform_int_distribution<int> mult(1, p);
+    if (k == 0) {
+      s.Knots.assign(static_cast<std::size_t>(p + 1), t);
+    } else {
+      for (int i = 0; i <= p; ++i) s.Knots.push_back(t += gap(Rng));
+    }
+    for (int b = 0; b < breaks; ++b) {
+      t += gap(Rng);
+      for (int m = mult(Rng); m > 0; --m) s.Knots.push_back(t);
+    }
+    t += gap(Rng);
+    if (k == 0) {
+      for (int i = 0; i <= p; ++i) s.Knots.push_back(t);
+    } else {
+      for (int i = 0; i <= p; ++i) s.Knots.push_back(t += gap(Rng));
+    }
+  }
+  const int n = static_cast<int>(s.Knots.size()) - p - 1;
+  const bool rational = (Rng() % 5) != 0;
+  for (int i = 0; i < n; ++i) {
+    s.Pts.push_back({coord(Rng), coord(Rng)});
+    s.Weights.push_back(rational ? weight(Rng) : 1.0);
+  }
+  return s;
+}
+
+std::unique_ptr<TGeSpline2D> Ours(const TRandomSpline& R) {
+  auto s = std::make_unique<TGeSpline2D>(static_cast<int>(R.Pts.size()), R.Degree);
+  for (int i = 0; i < static_cast<int>(R.Pts.size()); ++i) {
+    s->SetCtrlPoint(i, R.Pts[static_cast<std::size_t>(i)]);
+    s->SetWeight(i, R.Weights[static_cast<std::size_t>(i)]);
+  }
+  for (int i = 0; i < static_cast<int>(R.Knots.size()); ++i) s->SetKnots(i, R.Knots[static_cast<std::size_t>(i)]);
+  return s;
+}
+
+// |a - b| within 1e-12 of the value's size, the control net's size standing in for a value
+// near zero.
+bool Close(const TPoint2D& A, const TPoint2D& B, double Scale) {
+  return A.DistanceTo(B) <= 1e-12 * (std::max(A.Mag(), B.Mag()) + Scale);
+}
+
+double MinSpan(const TFloatDynArray& K) {
+  double m = 1e300;
+  for (std::size_t i = 1; i < K.size(); ++i)
+    if (K[i] > K[i - 1]) m = std::min(m, K[i] - K[i - 1]);
+  return m;
+}
+
+#ifdef ORVANE_HAVE_SISL
+struct TSislCurve {
+  SISLCurve* C = nullptr;
+  explicit TSislCurve(SISLCurve* AC) : C(AC) {}
+  TSislCurve(const TSislCurve&) = delete;
+  TSislCurve& operator=(const TSislCurve&) = delete;
+  ~TSislCurve() {
+    if (C) freeCurve(C);
+  }
+};
+
+TSislCurve MakeSisl(const TRandomSpline& R) {
+  std::vector<double> coef;
+  for (std::size_t i = 0; i < R.Pts.size(); ++i) {
+    coef.push_back(R.Pts[i].X * R.Weights[i]);
+    coef.push_back(R.Pts[i].Y * R.Weights[i]);
+    coef.push_back(R.Weights[i]);
+  }
+  std::vector<double> knots = R.Knots;
+  return TSislCurve(newCurve(static_cast<int>(R.Pts.size()), R.Degree + 1, knots.data(), coef.data(), 2, 2, 1));
+}
+
+TPoint2D SislEval(SISLCurve* C, double U, TPoint2D& D) {
+  int left = 0, stat = 0;
+  double out[4];
+  s1221(C, 1, U, &left, out, &stat);
+  EXPECT_GE(stat, 0);
+  D = {out[2], out[3]};
+  return {out[0], out[1]};
+}
+#endif
+
+#ifdef ORVANE_HAVE_OCCT
+Handle(Geom2d_BSplineCurve) MakeOcct(const TRandomSpline& R, bool Periodic = false) {
+  const int n = static_cast<int>(R.Pts.size());
+  TColgp_Array1OfPnt2d poles(1, n);
+  TColStd_Array1OfReal weights(1, n);
+  for (int i = 0; i < n; ++i) {
+    poles(i + 1) = gp_Pnt2d(R.Pts[static_cast<std::size_t>(i)].X, R.Pts[static_cast<std::size_t>(i)].Y);
+    weights(i + 1) = R.Weights[static_cast<std::size_t>(i)];
+  }
+  std::vector<double> distinct;
+  std::vector<int> mults;
+  for (const double k : R.Knots) {
+    if (!distinct.empty() && distinct.back() == k) {
+      ++mults.back();
+    } else {
+      distinct.push_back(k);
+      mults.push_back(1);
+    }
+  }
+  TColStd_Array1OfReal knots(1, static_cast<int>(distinct.size()));
+  TColStd_Array1OfInteger m(1, static_cast<int>(distinct.size()));
+  for (std::size_t i = 0; i < distinct.size(); ++i) {
+    knots(static_cast<int>(i) + 1) = distinct[i];
+    m(static_cast<int>(i) + 1) = mults[i];
+  }
+  return new Geom2d_BSplineCurve(poles, weights, knots, m, R.Degree, Periodic);
+}
+#endif
+
+TEST(SplineOracles, RandomRationalSplinesAgreeWithSislAndOcct) {
+#if !defined(ORVANE_HAVE_SISL) || !defined(ORVANE_HAVE_OCCT)
+  GTEST_SKIP() << "SISL (libsisl-dev) and OCCT are needed for this cross-check";
+#else
+  std::mt19937_64 rng(20261124);
+  int bad = 0;
+  for (int trial = 0; trial < 10000 && bad < 10; ++trial) {
+    const TRandomSpline r = RandomSpline(rng);
+    auto ours = Ours(r);
+    TSislCurve sisl = MakeSisl(r);
+    Handle(Geom2d_BSplineCurve) occt = MakeOcct(r);
+    const int p = r.Degree;
+    const int n = static_cast<int>(r.Pts.size());
+    const double lo = r.Knots[static_cast<std::size_t>(p)], hi = r.Knots[static_cast<std::size_t>(n)];
+    ASSERT_EQ(ours->GetStartParam(), lo);
+    ASSERT_EQ(ours->GetEndParam(), hi);
+    const double scale = 10.0, dscale = 10.0 * 3.0 * p / MinSpan(r.Knots);
+    std::uniform_real_distribution<double> param(lo, hi);
+    std::vector<double> us{lo, hi, param(rng), param(rng), param(rng), param(rng)};
+    for (const double k : r.Knots)
+      if (k > lo && k < hi) us.push_back(k);
+    for (const double u : us) {
+      TPoint2D d, ds;
+      const TPoint2D pt = ours->EvalPoint(u, d);
+      const TPoint2D ps = SislEval(sisl.C, u, ds);
+      gp_Pnt2d po;
+      gp_Vec2d vo;
+      occt->D1(u, po, vo);
+      const bool ok = Close(pt, ps, scale) && Close(pt, {po.X(), po.Y()}, scale) && Close(d, ds, dscale) &&
+                      Close(d, {vo.X(), vo.Y()}, dscale);
+      if (!ok && ++bad < 10)
+        ADD_FAILURE() << "trial " << trial << " p=" << p << " u=" << u << " ours " << pt.ToString() << " "
+                      << d.ToString() << " sisl " << ps.ToString() << " " << ds.ToString() << " occt " << po.X()
+                      << "," << po.Y() << " " << vo.X() << "," << vo.Y();
+    }
+    // A cut: both parts run through the parent's points at the parent's parameters, as
+    // SISL's parts do.
+    const double cut = param(rng);
+    std::unique_ptr<TGeSpline2D> a, b;
+    ours->SplitSpline(cut, a, b);
+    SISLCurve *sa = nullptr, *sb = nullptr;
+    int stat = 0;
+    s1710(sisl.C, cut, &sa, &sb, &stat);
+    TSislCurve ha(sa), hb(sb);
+    if (a && b && stat >= 0 && sa && sb) {
+      Handle(Geom2d_BSplineCurve) occtA = Geom2dConvert::SplitBSplineCurve(occt, lo, cut, 1e-14);
+      Handle(Geom2d_BSplineCurve) occtB = Geom2dConvert::SplitBSplineCurve(occt, cut, hi, 1e-14);
+      for (const double f : {0.0, 0.37, 1.0}) {
+        TPoint2D d1, d2, e1, e2;
+        const double ua = lo + (a->GetEndParam() - lo) * f;
+        const double ub = b->GetStartParam() + (hi - b->GetStartParam()) * f;
+        // A short part's derivative divides by its short span, on both sides alike.
+        const double da = 30.0 * p / MinSpan(a->GetKnotVector()), db = 30.0 * p / MinSpan(b->GetKnotVector());
+        const bool ok = Close(a->EvalPoint(ua, d1), SislEval(sa, ua, e1), scale) && Close(d1, e1, da) &&
+                        Close(b->EvalPoint(ub, d2), SislEval(sb, ub, e2), scale) && Close(d2, e2, db);
+        if (!ok && ++bad < 10) ADD_FAILURE() << "split, trial " << trial << " at " << cut << ", f " << f;
+        // OCCT's segment of the same stretch, at the same parameters.
+        gp_Pnt2d pa, pb;
+        gp_Vec2d va, vb;
+        occtA->D1(ua, pa, va);
+        occtB->D1(ub, pb, vb);
+        const bool okOcct = Close(d1, {va.X(), va.Y()}, da) && Close(d2, {vb.X(), vb.Y()}, db) &&
+                            Close(a->EvalPoint(ua), {pa.X(), pa.Y()}, scale) &&
+                            Close(b->EvalPoint(ub), {pb.X(), pb.Y()}, scale);
+        if (!okOcct && ++bad < 10) ADD_FAILURE() << "OCCT split, trial " << trial << " at " << cut << ", f " << f;
+      }
+      EXPECT_EQ(a->GetCtrlPoints().back(), b->GetCtrlPoints().front());
+    }
+    // Bezier pieces: SISL's conversion gives the same homogeneous points, OCCT's the same
+    // poles and weight ratios.
+    const TPoint3DLists w = ours->DecomposeCurveW();
+    // SISL's conversion writes out of its arrays on an unclamped spline: ask it only for
+    // clamped ones, and OCCT for all.
+    const bool clamped = r.Knots[0] == lo && r.Knots.back() == hi;
+    SISLCurve* bez = nullptr;
+    if (clamped) s1730(sisl.C, &bez, &stat);
+    TSislCurve hbez(bez);
+    const std::size_t order = static_cast<std::size_t>(p + 1);
+    ASSERT_TRUE(bez != nullptr || !clamped);
+    std::vector<std::size_t> inside;
+    for (std::size_t k = 0; bez && k < static_cast<std::size_t>(bez->in) / order; ++k) {
+      const double a0 = bez->et[k * order + order - 1], a1 = bez->et[k * order + order];
+      if (a1 > a0) inside.push_back(k);
+    }
+    if (bez) {
+      ASSERT_EQ(inside.size(), w.size()) << "trial " << trial;
+    }
+    Geom2dConvert_BSplineCurveToBezierCurve conv(occt);
+    ASSERT_EQ(static_cast<std::size_t>(conv.NbArcs()), w.size());
+    for (std::size_t k = 0; k < w.size(); ++k) {
+      Handle(Geom2d_BezierCurve) arc = conv.Arc(static_cast<int>(k) + 1);
+      for (std::size_t j = 0; j < order; ++j) {
+        const TPoint3D& q = w[k][j];
+        // Without SISL's piece the point is compared with itself there.
+        const double* c = bez ? bez->rcoef + 3 * (inside[k] * order + j) : &q.X;
+        const TPoint2D plane(q.X / q.Z, q.Y / q.Z);
+        const gp_Pnt2d pole = arc->Pole(static_cast<int>(j) + 1);
+        const double ratio = arc->Weight(static_cast<int>(j) + 1) / arc->Weight(1);
+        const bool ok = Close(plane, {c[0] / c[2], c[1] / c[2]}, scale) &&
+                        std::fabs(q.Z - c[2]) <= 1e-12 * (std::fabs(c[2]) + 1) &&
+                        Close(plane, {pole.X(), pole.Y()}, scale) &&
+                        std::fabs(q.Z / w[k][0].Z - ratio) <= 1e-12 * (ratio + 1);
+        if (!ok && ++bad < 10) ADD_FAILURE() << "Bezier piece " << k << " point " << j << ", trial " << trial;
+      }
+    }
+  }
+  EXPECT_EQ(bad, 0);
+#endif
+}
+
+// Group-code pairs of a DXF file's SPLINE entities.
+struct TDxfSpline {
+  int Flags = 0, Degree = 0;
+  TFloatDynArray Knots, Weights;
+  TDynPoints2D Pts;
+};
+
+std::vector<TDxfSpline> ReadDxfSplines(const std::filesystem::path& File) {
+  std::ifstream in(File);
+  std::vector<TDxfSpline> out;
+  std::string code, value;
+  bool inSpline = false;
+  while (std::getline(in, code) && std::getline(in, value)) {
+    const auto trim = [](std::string& s) {
+      s.erase(0, s.find_first_not_of(" \t\r"));
+      s.erase(s.find_last_not_of(" \t\r") + 1);
+    };
+    trim(code);
+    trim(value);
+    if (code == "0") {
+      inSpline = value == "SPLINE";
+      if (inSpline) out.emplace_back();
+      continue;
+    }
+    if (!inSpline) continue;
+    TDxfSpline& s = out.back();
+    if (code == "70") s.Flags = std::stoi(value);
+    if (code == "71") s.Degree = std::stoi(value);
+    if (code == "40") s.Knots.push_back(std::stod(value));
+    if (code == "41") s.Weights.push_back(std::stod(value));
+    if (code == "10") s.Pts.push_back({std::stod(value), 0.0});
+    if (code == "20") s.Pts.back().Y = std::stod(value);
+  }
+  return out;
+}
+
+TEST(SplineOracles, DrawingSplinesIncludingAPeriodicOne) {
+  const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "curves";
+  if (!std::filesystem::exists(dir)) GTEST_SKIP() << "no shared data at " << dir;
+#ifndef ORVANE_HAVE_OCCT
+  GTEST_SKIP() << "OCCT is needed for this cross-check";
+#else
+  int plain = 0, periodic = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+    if (entry.path().extension() != ".dxf") continue;
+    for (const TDxfSpline& d : ReadDxfSplines(entry.path())) {
+      TRandomSpline r{d.Degree, d.Pts, d.Weights, d.Knots};
+      if (r.Weights.empty()) r.Weights.assign(r.Pts.size(), 1.0);
+      std::unique_ptr<TGeSpline2D> ours;
+      Handle(Geom2d_BSplineCurve) occt;
+      if (d.Flags & 2) {
+        // Periodic: n points and n + 1 knots, read into the wrapped form.
+        ++periodic;
+        ours = internal::WrapPeriodicSpline(d.Pts, d.Weights, d.Knots, d.Degree);
+        occt = MakeOcct(r, true);
+        EXPECT_TRUE(ours->GetIsPeriodic());
+        EXPECT_EQ(ours->GetStartParam(), d.Knots.front());
+        EXPECT_EQ(ours->GetEndParam(), d.Knots.back());
+        EXPECT_LE(ours->GetStartPoint().DistanceTo(ours->GetEndPoint()), 1e-9);
+      } else {
+        ++plain;
+        ours = Ours(r);
+        occt = MakeOcct(r);
+      }
+      const double lo = ours->GetStartParam(), hi = ours->GetEndParam();
+      const double scale = ours->CtrlPointsBoundBlock().XMax - ours->CtrlPointsBoundBlock().XMin + 1.0;
+      for (int i = 0; i <= 16; ++i) {
+        const double u = lo + (hi - lo) * i / 16;
+        TPoint2D dv;
+        const TPoint2D pt = ours->EvalPoint(u, dv);
+        gp_Pnt2d po;
+        gp_Vec2d vo;
+        occt->D1(u, po, vo);
+        EXPECT_TRUE(Close(pt, {po.X(), po.Y()}, scale)) << entry.path() << " u=" << u << " " << pt.ToString();
+        EXPECT_TRUE(Close(dv, {vo.X(), vo.Y()}, scale * 10)) << entry.path() << " u=" << u;
+      }
+    }
+  }
+  EXPECT_EQ(plain, 243);
+  EXPECT_EQ(periodic, 1);
+#endif
+}
+
+}  // namespace
+}  // namespace orvane
