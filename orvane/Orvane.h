@@ -2,8 +2,9 @@
 // Umbrella header: the version, and every public header of the value layer (foundation/),
 // vertex geometry (vertex/), integer paths and the clipping adapter (paths/), the algorithm
 // classes (algorithms/), the mixed line-arc-Bezier outlines (mixed/), the curve objects
-// (curves/) and their files (persistence/). The spatial index and the monotone outlines
-// have chief headers of their own: orvane/spatial/RTree.h and orvane/monotone/Monotone.h.
+// (curves/), the splines (splines/) and their files (persistence/). The spatial index and
+// the monotone outlines have chief headers of their own: orvane/spatial/RTree.h and
+// orvane/monotone/Monotone.h.
 
 #include "orvane/Version.h"
 #include "orvane/algorithms/CadBasicAlgo.h"
@@ -62,6 +63,7 @@
 #include "orvane/paths/clipping/ClipperTypes.h"
 #include "orvane/persistence/FbsStream.h"
 #include "orvane/persistence/GeCurve2DFiler.h"
+#include "orvane/splines/GeSpline2D.h"
 #include "orvane/vertex/Geometry2D.h"
 #include "orvane/vertex/MultiTree.h"
 #include "orvane/vertex/VGeometry2DList.h"

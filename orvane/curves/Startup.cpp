@@ -9,6 +9,7 @@
 #include "orvane/curves/GeLine2D.h"
 #include "orvane/curves/GeStrings.h"
 #include "orvane/curves/internal/ClassRegistry.h"
+#include "orvane/splines/GeSpline2D.h"
 
 namespace orvane {
 
@@ -97,6 +98,7 @@ void OrvaneInit() {
   TGeClassDictionary& dict = *internal::ClassDict();
   dict.Add("Line2D", TGeClass::Of<TGeLine2D>("TGeLine2D"));
   dict.Add("CircularArc2D", TGeClass::Of<TGeCircularArc2D>("TGeCircularArc2D"));
+  dict.Add("Spline2D", TGeClass::Of<TGeSpline2D>("TGeSpline2D"));
   dict.Add("CompositeCurve2D", TGeClass::Of<TGeCompositeCurve2D>("TGeCompositeCurve2D"));
   dict.Add("Polyline2D", TGeClass::Of<TGePolyline2D>("TGePolyline2D"));
   dict.Add("Polygon2D", TGeClass::Of<TGePolygon2D>("TGePolygon2D"));

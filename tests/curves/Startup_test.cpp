@@ -107,12 +107,12 @@ TEST(Startup, StartingTwiceAndStoppingOnceKeepsTheLibraryStarted) {
   const int procs = LocaleProcs().Count();
   Initialize();
   EXPECT_EQ(GetUnitLoadCount("Orvane"), -2);
-  EXPECT_EQ(TGeObject::GetClassDict()->Count(), 6);
+  EXPECT_EQ(TGeObject::GetClassDict()->Count(), 7);
   EXPECT_EQ(LocaleProcs().Count(), procs);
   Finalize();
   EXPECT_EQ(GetUnitLoadCount("Orvane"), -1);
   ASSERT_NE(TGeObject::GetClassDict(), nullptr);
-  EXPECT_EQ(TGeObject::GetClassDict()->Count(), 6);
+  EXPECT_EQ(TGeObject::GetClassDict()->Count(), 7);
   EXPECT_TRUE(LocaleProcs().Contains(&GeometryStringsLocaleProc));
   ExpectDefaultTexts();
 }
