@@ -1,6 +1,11 @@
 # Front door of the build. Every target installs what is missing first.
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE_GEN := -G Ninja
+# A machine with ccache keeps compiled objects between clean builds; CI has none and builds as usual.
+CCACHE := $(shell command -v ccache 2>/dev/null)
+ifneq ($(CCACHE),)
+CMAKE_GEN += -DCMAKE_CXX_COMPILER_LAUNCHER=$(CCACHE)
+endif
 # Tests and tools asked for outright, so that a missing package stops the build instead of skipping them.
 DEV_OPTS := -DORVANE_BUILD_TESTS=ON -DORVANE_BUILD_TOOLS=ON -DORVANE_BUILD_BENCH=OFF
 
