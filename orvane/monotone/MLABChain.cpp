@@ -220,6 +220,11 @@ bool TMLABChain::IsOverlap(const TMLABChain& Chain, double Tol) const {
   if (IsEmpty() || Chain.IsEmpty()) return false;
   if (FItems.back().P4.Y < Chain.FItems.front().P1.Y - Tol) return false;
   if (FItems.front().P1.Y > Chain.FItems.back().P4.Y + Tol) return false;
+  // Touching is decided on computed distances, which carry the rounding of the coordinates:
+  // a contact at Tol 0 must survive it.
+  double scale = std::max(std::max(std::abs(FLeft), std::abs(FRight)), std::max(std::abs(Chain.FLeft), std::abs(Chain.FRight)));
+  scale = std::max(scale, std::max(std::abs(FItems.front().P1.Y), std::abs(FItems.back().P4.Y)));
+  const double reach = Tol + 1e-12 * (1.0 + scale);
   const std::size_t m = Chain.FItems.size();
   std::size_t jStart = 0;
   for (const TLABSegline& a : FItems) {
@@ -238,7 +243,7 @@ bool TMLABChain::IsOverlap(const TMLABChain& Chain, double Tol) const {
       double bHi = 0.0;
       SegXRange(b, bLo, bHi);
       if (bLo > aHi + Tol || aLo > bHi + Tol) continue;
-      if (internal::MLABSegDistance(a, b, Tol) <= Tol) return true;
+      if (internal::MLABSegDistance(a, b, reach) <= reach) return true;
     }
   }
   return false;

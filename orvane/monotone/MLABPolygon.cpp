@@ -71,6 +71,8 @@ void CutArc(const TLABSegline& Seg, double Tol, std::vector<TLABSegline>& Out) {
   };
   TCut cuts[4];
   int n = 0;
+  // An end within Tol of the top or bottom counts as lying there, for the exact half turn.
+  auto nearRel = [&](double Rel, double At) { return std::abs(std::remainder(Rel - At, KTwoPi)) <= angTol; };
   cuts[n++] = {0.0, s, false};
   const double relTop = RelAngle(std::numbers::pi / 2.0, start, ccw);
   const double relBottom = RelAngle(-std::numbers::pi / 2.0, start, ccw);
@@ -78,6 +80,8 @@ void CutArc(const TLABSegline& Seg, double Tol, std::vector<TLABSegline>& Out) {
   if (relBottom > angTol && relBottom < sweep - angTol) cuts[n++] = {relBottom, bottom, true};
   if (n == 3 && cuts[2].Rel < cuts[1].Rel) std::swap(cuts[1], cuts[2]);
   cuts[n++] = {sweep, e, false};
+  cuts[0].Extreme = nearRel(relTop, 0.0) || nearRel(relBottom, 0.0);
+  cuts[n - 1].Extreme = nearRel(relTop, sweep) || nearRel(relBottom, sweep);
   const double sign = ccw ? 1.0 : -1.0;
   for (int k = 0; k + 1 < n; ++k) {
     // A half circle from the top to the bottom, or back, is exactly a half turn.
@@ -257,8 +261,9 @@ bool TMLABPolygon::IsCrossWith(const TMLABPolygon& MPolygon, double Tol) const {
 }
 
 TShapeRelation TMLABPolygon::RelationWithPoint(const TPoint2D& Pnt) const {
-  if (!FIsClosed) throw Exception("Polygon is not closed!");
+  // An outline that came to nothing has no points at all, open or not.
   if (IsEmpty()) return TShapeRelation::srOut;
+  if (!FIsClosed) throw Exception("Polygon is not closed!");
   const TRect2D& box = FBoundBox;
   if (Pnt.X < box.XMin - OnTol || Pnt.X > box.XMax + OnTol || Pnt.Y < box.YMin - OnTol || Pnt.Y > box.YMax + OnTol)
     return TShapeRelation::srOut;
