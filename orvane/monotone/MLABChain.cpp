@@ -17,7 +17,9 @@ double PointSegDistance(const TPoint2D& P, const TPoint2D& A, const TPoint2D& B)
   const double len2 = d.DotMul(d);
   double t = len2 > 0.0 ? (P - A).DotMul(d) / len2 : 0.0;
   t = std::clamp(t, 0.0, 1.0);
-  return P.DistanceTo(TPoint2D(A.X + t * d.X, A.Y + t * d.Y));
+  const double dx = P.X - (A.X + t * d.X);
+  const double dy = P.Y - (A.Y + t * d.Y);
+  return std::sqrt(dx * dx + dy * dy);
 }
 
 // An arc segment in polar form; the sweep is signed and below a full turn.
@@ -225,12 +227,24 @@ bool TMLABChain::IsOverlap(const TMLABChain& Chain, double Tol) const {
   double scale = std::max(std::max(std::abs(FLeft), std::abs(FRight)), std::max(std::abs(Chain.FLeft), std::abs(Chain.FRight)));
   scale = std::max(scale, std::max(std::abs(FItems.front().P1.Y), std::abs(FItems.back().P4.Y)));
   const double reach = Tol + 1e-12 * (1.0 + scale);
+  // Both chains climb: start each at its first segment that reaches the other's bottom, and
+  // stop this one past the other's top.
+  const double bottom = std::max(FItems.front().P1.Y, Chain.FItems.front().P1.Y) - reach;
+  const double top = std::min(FItems.back().P4.Y, Chain.FItems.back().P4.Y) + reach;
+  auto firstReaching = [](const std::vector<TLABSegline>& Segs, double Y) {
+    return static_cast<std::size_t>(
+        std::lower_bound(Segs.begin(), Segs.end(), Y, [](const TLABSegline& S, double V) { return S.P4.Y < V; }) -
+        Segs.begin());
+  };
+  const std::size_t n = FItems.size();
   const std::size_t m = Chain.FItems.size();
-  std::size_t jStart = 0;
-  for (const TLABSegline& a : FItems) {
-    const double lo = std::min(a.P1.Y, a.P4.Y) - Tol;
-    const double hi = std::max(a.P1.Y, a.P4.Y) + Tol;
-    // Both chains climb, so the other's segments that end below this one never come back.
+  std::size_t jStart = firstReaching(Chain.FItems, bottom);
+  for (std::size_t i = firstReaching(FItems, bottom); i < n; ++i) {
+    const TLABSegline& a = FItems[i];
+    if (a.P1.Y > top) break;
+    const double lo = std::min(a.P1.Y, a.P4.Y) - reach;
+    const double hi = std::max(a.P1.Y, a.P4.Y) + reach;
+    // The other's segments that end below this one never come back.
     while (jStart < m && std::max(Chain.FItems[jStart].P1.Y, Chain.FItems[jStart].P4.Y) < lo) ++jStart;
     if (jStart == m) return false;
     double aLo = 0.0;
@@ -242,7 +256,7 @@ bool TMLABChain::IsOverlap(const TMLABChain& Chain, double Tol) const {
       double bLo = 0.0;
       double bHi = 0.0;
       SegXRange(b, bLo, bHi);
-      if (bLo > aHi + Tol || aLo > bHi + Tol) continue;
+      if (bLo > aHi + reach || aLo > bHi + reach) continue;
       if (internal::MLABSegDistance(a, b, reach) <= reach) return true;
     }
   }

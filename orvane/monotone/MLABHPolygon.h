@@ -5,6 +5,7 @@
 // (Overlap), does one region lie wholly inside the other (Contains).
 
 #include <memory>
+#include <vector>
 
 #include "orvane/foundation/Export.h"
 #include "orvane/mixed/LABPolylineList.h"
@@ -33,10 +34,37 @@ class ORVANE_API TMLABHPolygon : public TVGeometry2DList<TMLABPolygon> {
   // boundaries counts. True for an empty argument.
   bool Contains(const TMLABHPolygon& MLABHPolygon) const;
 
+  // Moves the outlines and drops the index of the holes.
+  void Translate(const TPoint2D& Vector) override;
+
+ protected:
+  // Any change of the list drops the index of the holes.
+  void Notify(TMLABPolygon* const& Item, TCollectionNotification Action) override;
+
  private:
+  // The holes whose boxes may meet Box, through a grid over the holes' boxes that is built
+  // at the first query and dropped by every change made through this region. Change the
+  // outlines through the region, not one by one, or the grid goes stale.
+  template <class F>
+  bool AnyHoleNear(const TRect2D& Box, F&& Visit) const;
+  void BuildHoleGrid() const;
+
   // K lies inside this region's outer boundary: does it reach the material, that is, does
   // it meet a hole or not sit inside one?
   bool OutlineMeetsRegion(const TMLABPolygon& K, double Tol) const;
+
+  struct THoleGrid {
+    bool Valid = false;
+    TRect2D Box;
+    int Nx = 0;
+    int Ny = 0;
+    double CellW = 0.0;
+    double CellH = 0.0;
+    std::vector<std::vector<int>> Cells;  // hole indices per cell, row by row
+    std::vector<unsigned> Seen;           // per hole: the query that visited it last
+    unsigned Query = 0;
+  };
+  mutable THoleGrid FGrid;
 };
 
 class ORVANE_API TMLABHPolygonList : public TVGeometry2DList<TMLABHPolygon> {

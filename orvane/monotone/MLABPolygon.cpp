@@ -200,7 +200,13 @@ void TMLABPolygon::SortChains() {
 
 void TMLABPolygon::UpdateBoundBox() {
   FBoundBox = TRect2D::Invalid();
-  for (const TMLABChain* c : *this) FBoundBox.Extend(c->BoundBox());
+  FChainBoxes.clear();
+  for (const TMLABChain* c : *this) {
+    FChainBoxes.push_back(c->BoundBox());
+    FBoundBox.Extend(FChainBoxes.back());
+  }
+  FHasRef = !IsEmpty() && !First()->IsEmpty();
+  if (FHasRef) FRef = First()->First().P1;
 }
 
 std::unique_ptr<TVGeometry2DList<TMLABChain>> TMLABPolygon::New(bool AOwnsObjects) const {
@@ -211,6 +217,9 @@ std::unique_ptr<IVGeometry2D> TMLABPolygon::Clone() const {
   auto copy = std::make_unique<TMLABPolygon>(GetOwnsObjects());
   copy->FIsClosed = FIsClosed;
   copy->FBoundBox = FBoundBox;
+  copy->FRef = FRef;
+  copy->FHasRef = FHasRef;
+  copy->FChainBoxes = FChainBoxes;
   if (!GetOwnsObjects()) {
     for (TMLABChain* c : *this) copy->Add(c);
     return copy;
@@ -233,6 +242,8 @@ void TMLABPolygon::Translate(const TPoint2D& Vector) {
   if (FBoundBox.IsValid())
     FBoundBox = TRect2D(FBoundBox.XMin + Vector.X, FBoundBox.YMin + Vector.Y, FBoundBox.XMax + Vector.X,
                         FBoundBox.YMax + Vector.Y);
+  FRef += Vector;
+  for (TRect2D& r : FChainBoxes) r = TRect2D(r.XMin + Vector.X, r.YMin + Vector.Y, r.XMax + Vector.X, r.YMax + Vector.Y);
 }
 
 bool TMLABPolygon::IsRightArc(const TLABSegline& Seg, double) {
@@ -249,12 +260,18 @@ bool TMLABPolygon::IsCrossWith(const TMLABPolygon& MPolygon, double Tol) const {
   const TRect2D& b = MPolygon.FBoundBox;
   if (a.XMin > b.XMax + Tol || b.XMin > a.XMax + Tol || a.YMin > b.YMax + Tol || b.YMin > a.YMax + Tol)
     return false;
-  for (const TMLABChain* ca : *this) {
-    for (const TMLABChain* cb : MPolygon) {
-      // Sorted by Left: no later chain of MPolygon reaches back to this one.
-      if (ca->GetRight() < cb->GetLeft() - Tol) break;
-      if (ca->GetLeft() > cb->GetRight() + Tol) continue;
-      if (ca->IsOverlap(*cb, Tol)) return true;
+  const std::size_t na = FChainBoxes.size();
+  const std::size_t nb = MPolygon.FChainBoxes.size();
+  for (std::size_t ia = 0; ia < na; ++ia) {
+    const TRect2D& ra = FChainBoxes[ia];
+    // Sorted by Left: once a chain starts right of MPolygon, so do all later ones.
+    if (ra.XMin > b.XMax + Tol) break;
+    if (ra.XMax < b.XMin - Tol || ra.YMin > b.YMax + Tol || ra.YMax < b.YMin - Tol) continue;
+    for (std::size_t ib = 0; ib < nb; ++ib) {
+      const TRect2D& rb = MPolygon.FChainBoxes[ib];
+      if (ra.XMax < rb.XMin - Tol) break;
+      if (ra.XMin > rb.XMax + Tol || ra.YMin > rb.YMax + Tol || ra.YMax < rb.YMin - Tol) continue;
+      if ((*this)[static_cast<int>(ia)]->IsOverlap(*MPolygon[static_cast<int>(ib)], Tol)) return true;
     }
   }
   return false;
@@ -289,10 +306,5 @@ TShapeRelation TMLABPolygon::RelationWithPoint(const TPoint2D& Pnt) const {
   return count % 2 == 1 ? TShapeRelation::srIn : TShapeRelation::srOut;
 }
 
-bool TMLABPolygon::ReferencePoint(TPoint2D& Pt) const {
-  if (IsEmpty() || First()->IsEmpty()) return false;
-  Pt = First()->First().P1;
-  return true;
-}
 
 }  // namespace orvane

@@ -5,6 +5,7 @@
 // at arc precision, with no linearisation.
 
 #include <memory>
+#include <vector>
 
 #include "orvane/foundation/Enums.h"
 #include "orvane/foundation/Export.h"
@@ -27,7 +28,8 @@ class ORVANE_API TMLABPolygon : public TVGeometry2DList<TMLABChain> {
   // A deep copy for an owning polygon, IsClosed copied, and the Next ring rebuilt among the
   // copies (a copy never points into its source).
   std::unique_ptr<IVGeometry2D> Clone() const override;
-  // The union of the chains' boxes, kept from construction.
+  // The union of the chains' boxes, kept from construction (and by Translate): change the
+  // polygon as a whole, not chain by chain.
   TRect2D BoundBox() const override { return FBoundBox; }
   void Translate(const TPoint2D& Vector) override;
 
@@ -53,8 +55,14 @@ class ORVANE_API TMLABPolygon : public TVGeometry2DList<TMLABChain> {
   TShapeRelation RelationWithPoint(const TPoint2D& Pnt) const;
 
   bool GetIsClosed() const { return FIsClosed; }
-  // The start of the first segment of the first chain in list order; false without chains.
-  bool ReferencePoint(TPoint2D& Pt) const;
+  // The start of the first segment of the first chain in list order, kept from
+  // construction (and moved by Translate) so that a query reaches it without walking into
+  // the chains; false without chains.
+  bool ReferencePoint(TPoint2D& Pt) const {
+    if (!FHasRef) return false;
+    Pt = FRef;
+    return true;
+  }
 
  private:
   void SortChains();
@@ -62,6 +70,11 @@ class ORVANE_API TMLABPolygon : public TVGeometry2DList<TMLABChain> {
 
   bool FIsClosed = false;
   TRect2D FBoundBox = TRect2D::Invalid();
+  TPoint2D FRef;
+  bool FHasRef = false;
+  // The chains' boxes in list order, side by side in memory, so that the pairs of chains
+  // that cannot meet are passed over without reaching into the chains themselves.
+  std::vector<TRect2D> FChainBoxes;
 };
 
 }  // namespace orvane
