@@ -57,6 +57,13 @@ TEST(MLABHPolygon, RingTable) {
     EXPECT_EQ(row.Other->Contains(*ring), row.Contained);
     EXPECT_EQ(ring->IsCrossWith(*row.Other, 1e-6), row.Cross);
   }
+  // Moving the region moves its holes' index too.
+  ring->Translate(TPoint2D(100, 0));
+  EXPECT_FALSE(ring->Overlap(*Rings(100, 0, {2}), 1e-6));
+  EXPECT_TRUE(ring->Overlap(*Rings(107.5, 0, {2}), 1e-6));
+  EXPECT_TRUE(ring->Contains(*Rings(107.5, 0, {2})));
+  EXPECT_FALSE(ring->Overlap(*Rings(0, 0, {2}), 1e-6));
+  ring->Translate(TPoint2D(-100, 0));
   // Empty arguments and lists.
   const TMLABHPolygon empty;
   EXPECT_TRUE(ring->Contains(empty));
