@@ -1,0 +1,105 @@
+#include "orvane/monotone/MLABHPolygon.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <vector>
+
+#include "support/TestSupport.h"
+
+namespace orvane {
+namespace {
+
+// Circles about (CX, CY), the first the outer boundary and the others holes.
+std::unique_ptr<TMLABHPolygon> Rings(double CX, double CY, std::vector<double> Radii) {
+  TLABHPolygon source;
+  for (double r : Radii) {
+    auto p = std::make_unique<TLABPolyline>();
+    const TPoint2D s(CX + r, CY);
+    p->Add(TLABSegline::CreateArc(s, s, TPoint2D(CX, CY), 3.4028234663852886e+38));
+    source.Add(std::move(p));
+  }
+  return std::make_unique<TMLABHPolygon>(source, 1e-6);
+}
+
+struct TRow {
+  const char* Name;
+  std::unique_ptr<TMLABHPolygon> Other;
+  bool Overlap;
+  bool Contains;    // the ring contains Other
+  bool Contained;   // Other contains the ring
+  bool Cross;
+};
+
+// A ring of radius 10 with a hole of radius 5 against discs and annuli, worked by hand.
+TEST(MLABHPolygon, RingTable) {
+  const auto ring = Rings(0, 0, {10, 5});
+  TRow rows[] = {
+      {"disc in the hole", Rings(0, 0, {2}), false, false, false, false},
+      {"disc filling the hole", Rings(0, 0, {5}), true, false, false, true},
+      {"disc in the material", Rings(7.5, 0, {2}), true, true, false, false},
+      {"disc touching both", Rings(7.5, 0, {2.5}), true, false, false, true},
+      {"disc crossing both", Rings(7.5, 0, {3}), true, false, false, true},
+      {"disc around", Rings(0, 0, {20}), true, false, true, false},
+      {"disc apart", Rings(30, 0, {3}), false, false, false, false},
+      {"annulus in the material", Rings(0, 0, {9, 6}), true, true, false, false},
+      {"annulus around the material", Rings(0, 0, {11, 4}), true, false, true, false},
+      {"annulus in the hole", Rings(0, 0, {4, 2}), false, false, false, false},
+      {"annulus whose hole is too small", Rings(0, 0, {9, 3}), true, false, false, false},
+      {"disc touching from outside", Rings(13, 0, {3}), true, false, false, true},
+  };
+  for (const TRow& row : rows) {
+    SCOPED_TRACE(row.Name);
+    EXPECT_EQ(ring->Overlap(*row.Other, 1e-6), row.Overlap);
+    EXPECT_EQ(row.Other->Overlap(*ring, 1e-6), row.Overlap);
+    EXPECT_EQ(ring->Contains(*row.Other), row.Contains);
+    EXPECT_EQ(row.Other->Contains(*ring), row.Contained);
+    EXPECT_EQ(ring->IsCrossWith(*row.Other, 1e-6), row.Cross);
+  }
+  // Moving the region moves its holes' index too.
+  ring->Translate(TPoint2D(100, 0));
+  EXPECT_FALSE(ring->Overlap(*Rings(100, 0, {2}), 1e-6));
+  EXPECT_TRUE(ring->Overlap(*Rings(107.5, 0, {2}), 1e-6));
+  EXPECT_TRUE(ring->Contains(*Rings(107.5, 0, {2})));
+  EXPECT_FALSE(ring->Overlap(*Rings(0, 0, {2}), 1e-6));
+  ring->Translate(TPoint2D(-100, 0));
+  // Empty arguments and lists.
+  const TMLABHPolygon empty;
+  EXPECT_TRUE(ring->Contains(empty));
+  EXPECT_TRUE(empty.Contains(empty));
+  EXPECT_FALSE(empty.Contains(*ring));
+  EXPECT_FALSE(ring->Overlap(empty, 1e-6));
+  TLABHPolygonList sources;
+  sources.Add(std::make_unique<TLABHPolygon>());
+  const TMLABHPolygonList none(sources, 1e-6);
+  EXPECT_EQ(none.Count(), 0);
+  TMLABHPolygonList rings(false);
+  rings.Add(ring.get());
+  EXPECT_TRUE(rings.Contains(none));
+  EXPECT_FALSE(rings.Overlap(none, 1e-6));
+}
+
+// Random discs and rings: the answers do not depend on the order of the two regions, and
+// match the circles' own arithmetic away from contact.
+TEST(MLABHPolygon, RandomDiscsAgreeWithDistances) {
+  std::mt19937 rng(3);
+  std::uniform_real_distribution<double> u(-1.0, 1.0);
+  for (int round = 0; round < 400; ++round) {
+    const double ra = 1 + 3 * std::abs(u(rng));
+    const double rb = 1 + 3 * std::abs(u(rng));
+    const double bx = 8 * u(rng);
+    const double by = 8 * u(rng);
+    const auto a = Rings(0, 0, {ra});
+    const auto b = Rings(bx, by, {rb});
+    const double d = std::hypot(bx, by);
+    if (std::abs(d - ra - rb) < 1e-6 || std::abs(d - std::abs(ra - rb)) < 1e-6) continue;
+    EXPECT_EQ(a->Overlap(*b, 1e-6), d < ra + rb) << round;
+    EXPECT_EQ(b->Overlap(*a, 1e-6), d < ra + rb) << round;
+    EXPECT_EQ((*a)[0]->IsCrossWith(*(*b)[0], 1e-6), (*b)[0]->IsCrossWith(*(*a)[0], 1e-6)) << round;
+    EXPECT_EQ(a->Contains(*b), d + rb < ra) << round;
+  }
+}
+
+}  // namespace
+}  // namespace orvane
