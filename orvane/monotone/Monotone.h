@@ -4,5 +4,8 @@
 
 #include "orvane/monotone/MChain.h"
 #include "orvane/monotone/MHPolygon.h"
+#include "orvane/monotone/MLABChain.h"
+#include "orvane/monotone/MLABHPolygon.h"
+#include "orvane/monotone/MLABPolygon.h"
 #include "orvane/monotone/MPolygon.h"
 #include "orvane/monotone/MPolygonList.h"
