@@ -101,7 +101,7 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   int blockCount = 0;
   auto addBlocks = [&](TMChain& Chain) {
     const int got = MakeBlocks(Chain.FItems.data(), Chain.Count(), blocks.data() + blockCount, Chain.FLeft, Chain.FRight);
-    spans.push_back({blockCount, got});
+    spans.push_back({Chain.FLeft, Chain.FRight, Chain.FItems.front().Y, Chain.FItems.back().Y, blockCount, got});
     blockCount += got;
   };
   if (closed && n - start > 2) {
@@ -266,6 +266,65 @@ bool TMPolygon::ChainsMeet(const TMChain& A, const TChainBlock* BA, int NA, cons
     }
   }
   return walkRun();
+}
+
+bool TMPolygon::OverlapByBlocks(const TMPolygon& Other) const {
+  const TBlockSpan* sa = FBlockSpans.data();
+  const int na = static_cast<int>(FBlockSpans.size());
+  const TBlockSpan* sb = Other.FBlockSpans.data();
+  const int nb = static_cast<int>(Other.FBlockSpans.size());
+  // The same sorting out as in TestOverlap, on the copies of the chains' boxes.
+  double left0 = MaxDouble, right0 = -MaxDouble, bottom0 = MaxDouble, top0 = -MaxDouble;
+  for (int k = 0; k < na; ++k) {
+    if (sa[k].Count == 0) continue;
+    left0 = std::min(left0, sa[k].Left);
+    right0 = std::max(right0, sa[k].Right);
+    bottom0 = std::min(bottom0, sa[k].Bottom);
+    top0 = std::max(top0, sa[k].Top);
+  }
+  if (left0 > right0) return false;
+  constexpr int Room = 64;
+  int near[Room];
+  int nearCount = 0;
+  bool crowded = false;
+  double left = MaxDouble, right = -MaxDouble, bottom = MaxDouble, top = -MaxDouble;
+  for (int k = 0; k < nb; ++k) {
+    const TBlockSpan& b = sb[k];
+    if (b.Count == 0 || b.Left - right0 > DefaultTol || left0 - b.Right > DefaultTol || b.Bottom - top0 > DefaultTol ||
+        bottom0 - b.Top > DefaultTol)
+      continue;
+    left = std::min(left, b.Left);
+    right = std::max(right, b.Right);
+    bottom = std::min(bottom, b.Bottom);
+    top = std::max(top, b.Top);
+    if (nearCount < Room)
+      near[nearCount++] = k;
+    else
+      crowded = true;
+  }
+  if (left > right) return false;
+  for (int ka = 0; ka < na; ++ka) {
+    const TBlockSpan& a = sa[ka];
+    if (a.Count == 0) continue;
+    // Both lists are sorted by Left.
+    if (a.Left - right > DefaultTol) break;
+    if (left - a.Right > DefaultTol || a.Bottom - top > DefaultTol || bottom - a.Top > DefaultTol) continue;
+    auto meets = [&](int Kb) {
+      const TBlockSpan& b = sb[Kb];
+      if (b.Count == 0 || a.Left > b.Right + DefaultTol || b.Bottom - a.Top > DefaultTol ||
+          a.Bottom - b.Top > DefaultTol)
+        return false;
+      return ChainsMeet(*FItems[static_cast<std::size_t>(ka)], FBlocks.data() + a.Begin, a.Count,
+                        *Other.FItems[static_cast<std::size_t>(Kb)], Other.FBlocks.data() + b.Begin, b.Count);
+    };
+    const int count = crowded ? nb : nearCount;
+    for (int m = 0; m < count; ++m) {
+      const int kb = crowded ? m : near[m];
+      if (sb[kb].Count != 0 && sb[kb].Left - DefaultTol > a.Right) break;
+      if (meets(kb)) return true;
+    }
+  }
+  return false;
 }
 
 void TMPolygon::DropBlocks() {
@@ -719,6 +778,7 @@ void TMPolygon::Notify(TMChain* const& Item, TCollectionNotification Action) {
 }
 
 bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
+  if (!FBlockSpans.empty() && !MPolygon.FBlockSpans.empty()) return OverlapByBlocks(MPolygon);
   // This polygon's extent, from its chains' own bounds as they stand now.
   double aLeft0 = MaxDouble, aRight0 = -MaxDouble, aBottom0 = MaxDouble, aTop0 = -MaxDouble;
   for (const TMChain* a : FItems) {
@@ -736,19 +796,15 @@ bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
   struct TBox {
     double Left, Right, Bottom, Top;
     const TMChain* Chain;
-    int Index;  // in MPolygon's list
   };
   constexpr std::size_t Room = 64;
   TBox near[Room];
   std::size_t nearCount = 0;
   bool crowded = false;
   double left = MaxDouble, right = -MaxDouble, bottom = MaxDouble, top = -MaxDouble;
-  const bool blocks = !FBlockSpans.empty() && !MPolygon.FBlockSpans.empty();
-  for (std::size_t k = 0; k < MPolygon.FItems.size(); ++k) {
-    const TMChain* other = MPolygon.FItems[k];
+  for (const TMChain* other : MPolygon.FItems) {
     if (other->FItems.empty()) continue;
-    const TBox box{other->FLeft, other->FRight, other->FItems.front().Y, other->FItems.back().Y, other,
-                   static_cast<int>(k)};
+    const TBox box{other->FLeft, other->FRight, other->FItems.front().Y, other->FItems.back().Y, other};
     if (box.Left - aRight0 > DefaultTol || aLeft0 - box.Right > DefaultTol || box.Bottom - aTop0 > DefaultTol ||
         aBottom0 - box.Top > DefaultTol)
       continue;
@@ -763,8 +819,7 @@ bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
   }
   if (left > right) return false;
   const std::vector<TMChain*>& others = MPolygon.FItems;
-  for (std::size_t ka = 0; ka < FItems.size(); ++ka) {
-    const TMChain* a = FItems[ka];
+  for (const TMChain* a : FItems) {
     if (a->FItems.empty()) continue;
     const double aLeft = a->FLeft;
     const double aRight = a->FRight;
@@ -777,12 +832,6 @@ bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
     auto meets = [&](const TBox& B) {
       // IsOverlap's own first test, made here to spare the call.
       if (aLeft > B.Right + DefaultTol || B.Bottom - aTop > DefaultTol || aBottom - B.Top > DefaultTol) return false;
-      if (blocks) {
-        const TBlockSpan sa = FBlockSpans[ka];
-        const TBlockSpan sb = MPolygon.FBlockSpans[static_cast<std::size_t>(B.Index)];
-        return ChainsMeet(*a, FBlocks.data() + sa.Begin, sa.Count, *B.Chain, MPolygon.FBlocks.data() + sb.Begin,
-                          sb.Count);
-      }
       return a->IsOverlap(*B.Chain);
     };
     if (!crowded) {
@@ -792,11 +841,9 @@ bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
         if (meets(near[k])) return true;
       }
     } else {
-      for (std::size_t k = 0; k < others.size(); ++k) {
-        const TMChain* other = others[k];
+      for (const TMChain* other : others) {
         if (other->FItems.empty()) continue;
-        const TBox box{other->FLeft, other->FRight, other->FItems.front().Y, other->FItems.back().Y, other,
-                       static_cast<int>(k)};
+        const TBox box{other->FLeft, other->FRight, other->FItems.front().Y, other->FItems.back().Y, other};
         if (box.Left - DefaultTol > aRight) break;
         if (meets(box)) return true;
       }
@@ -820,6 +867,12 @@ void TMPolygon::Translate(const TPoint2D& Vector) {
   // Rounding keeps the order of values, so the moved stretches' bounds are those of the
   // moved vertices.
   for (TChainBlock& b : FBlocks) {
+    b.Left += Vector.X;
+    b.Right += Vector.X;
+    b.Bottom += Vector.Y;
+    b.Top += Vector.Y;
+  }
+  for (TBlockSpan& b : FBlockSpans) {
     b.Left += Vector.X;
     b.Right += Vector.X;
     b.Bottom += Vector.Y;

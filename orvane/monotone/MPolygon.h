@@ -147,8 +147,10 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
   struct TChainBlock {
     double Left, Right, Bottom, Top;
   };
-  // The stretches of the chain at one list index, Count of them from Begin in FBlocks.
+  // The chain at one list index: its box, and its stretches, Count of them from Begin in
+  // FBlocks.
   struct TBlockSpan {
+    double Left, Right, Bottom, Top;
     int Begin, Count;
   };
   static constexpr int BlockSegments = 4;
@@ -160,6 +162,9 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
   static bool ChainsMeet(const TMChain& A, const TChainBlock* BA, int NA, const TMChain& B, const TChainBlock* BB,
                          int NB);
   void DropBlocks();
+  // TestOverlap on the chains' boxes and stretches alone, side by side in memory: the chains
+  // themselves are read only for the stretches that come near each other.
+  bool OverlapByBlocks(const TMPolygon& Other) const;
 
   // A chain of a closed ring: the vertices Begin to Last of the ring's cycle, counted on
   // past its end across the seam, and whether they climb in the order of travel.
