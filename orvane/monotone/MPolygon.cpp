@@ -446,6 +446,14 @@ void TMPolygon::FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun&
   const TPoint2D* p = P.data();
   Chain.FPositive = Run.Positive;
   TDynPoints2D& v = Chain.FItems;
+  if (Run.Begin >= 1 && Run.Last < m) {
+    // Most runs lie within P as it stands: one copy at once.
+    if (Run.Positive)
+      v.assign(p + Run.Begin, p + Run.Last + 1);
+    else
+      v.assign(std::make_reverse_iterator(p + Run.Last + 1), std::make_reverse_iterator(p + Run.Begin));
+    return;
+  }
   v.reserve(static_cast<std::size_t>(Run.Last - Run.Begin + 1));
   // Copied in stretches that are contiguous in P, climbing: a falling run backwards. The
   // cycle's vertex 0 is P's last vertex.
