@@ -317,12 +317,26 @@ bool TMPolygon::OverlapByBlocks(const TMPolygon& Other) const {
       return ChainsMeet(*FItems[static_cast<std::size_t>(ka)], FBlocks.data() + a.Begin, a.Count,
                         *Other.FItems[static_cast<std::size_t>(Kb)], Other.FBlocks.data() + b.Begin, b.Count);
     };
-    const int count = crowded ? nb : nearCount;
-    for (int m = 0; m < count; ++m) {
-      const int kb = crowded ? m : near[m];
-      if (sb[kb].Count != 0 && sb[kb].Left - DefaultTol > a.Right) break;
+    if (crowded) {
+      for (int kb = 0; kb < nb; ++kb) {
+        if (sb[kb].Count != 0 && sb[kb].Left - DefaultTol > a.Right) break;
+        if (meets(kb)) return true;
+      }
+      continue;
+    }
+    // The chains of this polygon come by rising Left, so a near chain that ends left of this
+    // one is left of every later one: it leaves the near list for good.
+    int kept = 0;
+    int m = 0;
+    for (; m < nearCount; ++m) {
+      const int kb = near[m];
+      if (sb[kb].Left - DefaultTol > a.Right) break;
+      if (a.Left > sb[kb].Right + DefaultTol) continue;
+      near[kept++] = kb;
       if (meets(kb)) return true;
     }
+    for (; m < nearCount; ++m) near[kept++] = near[m];
+    nearCount = kept;
   }
   return false;
 }
