@@ -304,6 +304,14 @@ bool TMChain::IsOverlap(const TMChain& Chain) const {
   return TOverlapWalk(FItems.data(), Count(), Chain.FItems.data(), Chain.Count()).Run();
 }
 
+namespace internal {
+
+bool ClimbingRunsOverlap(const TPoint2D* A, int NA, const TPoint2D* B, int NB) {
+  return TOverlapWalk(A, NA, B, NB).Run();
+}
+
+}  // namespace internal
+
 TPair<int, int> TMChain::GetRangeIdsByPt(const TPoint2D& Pt) const {
   const int n = Count();
   const TPoint2D* v = FItems.data();

@@ -93,4 +93,12 @@ class ORVANE_API TMChain : public TVPolyline2D {
   TMChain* FNext = nullptr;
 };
 
+namespace internal {
+
+// TMChain::IsOverlap's walk over two runs of vertices that climb, such as stretches of two
+// chains: true if the runs touch (within 1e-6, Euclidean) or cross.
+bool ClimbingRunsOverlap(const TPoint2D* A, int NA, const TPoint2D* B, int NB);
+
+}  // namespace internal
+
 }  // namespace orvane

@@ -23,15 +23,46 @@ namespace {
 // reverse would then fall. A level step counts with the falling ones.
 inline bool Climbs(const TPoint2D& From, const TPoint2D& To) { return To.Y > From.Y; }
 
-// No coordinate is infinite or NaN: none has every exponent bit set.
+// No coordinate is infinite or NaN: none has every exponent bit set. One more in the
+// exponent field carries into the sign bit exactly for those, so the test is an and, an add
+// and an or per coordinate, without a branch or a compare.
 bool AllFinite(const TDynPoints2D& P) {
   constexpr std::uint64_t exponent = 0x7ff0000000000000ull;
+  constexpr std::uint64_t unit = 0x0010000000000000ull;
   std::uint64_t bad = 0;
   for (const TPoint2D& v : P) {
-    bad |= static_cast<std::uint64_t>((std::bit_cast<std::uint64_t>(v.X) & exponent) == exponent) |
-           static_cast<std::uint64_t>((std::bit_cast<std::uint64_t>(v.Y) & exponent) == exponent);
+    bad |= ((std::bit_cast<std::uint64_t>(v.X) & exponent) + unit) | ((std::bit_cast<std::uint64_t>(v.Y) & exponent) + unit);
   }
-  return bad == 0;
+  return (bad >> 63) == 0;
+}
+
+// A chain's place in the list order, taken apart from the chain: Left, then the first
+// vertex's height (1e-6), as Compare orders non-empty chains.
+struct TChainKey {
+  double Left;
+  double Bottom;
+  int Index;
+};
+
+bool KeyLess(const TChainKey& A, const TChainKey& B) {
+  if (A.Left != B.Left) return A.Left < B.Left;
+  return TMathUtils::CompareFloat(A.Bottom, B.Bottom, DefaultTol) < 0;
+}
+
+// Stable, as Compare's order asks: insertion for the few chains of most outlines, where it
+// is the stable sort's own first step; the stable sort above that.
+void SortKeys(std::vector<TChainKey>& Keys) {
+  constexpr std::size_t insertionLimit = 32;
+  if (Keys.size() > insertionLimit) {
+    std::stable_sort(Keys.begin(), Keys.end(), KeyLess);
+    return;
+  }
+  for (std::size_t i = 1; i < Keys.size(); ++i) {
+    const TChainKey key = Keys[i];
+    std::size_t j = i;
+    for (; j > 0 && KeyLess(key, Keys[j - 1]); --j) Keys[j] = Keys[j - 1];
+    Keys[j] = key;
+  }
 }
 
 }  // namespace
@@ -64,6 +95,15 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   const int start = closed ? 1 : 0;
   std::vector<std::unique_ptr<TMChain>> owned;
   std::vector<TMChain*> made;
+  // Each chain's stretches, in the order the chains are made.
+  std::vector<TChainBlock> blocks;
+  std::vector<TBlockSpan> spans;
+  int blockCount = 0;
+  auto addBlocks = [&](TMChain& Chain) {
+    const int got = MakeBlocks(Chain.FItems.data(), Chain.Count(), blocks.data() + blockCount, Chain.FLeft, Chain.FRight);
+    spans.push_back({Chain.FLeft, Chain.FRight, Chain.FItems.front().Y, Chain.FItems.back().Y, blockCount, got});
+    blockCount += got;
+  };
   if (closed && n - start > 2) {
     const std::vector<TRingRun> runs = RingRuns(p);
     made.reserve(runs.size());
@@ -78,34 +118,232 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
       FChainBlock = std::make_unique<TMChain[]>(runs.size());
       for (std::size_t k = 0; k < runs.size(); ++k) made.push_back(&FChainBlock[k]);
     }
+    // A chain of k segments has k / BlockSegments stretches, and one more for a rest; the
+    // chains share no segment.
+    spans.reserve(runs.size());
+    blocks.resize(static_cast<std::size_t>(n / BlockSegments) + runs.size() + 1);
     for (std::size_t k = 0; k < runs.size(); ++k) {
       FillChain(*made[k], p, runs[k]);
       made[k]->FNext = made[(k + 1) % runs.size()];
+      addBlocks(*made[k]);
     }
   } else {
     CutPolyline(p, closed, owned);
-    for (const std::unique_ptr<TMChain>& c : owned) made.push_back(c.get());
+    std::size_t bound = 0;
+    for (const std::unique_ptr<TMChain>& c : owned) bound += static_cast<std::size_t>(c->Count() / BlockSegments + 1);
+    blocks.resize(bound);
+    for (const std::unique_ptr<TMChain>& c : owned) {
+      made.push_back(c.get());
+      addBlocks(*c);
+    }
   }
 
-  // The box is the union of the chains' boxes.
-  for (const TMChain* c : made) {
-    if (c == made.front())
-      FBoundBox = c->BoundBox();
-    else
-      FBoundBox.Extend(c->BoundBox());
+  // The box is the union of the chains' boxes; the chains climb.
+  std::vector<TChainKey> keys(made.size());
+  double left = MaxDouble, right = -MaxDouble, bottom = MaxDouble, top = -MaxDouble;
+  for (std::size_t k = 0; k < made.size(); ++k) {
+    const TMChain& c = *made[k];
+    const double y0 = c.FItems.front().Y;
+    const double y1 = c.FItems.back().Y;
+    left = std::min(left, c.FLeft);
+    right = std::max(right, c.FRight);
+    bottom = std::min(bottom, std::min(y0, y1));
+    top = std::max(top, std::max(y0, y1));
+    keys[k] = {c.FLeft, y0, static_cast<int>(k)};
   }
+  if (!made.empty()) FBoundBox = TRect2D(left, bottom, right, top);
 
-  std::stable_sort(made.begin(), made.end(),
-                   [](TMChain* const& A, TMChain* const& B) { return Compare(A, B) < 0; });
+  SortKeys(keys);
   SetCapacity(static_cast<int>(made.size()));
   if (GetOwnsObjects()) {
     // The list takes each chain over; the capacity is reserved, so no Add can fail midway.
     for (std::unique_ptr<TMChain>& c : owned) static_cast<void>(c.release());
-    for (TMChain* c : made) Add(c);
   } else {
-    for (TMChain* c : made) Add(c);
     FMadeChains = std::move(owned);
   }
+  for (const TChainKey& key : keys) Add(made[static_cast<std::size_t>(key.Index)]);
+  // The Adds above dropped whatever stretches there were; these are the chains' own.
+  FBlockSpans.reserve(keys.size());
+  for (const TChainKey& key : keys) FBlockSpans.push_back(spans[static_cast<std::size_t>(key.Index)]);
+  blocks.resize(static_cast<std::size_t>(blockCount));
+  FBlocks = std::move(blocks);
+}
+
+int TMPolygon::MakeBlocks(const TPoint2D* V, int N, TChainBlock* Out, double& Left, double& Right) {
+  if (N == 0) return 0;
+  if (N == 1) {
+    Out[0] = {V[0].X, V[0].X, V[0].Y, V[0].Y};
+    Left = Right = V[0].X;
+    return 1;
+  }
+  const int segments = N - 1;
+  const int full = segments / BlockSegments;
+  double left = V[0].X, right = left;
+  // Whole stretches first, at a fixed length the compiler lays out flat.
+  for (int b = 0; b < full; ++b) {
+    const TPoint2D* q = V + b * BlockSegments;
+    double lo = q[0].X, hi = lo;
+    for (int k = 1; k <= BlockSegments; ++k) {
+      lo = std::min(lo, q[k].X);
+      hi = std::max(hi, q[k].X);
+    }
+    Out[b] = {lo, hi, q[0].Y, q[BlockSegments].Y};
+    left = std::min(left, lo);
+    right = std::max(right, hi);
+  }
+  int count = full;
+  if (segments % BlockSegments != 0) {
+    const int s = full * BlockSegments;
+    double lo = V[s].X, hi = lo;
+    for (int k = s + 1; k <= segments; ++k) {
+      lo = std::min(lo, V[k].X);
+      hi = std::max(hi, V[k].X);
+    }
+    Out[count++] = {lo, hi, V[s].Y, V[segments].Y};
+    left = std::min(left, lo);
+    right = std::max(right, hi);
+  }
+  Left = left;
+  Right = right;
+  return count;
+}
+
+bool TMPolygon::ChainsMeet(const TMChain& A, const TChainBlock* BA, int NA, const TMChain& B, const TChainBlock* BB,
+                           int NB) {
+  if (NA == 0 || NB == 0) return false;
+  // Only the heights that both chains reach within the tolerance matter.
+  const double lo = std::max(BA[0].Bottom, BB[0].Bottom) - DefaultTol;
+  const double hi = std::min(BA[NA - 1].Top, BB[NB - 1].Top) + DefaultTol;
+  // The first stretch of each that reaches the common heights: searched on long chains,
+  // counted on the short ones that most outlines have.
+  const auto reach = [lo](const TChainBlock* K, int N) {
+    if (N > 16) return static_cast<int>(std::partition_point(K, K + N, [lo](const TChainBlock& Q) { return Q.Top < lo; }) - K);
+    int k = 0;
+    while (k < N && K[k].Top < lo) ++k;
+    return k;
+  };
+  int i = reach(BA, NA);
+  int from = reach(BB, NB);
+  const TPoint2D* va = A.FItems.data();
+  const TPoint2D* vb = B.FItems.data();
+  const int na = A.Count();
+  const int nb = B.Count();
+  // The vertices of stretch K of a chain of N vertices.
+  const auto first = [](int K) { return K * BlockSegments; };
+  const auto last = [](int K, int N) { return std::min(K * BlockSegments + BlockSegments, N - 1); };
+  // A run of consecutive stretches of A that meet stretches of B, and the stretches of B
+  // they meet; walked together once the run ends.
+  int runA0 = -1, runA1 = -1, runB0 = 0, runB1 = 0;
+  auto walkRun = [&]() {
+    if (runA0 < 0) return false;
+    const int a0 = first(runA0), a1 = last(runA1, na);
+    const int b0 = first(runB0), b1 = last(runB1, nb);
+    runA0 = -1;
+    return internal::ClimbingRunsOverlap(va + a0, a1 - a0 + 1, vb + b0, b1 - b0 + 1);
+  };
+  for (; i < NA && BA[i].Bottom <= hi; ++i) {
+    const TChainBlock& a = BA[i];
+    while (from < NB && BB[from].Top < a.Bottom - DefaultTol) ++from;
+    int j0 = -1, j1 = -1;
+    for (int j = from; j < NB && BB[j].Bottom <= a.Top + DefaultTol; ++j) {
+      if (BB[j].Left - a.Right <= DefaultTol && a.Left - BB[j].Right <= DefaultTol) {
+        if (j0 < 0) j0 = j;
+        j1 = j;
+      }
+    }
+    if (j0 < 0) {
+      if (walkRun()) return true;
+      continue;
+    }
+    if (runA0 >= 0) {
+      runA1 = i;
+      runB0 = std::min(runB0, j0);
+      runB1 = std::max(runB1, j1);
+    } else {
+      runA0 = runA1 = i;
+      runB0 = j0;
+      runB1 = j1;
+    }
+  }
+  return walkRun();
+}
+
+bool TMPolygon::OverlapByBlocks(const TMPolygon& Other) const {
+  const TBlockSpan* sa = FBlockSpans.data();
+  const int na = static_cast<int>(FBlockSpans.size());
+  const TBlockSpan* sb = Other.FBlockSpans.data();
+  const int nb = static_cast<int>(Other.FBlockSpans.size());
+  // The same sorting out as in TestOverlap, on the copies of the chains' boxes.
+  double left0 = MaxDouble, right0 = -MaxDouble, bottom0 = MaxDouble, top0 = -MaxDouble;
+  for (int k = 0; k < na; ++k) {
+    if (sa[k].Count == 0) continue;
+    left0 = std::min(left0, sa[k].Left);
+    right0 = std::max(right0, sa[k].Right);
+    bottom0 = std::min(bottom0, sa[k].Bottom);
+    top0 = std::max(top0, sa[k].Top);
+  }
+  if (left0 > right0) return false;
+  constexpr int Room = 64;
+  int near[Room];
+  int nearCount = 0;
+  bool crowded = false;
+  double left = MaxDouble, right = -MaxDouble, bottom = MaxDouble, top = -MaxDouble;
+  for (int k = 0; k < nb; ++k) {
+    const TBlockSpan& b = sb[k];
+    if (b.Count == 0 || b.Left - right0 > DefaultTol || left0 - b.Right > DefaultTol || b.Bottom - top0 > DefaultTol ||
+        bottom0 - b.Top > DefaultTol)
+      continue;
+    left = std::min(left, b.Left);
+    right = std::max(right, b.Right);
+    bottom = std::min(bottom, b.Bottom);
+    top = std::max(top, b.Top);
+    if (nearCount < Room)
+      near[nearCount++] = k;
+    else
+      crowded = true;
+  }
+  if (left > right) return false;
+  for (int ka = 0; ka < na; ++ka) {
+    const TBlockSpan& a = sa[ka];
+    if (a.Count == 0) continue;
+    // Both lists are sorted by Left.
+    if (a.Left - right > DefaultTol) break;
+    if (left - a.Right > DefaultTol || a.Bottom - top > DefaultTol || bottom - a.Top > DefaultTol) continue;
+    auto meets = [&](int Kb) {
+      const TBlockSpan& b = sb[Kb];
+      if (b.Count == 0 || a.Left > b.Right + DefaultTol || b.Bottom - a.Top > DefaultTol ||
+          a.Bottom - b.Top > DefaultTol)
+        return false;
+      return ChainsMeet(*FItems[static_cast<std::size_t>(ka)], FBlocks.data() + a.Begin, a.Count,
+                        *Other.FItems[static_cast<std::size_t>(Kb)], Other.FBlocks.data() + b.Begin, b.Count);
+    };
+    if (crowded) {
+      for (int kb = 0; kb < nb; ++kb) {
+        if (sb[kb].Count != 0 && sb[kb].Left - DefaultTol > a.Right) break;
+        if (meets(kb)) return true;
+      }
+      continue;
+    }
+    // The chains of this polygon come by rising Left, so a near chain that ends left of this
+    // one is left of every later one: it leaves the near list for good.
+    int kept = 0;
+    int m = 0;
+    for (; m < nearCount; ++m) {
+      const int kb = near[m];
+      if (sb[kb].Left - DefaultTol > a.Right) break;
+      if (a.Left > sb[kb].Right + DefaultTol) continue;
+      near[kept++] = kb;
+      if (meets(kb)) return true;
+    }
+    for (; m < nearCount; ++m) near[kept++] = near[m];
+    nearCount = kept;
+  }
+  return false;
+}
+
+void TMPolygon::DropBlocks() {
+  FBlocks.clear();
+  FBlockSpans.clear();
 }
 
 void TMPolygon::CutPolyline(const TDynPoints2D& P, bool Closed, std::vector<std::unique_ptr<TMChain>>& Chains) {
@@ -222,6 +460,14 @@ void TMPolygon::FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun&
   const TPoint2D* p = P.data();
   Chain.FPositive = Run.Positive;
   TDynPoints2D& v = Chain.FItems;
+  if (Run.Begin >= 1 && Run.Last < m) {
+    // Most runs lie within P as it stands: one copy at once.
+    if (Run.Positive)
+      v.assign(p + Run.Begin, p + Run.Last + 1);
+    else
+      v.assign(std::make_reverse_iterator(p + Run.Last + 1), std::make_reverse_iterator(p + Run.Begin));
+    return;
+  }
   v.reserve(static_cast<std::size_t>(Run.Last - Run.Begin + 1));
   // Copied in stretches that are contiguous in P, climbing: a falling run backwards. The
   // cycle's vertex 0 is P's last vertex.
@@ -250,13 +496,6 @@ void TMPolygon::FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun&
       j -= count;
     }
   }
-  double left = v.front().X, right = left;
-  for (const TPoint2D& pt : v) {
-    left = pt.X < left ? pt.X : left;
-    right = pt.X > right ? pt.X : right;
-  }
-  Chain.FLeft = left;
-  Chain.FRight = right;
 }
 
 std::unique_ptr<TVGeometry2DList<TMChain>> TMPolygon::New(bool AOwnsObjects) const {
@@ -268,6 +507,9 @@ std::unique_ptr<IVGeometry2D> TMPolygon::Clone() const {
   auto* copy = dynamic_cast<TMPolygon*>(result.get());
   Assert(copy != nullptr, "[Assert] TMPolygon.Clone: New did not make a polygon");
   copy->FBoundBox = FBoundBox;
+  // The copies stand in the same list order, with the same vertices.
+  copy->FBlocks = FBlocks;
+  copy->FBlockSpans = FBlockSpans;
   if (GetOwnsObjects()) {
     // Each copy follows the image of its original's successor.
     std::unordered_map<const TMChain*, TMChain*> image;
@@ -553,10 +795,12 @@ void TMPolygon::DropHeightIndex() {
 
 void TMPolygon::Notify(TMChain* const& Item, TCollectionNotification Action) {
   DropHeightIndex();
+  DropBlocks();
   TVGeometry2DList<TMChain>::Notify(Item, Action);
 }
 
 bool TMPolygon::TestOverlap(const TMPolygon& MPolygon) const {
+  if (!FBlockSpans.empty() && !MPolygon.FBlockSpans.empty()) return OverlapByBlocks(MPolygon);
   // This polygon's extent, from its chains' own bounds as they stand now.
   double aLeft0 = MaxDouble, aRight0 = -MaxDouble, aBottom0 = MaxDouble, aTop0 = -MaxDouble;
   for (const TMChain* a : FItems) {
@@ -642,35 +886,55 @@ void TMPolygon::Translate(const TPoint2D& Vector) {
   DropHeightIndex();
   TVGeometry2DList<TMChain>::Translate(Vector);
   if (FBoundBox.IsValid()) FBoundBox = FBoundBox.Translate(Vector);
+  // Rounding keeps the order of values, so the moved stretches' bounds are those of the
+  // moved vertices.
+  for (TChainBlock& b : FBlocks) {
+    b.Left += Vector.X;
+    b.Right += Vector.X;
+    b.Bottom += Vector.Y;
+    b.Top += Vector.Y;
+  }
+  for (TBlockSpan& b : FBlockSpans) {
+    b.Left += Vector.X;
+    b.Right += Vector.X;
+    b.Bottom += Vector.Y;
+    b.Top += Vector.Y;
+  }
 }
 
 void TMPolygon::RoundTo(int Accuracy) {
   DropHeightIndex();
+  DropBlocks();
   TVGeometry2DList<TMChain>::RoundTo(Accuracy);
 }
 
 void TMPolygon::Rotate(double Radian) {
   DropHeightIndex();
+  DropBlocks();
   TVGeometry2DList<TMChain>::Rotate(Radian);
 }
 
 void TMPolygon::RotateBy90() {
   DropHeightIndex();
+  DropBlocks();
   TVGeometry2DList<TMChain>::RotateBy90();
 }
 
 void TMPolygon::RotateBy_90() {
   DropHeightIndex();
+  DropBlocks();
   TVGeometry2DList<TMChain>::RotateBy_90();
 }
 
 void TMPolygon::YMirror() {
   DropHeightIndex();
+  DropBlocks();
   TVGeometry2DList<TMChain>::YMirror();
 }
 
 void TMPolygon::Transform(const TMatrix2D& Matrix) {
   DropHeightIndex();
+  DropBlocks();
   TVGeometry2DList<TMChain>::Transform(Matrix);
 }
 

@@ -74,7 +74,10 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
   // Boundaries only: a polygon inside the other without contact gives false. Chains clear
   // of the other polygon's extent are passed over, the scan of MPolygon's chains stops at
   // the first that starts right of the chain at hand, and only chains whose boxes meet are
-  // walked. Allocates nothing.
+  // looked at. Of those, a polygon built from a polyline first compares the boxes of short
+  // stretches of the two chains, kept since construction, and walks the pair only where
+  // two stretches meet; as for the point test, a chain edited in place behind the
+  // polygon's back is not seen. Allocates nothing.
   bool TestOverlap(const TMPolygon& MPolygon) const;
   // False for any argument.
   bool PolyIsIn(const TMPolygon* AMPoly) const;
@@ -138,6 +141,31 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
     std::vector<TChainSpan> ByHigh;
   };
 
+  // A stretch of at most BlockSegments segments of one chain: the x range of its vertices
+  // and the heights of its ends. Two chains that touch or cross have a stretch each whose
+  // boxes come within the tolerance, so pairs of chains without such stretches need no walk.
+  struct TChainBlock {
+    double Left, Right, Bottom, Top;
+  };
+  // The chain at one list index: its box, and its stretches, Count of them from Begin in
+  // FBlocks.
+  struct TBlockSpan {
+    double Left, Right, Bottom, Top;
+    int Begin, Count;
+  };
+  static constexpr int BlockSegments = 4;
+  // Writes the stretches of the climbing vertices V[0..N) to Out and answers their number
+  // (at most N / BlockSegments + 1); the x range of all of them goes to Left and Right.
+  static int MakeBlocks(const TPoint2D* V, int N, TChainBlock* Out, double& Left, double& Right);
+  // Chains A and B, with their stretches, touch or cross: only the runs of stretches that
+  // come within the tolerance of each other are walked.
+  static bool ChainsMeet(const TMChain& A, const TChainBlock* BA, int NA, const TMChain& B, const TChainBlock* BB,
+                         int NB);
+  void DropBlocks();
+  // TestOverlap on the chains' boxes and stretches alone, side by side in memory: the chains
+  // themselves are read only for the stretches that come near each other.
+  bool OverlapByBlocks(const TMPolygon& Other) const;
+
   // A chain of a closed ring: the vertices Begin to Last of the ring's cycle, counted on
   // past its end across the seam, and whether they climb in the order of travel.
   struct TRingRun {
@@ -147,7 +175,8 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
   // The chains of a closed ring of at least three vertices besides the repeated one, in
   // order of travel, as ranges of its cycle.
   static std::vector<TRingRun> RingRuns(const TDynPoints2D& P);
-  // Fills Chain with one run of P, once, at its size, climbing.
+  // Fills Chain with one run of P, once, at its size, climbing; its x range is left to
+  // MakeBlocks.
   static void FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun& Run);
   // The chains of an open polyline, or of a closed one that is a single step there and back.
   static void CutPolyline(const TDynPoints2D& P, bool Closed, std::vector<std::unique_ptr<TMChain>>& Chains);
@@ -167,6 +196,10 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
 
   TRect2D FBoundBox;
   mutable THeightIndex FHeightIndex;
+  // The stretches of every chain, made by the polyline constructor; every change of the list
+  // of chains, and every bulk change but Translate, drops them (then FBlockSpans is empty).
+  std::vector<TChainBlock> FBlocks;
+  std::vector<TBlockSpan> FBlockSpans;
   // The chains built by the polyline constructor of a polygon that does not own its items:
   // those of a closed ring in one block, the others one by one.
   std::unique_ptr<TMChain[]> FChainBlock;

@@ -210,6 +210,14 @@ TEST(MPolygon, TestOverlapAgreesWithBruteForce) {
     const auto pb = Make(B);
     const bool got = pa->TestOverlap(*pb);
     EXPECT_EQ(got, pb->TestOverlap(*pa));
+    // A copy keeps the stretches that spare walks; a polygon whose list changed has lost
+    // them and walks every pair of chains whose boxes meet. Both answer alike.
+    EXPECT_EQ(pa->CloneAs<TMPolygon>()->TestOverlap(*pb), got);
+    auto plain = pa->CloneAs<TMPolygon>();
+    std::unique_ptr<TMChain> last = plain->Extract(plain->Last());
+    plain->Add(std::move(last));
+    EXPECT_EQ(plain->TestOverlap(*pb), got);
+    EXPECT_EQ(pb->TestOverlap(*plain), got);
     if (!Want) Want = Reference(A, B);
     if (!Want) return;
     ++decided;

@@ -239,23 +239,39 @@ class TChecker {
     FContained.assign(At(n), 0);
   }
 
-  // Pairs of parts whose boxes meet within the contact distance.
+  // Pairs of parts whose boxes meet within the contact distance (the boxes' relation is not
+  // 0, as an R-tree search within that distance finds them). A layout's parts spread along
+  // its container, so one sweep over the boxes along the layout's longer side answers with
+  // few tests beyond the pairs themselves.
   void FindCandidates() {
     const int n = R.Parts;
-    std::vector<int> ids(At(n));
-    std::vector<TRect2D> boxes(At(n));
-    for (int i = 0; i < n; ++i) {
-      ids[At(i)] = i;
-      boxes[At(i)] = Part(i).Box;
-    }
-    TRTree<int> tree(std::span<const int>(ids), std::span<const TRect2D>(boxes), 8);
     const double reach = std::max(FOptions.Tol, KernelTol);
-    std::vector<int> hits;
+    // A distance without a value meets nothing.
+    if (std::isnan(reach)) return;
+    std::vector<int> order;
+    order.reserve(At(n));
+    TRect2D extent = TRect2D::Invalid();
     for (int i = 0; i < n; ++i) {
-      hits.clear();
-      tree.Search(Part(i).Box, hits, reach);
-      for (int j : hits) {
-        if (j > i) FCandidates.emplace_back(i, j);
+      if (!Part(i).Box.IsValid()) continue;
+      order.push_back(i);
+      extent.Extend(Part(i).Box);
+    }
+    const bool alongX = order.empty() || extent.XMax - extent.XMin >= extent.YMax - extent.YMin;
+    const auto low = [alongX](const TRect2D& B) { return alongX ? B.XMin : B.YMin; };
+    const auto high = [alongX](const TRect2D& B) { return alongX ? B.XMax : B.YMax; };
+    std::sort(order.begin(), order.end(), [&](int A, int B) {
+      const double a = low(Part(A).Box), b = low(Part(B).Box);
+      return a < b || (a == b && A < B);
+    });
+    for (std::size_t k = 0; k < order.size(); ++k) {
+      const int i = order[k];
+      const TRect2D& a = Part(i).Box;
+      for (std::size_t m = k + 1; m < order.size(); ++m) {
+        const int j = order[m];
+        const TRect2D& b = Part(j).Box;
+        // Sorted by the low edge: no later box reaches back to this one.
+        if (low(b) - high(a) > reach) break;
+        if (a.RelationWithRect(b, reach) != 0) FCandidates.emplace_back(std::min(i, j), std::max(i, j));
       }
     }
     std::sort(FCandidates.begin(), FCandidates.end());

@@ -1,8 +1,9 @@
 #pragma once
 // The layout check: which parts touch, which overlap and by how much, which lie inside
 // another, which stick out of the container. Built only on the kernel's public classes, as
-// a host would use them: one monotone polygon per part built once, the generic R-tree for
-// candidate pairs, the boundary-contact and point tests, the clipping adapter for areas.
+// a host would use them: one monotone polygon per part built once, a sweep over the part
+// boxes for candidate pairs, the boundary-contact and point tests, the clipping adapter for
+// areas.
 
 #include <functional>
 #include <string>
