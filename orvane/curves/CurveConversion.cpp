@@ -29,6 +29,12 @@ std::unique_ptr<TGeCurve2D> ArcCurve(const TArc2D& Arc) {
 
 void AddArc(const TGeCircularArc2D& Arc, TLABPolyline& Result) {
   const double sweep = Arc.GetSweepAngle();
+  // An arc without sweep is a point. Its bulge would be 0, and a mixed arc whose ends meet
+  // reads as a full circle: the point goes out as a line of length 0 instead.
+  if (sweep == 0.0) {
+    Result.Add(TLABSegline::CreateLine(Arc.GetStartPoint(), Arc.GetEndPoint()));
+    return;
+  }
   const TPoint2D centre = Arc.GetCenter();
   const double sense = sweep < 0.0 ? -1.0 : 1.0;
   // A bulge cannot carry more than one turn: whole turns go out as full circles (each

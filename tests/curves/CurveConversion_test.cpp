@@ -107,6 +107,12 @@ TEST(CurveConversion, ArcsAndCirclesKeepTheirSense) {
     ExpectNear((*labSpiral)[2].P4, {-1, 0});
     EXPECT_NEAR(LabLength(*labSpiral), 5 * Pi, 1e-12);
   }
+  // An arc without sweep is a point, not the circle that a mixed arc with ends together and
+  // bulge 0 would be.
+  const auto point = CreateLABPolyline(TGeCircularArc2D({0, 0}, 2, 1.0, 0.0));
+  ASSERT_EQ(point->Count(), 1);
+  EXPECT_TRUE(point->IsPoint());
+  EXPECT_EQ(CreateGeCurve2D(*point)->GetCurveLength(), 0.0);
 }
 
 TEST(CurveConversion, CubicsConvertBothWays) {
