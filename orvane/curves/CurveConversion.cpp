@@ -41,9 +41,9 @@ void AddArc(const TGeCircularArc2D& Arc, TLABPolyline& Result) {
   // starting and ending at the arc's start, which whole turns bring back), then the rest.
   double rest = std::abs(sweep);
   const double turns = std::floor((rest + FullTurnTol) / TwoPi);
-  if (turns > MaxArcTurns) {
+  if (turns > internal::MaxArcTurns) {
     throw EParamError("[Error] CreateLABPolyline: an arc of %s full turns is more than %d", FloatToStr(turns),
-                      MaxArcTurns);
+                      internal::MaxArcTurns);
   }
   const TPoint2D start = Arc.GetStartPoint();
   for (int i = 0; i < static_cast<int>(turns); ++i) {
@@ -82,8 +82,8 @@ void AddCurve(const TGeCurve2D& Curve, TLABPolyline& Result, int Depth) {
       Result.Add(TLABSegline::CreateBezier(pts[i], pts[i + 1], pts[i + 2], pts[i + 3]));
     }
   } else if (const auto* comp = dynamic_cast<const TGeCompositeCurve2D*>(&Curve)) {
-    if (Depth >= MaxCompositeDepth) {
-      throw EParamError("[Error] CreateLABPolyline: composites nested deeper than %d", MaxCompositeDepth);
+    if (Depth >= internal::MaxCompositeDepth) {
+      throw EParamError("[Error] CreateLABPolyline: composites nested deeper than %d", internal::MaxCompositeDepth);
     }
     for (int i = 0; i < comp->GetCurveCount(); ++i) AddCurve(*comp->GetCurve(i), Result, Depth + 1);
   }

@@ -31,8 +31,9 @@ ORVANE_API std::unique_ptr<TGeCurve2D> CreateGeCurve2D(const TLABSegline& Seglin
 ORVANE_API std::unique_ptr<TGeCurve2D> CreateGeCurve2D(const TLABPolyline& Polyline);
 // A new polyline, empty for a curve that yields no segments. The segments go in through
 // TLABPolyline::Add, so a gap of more than 1e-6 between sub-curves is closed there.
-// EParamError for composites nested deeper than MaxCompositeDepth (a cycle of composites
-// that do not own their curves) and for an arc of more than MaxArcTurns full turns.
+// EParamError for composites nested deeper than internal::MaxCompositeDepth (a cycle of
+// composites that do not own their curves) and for an arc of more than
+// internal::MaxArcTurns full turns.
 ORVANE_API std::unique_ptr<TLABPolyline> CreateLABPolyline(const TGeCurve2D& Curve);
 // CreateLABPolyline of each curve in order; only polylines with segments make an entry (nil
 // items and curves that yield nothing leave none), so positions may differ. The list owns
@@ -40,7 +41,10 @@ ORVANE_API std::unique_ptr<TLABPolyline> CreateLABPolyline(const TGeCurve2D& Cur
 ORVANE_API std::unique_ptr<TLABPolylineList> CreateLABPolylineList(const TList<const TGeCurve2D*>& Curves);
 ORVANE_API std::unique_ptr<TLABPolylineList> CreateLABPolylineList(const TList<TGeCurve2D*>& Curves);
 
+namespace internal {
+// The bounds that keep a conversion finite: nesting of composites, whole turns of one arc.
 inline constexpr int MaxCompositeDepth = 256;
 inline constexpr int MaxArcTurns = 1024;
+}  // namespace internal
 
 }  // namespace orvane
