@@ -11,6 +11,7 @@
 #include "orvane/algorithms/GeometryUtils.h"
 #include "orvane/algorithms/MelkmanAlgo.h"
 #include "orvane/curves/ClassDict.h"
+#include "orvane/curves/CurveConversion.h"
 #include "orvane/curves/GeBezier2D.h"
 #include "orvane/curves/GeCircularArc2D.h"
 #include "orvane/curves/GeCompositeCurve2D.h"
