@@ -943,7 +943,17 @@ void TGeSpline2D::PolySplit(TGeSpline2DList& List, double EpsChord) const {
 
 void TGeSpline2D::PolySplit(double From, double To, TGeSpline2DList& List, double EpsChord) const {
   std::unique_ptr<TGeCurve2D> sub = SubCurve(From, To);
-  if (auto* s = dynamic_cast<TGeSpline2D*>(sub.get())) s->PolySplit(List, EpsChord);
+  if (auto* s = dynamic_cast<TGeSpline2D*>(sub.get())) {
+    s->PolySplit(List, EpsChord);
+    return;
+  }
+  // A stretch through the seam comes as a composite of two spline parts: their pieces, in
+  // order, are the stretch's pieces.
+  if (const auto* c = dynamic_cast<const TGeCompositeCurve2D*>(sub.get())) {
+    for (int i = 0; i < c->GetCurveCount(); ++i) {
+      if (const auto* s = dynamic_cast<const TGeSpline2D*>(c->GetCurve(i))) s->PolySplit(List, EpsChord);
+    }
+  }
 }
 
 double TGeSpline2D::CtrlBoxError(double Tol) const {

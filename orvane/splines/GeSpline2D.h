@@ -143,6 +143,8 @@ class ORVANE_API TGeSpline2D final : public TGeCurve2D {
   // EParamError for an EpsChord that is not a positive number, EGeometry when more than
   // 10^5 pieces would be needed.
   void PolySplit(TGeSpline2DList& List, double EpsChord) const;
+  // The same for the stretch From..To (through the seam when From is above To on a closed
+  // spline); nothing for a stretch that SubCurve answers nil for.
   void PolySplit(double From, double To, TGeSpline2DList& List, double EpsChord) const;
   // Greatest distance of an inner control point from the line of the end control points;
   // stops at the first above Tol.

@@ -100,6 +100,21 @@ TEST(SplineSubCurve, ThroughTheSeamOfACircle) {
                   QuadLength(s1, s1.GetStartParam(), s1.GetEndParam()),
               r * sweep, 1e-10);
 
+  // Flat pieces of the stretch follow it through the seam, end to end.
+  TGeSpline2DList pieces;
+  s->PolySplit(from, to, pieces, 0.01);
+  ASSERT_GE(pieces.size(), 2u);
+  EXPECT_EQ(pieces.front()->GetStartPoint(), comp->GetStartPoint());
+  EXPECT_EQ(pieces.back()->GetEndPoint(), comp->GetEndPoint());
+  double range = 0.0;
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    range += pieces[i]->GetEndParam() - pieces[i]->GetStartParam();
+    if (i > 0) {
+      EXPECT_LE(pieces[i]->GetStartPoint().DistanceTo(pieces[i - 1]->GetEndPoint()), 1e-12);
+    }
+  }
+  EXPECT_NEAR(range, comp->GetEndParam() - comp->GetStartParam(), 1e-12);
+
   // A stretch that starts on the seam has nothing before it: the plain spline part.
   auto fromSeam = s->SubCurve(b, to);
   ASSERT_NE(fromSeam, nullptr);
