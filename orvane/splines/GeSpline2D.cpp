@@ -5,6 +5,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "orvane/curves/GeBezier2D.h"
+#include "orvane/curves/GeCompositeCurve2D.h"
 #include "orvane/curves/GeStrings.h"
 #include "orvane/curves/internal/CurveChecks.h"
 #include "orvane/foundation/Checks.h"
@@ -861,11 +863,13 @@ std::unique_ptr<TGeCurve2D> TGeSpline2D::SubCurve(double PrmFrom, double PrmTo) 
     if (!GetIsClosed()) return nullptr;
     auto a = SubCurve(PrmFrom, GetEndParam());
     auto b = SubCurve(GetStartParam(), PrmTo);
-    if (a && b)
-      // The two stretches on either side of the seam form one composite curve, which this
-      // library does not have yet.
-      throw EAbstractError("[Error] TGeSpline2D.SubCurve: a stretch through the seam needs a composite curve");
-    return a ? std::move(a) : std::move(b);
+    if (!a || !b) return a ? std::move(a) : std::move(b);
+    // The stretch runs through the seam: the part up to the end, then the part from the
+    // start, chained so that the composite's parameter walks on through the seam.
+    auto composite = std::make_unique<TGeCompositeCurve2D>();
+    composite->AddCurve(std::move(a));
+    composite->AddCurve(std::move(b));
+    return composite;
   }
   if (!fSmall(PrmFrom, PrmTo, kTol)) return nullptr;
   std::unique_ptr<TGeSpline2D> s1, s2;
@@ -939,7 +943,17 @@ void TGeSpline2D::PolySplit(TGeSpline2DList& List, double EpsChord) const {
 
 void TGeSpline2D::PolySplit(double From, double To, TGeSpline2DList& List, double EpsChord) const {
   std::unique_ptr<TGeCurve2D> sub = SubCurve(From, To);
-  if (auto* s = dynamic_cast<TGeSpline2D*>(sub.get())) s->PolySplit(List, EpsChord);
+  if (auto* s = dynamic_cast<TGeSpline2D*>(sub.get())) {
+    s->PolySplit(List, EpsChord);
+    return;
+  }
+  // A stretch through the seam comes as a composite of two spline parts: their pieces, in
+  // order, are the stretch's pieces.
+  if (const auto* c = dynamic_cast<const TGeCompositeCurve2D*>(sub.get())) {
+    for (int i = 0; i < c->GetCurveCount(); ++i) {
+      if (const auto* s = dynamic_cast<const TGeSpline2D*>(c->GetCurve(i))) s->PolySplit(List, EpsChord);
+    }
+  }
 }
 
 double TGeSpline2D::CtrlBoxError(double Tol) const {
@@ -1067,5 +1081,36 @@ int TGeSpline2D::GetSamplePointsByChord(double, double, double, TDynPoints2D&, T
 bool TGeSpline2D::IsOn(const TPoint2D&, const TGeTolerance&, double&) const { NotYet("IsOn"); }
 double TGeSpline2D::ParamOfLength(double, double, const TGeTolerance&) const { NotYet("ParamOfLength"); }
 double TGeSpline2D::ParamOfPoint(const TPoint2D&, const TGeTolerance&) const { NotYet("ParamOfPoint"); }
+
+namespace internal {
+
+std::vector<std::unique_ptr<TGeBezier2D>> SplineToBezierCurves(const TGeSpline2D& Spline) {
+  std::vector<std::unique_ptr<TGeBezier2D>> out;
+  const int p = Spline.GetDegree();
+  if (p < 1 || p > 3) return out;
+  const TPoint3DLists pieces = Spline.DecomposeCurve();
+  out.reserve(pieces.size());
+  for (const TDynPoints3D& piece : pieces) {
+    // A piece whose weights are all equal is a polynomial one; any other is a true rational
+    // curve, which a cubic Bezier cannot hold exactly.
+    const double w0 = piece.front().Z;
+    for (const TPoint3D& q : piece)
+      if (!(std::fabs(q.Z - w0) <= 1e-12 * std::fabs(w0))) return {};
+    std::array<TPoint2D, 4> c;
+    const auto at = [&piece](std::size_t i) { return TPoint2D(piece[i].X, piece[i].Y); };
+    // Lower degrees are raised to cubic, which leaves the curve and its parameter as they were.
+    if (p == 1) {
+      c = {at(0), at(0) * (2.0 / 3.0) + at(1) * (1.0 / 3.0), at(0) * (1.0 / 3.0) + at(1) * (2.0 / 3.0), at(1)};
+    } else if (p == 2) {
+      c = {at(0), at(0) * (1.0 / 3.0) + at(1) * (2.0 / 3.0), at(1) * (2.0 / 3.0) + at(2) * (1.0 / 3.0), at(2)};
+    } else {
+      c = {at(0), at(1), at(2), at(3)};
+    }
+    out.push_back(std::make_unique<TGeBezier2D>(c[0], c[1], c[2], c[3]));
+  }
+  return out;
+}
+
+}  // namespace internal
 
 }  // namespace orvane

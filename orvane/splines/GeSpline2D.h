@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "orvane/curves/GeBezier2D.h"
 #include "orvane/curves/GeCurve2D.h"
 #include "orvane/foundation/Arc2D.h"
 #include "orvane/foundation/BezierSegment2D.h"
@@ -132,12 +133,18 @@ class ORVANE_API TGeSpline2D final : public TGeCurve2D {
   // Rewrites this spline in clamped form, the curve on its interval unchanged.
   void ConvertToClampingCurve();
 
+  // The stretch as a spline that keeps this spline's parameters; nil for an empty one. With
+  // PrmFrom above PrmTo on a closed spline, the stretch through the seam: a composite of the
+  // part from PrmFrom to the end and the part from the start to PrmTo (the one part alone
+  // when the other is empty); nil on an open spline.
   std::unique_ptr<TGeCurve2D> SubCurve(double PrmFrom, double PrmTo) const override;
   // Sub-splines in order along the curve, each flat within EpsChord (or of parameter length
   // 1e-5 or less) and monotone in x and in y; a copy of this spline when no cut is needed.
   // EParamError for an EpsChord that is not a positive number, EGeometry when more than
   // 10^5 pieces would be needed.
   void PolySplit(TGeSpline2DList& List, double EpsChord) const;
+  // The same for the stretch From..To (through the seam when From is above To on a closed
+  // spline); nothing for a stretch that SubCurve answers nil for.
   void PolySplit(double From, double To, TGeSpline2DList& List, double EpsChord) const;
   // Greatest distance of an inner control point from the line of the end control points;
   // stops at the first above Tol.
@@ -213,6 +220,11 @@ ORVANE_API std::unique_ptr<TGeSpline2D> WrapPeriodicSpline(const TDynPoints2D& C
 // Rewrites the homogeneous points and knots of an unclamped end into clamped form, the
 // curve on its knot range unchanged; clamped ends stay as they are.
 void ClampEnds(TDynPoints3D& Hom, TFloatDynArray& Knots, int Degree);
+// The Bezier pieces of a polynomial spline of degree 1 to 3 as cubic Bezier curves, in order
+// along the curve, each on the parameter range [0, 1] of its knot span; pieces of lower
+// degree are raised to cubic. Empty when the spline is malformed, of another degree, or has
+// a truly rational piece.
+ORVANE_API std::vector<std::unique_ptr<TGeBezier2D>> SplineToBezierCurves(const TGeSpline2D& Spline);
 }  // namespace internal
 
 }  // namespace orvane

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "orvane/splines/GeSpline2D.h"
+#include "DxfSplines.h"
 
 #ifdef ORVANE_HAVE_SISL
 extern "C" {
@@ -272,42 +273,6 @@ TEST(SplineOracles, RandomRationalSplinesAgreeWithSislAndOcct) {
 #endif
 }
 
-// Group-code pairs of a DXF file's SPLINE entities.
-struct TDxfSpline {
-  int Flags = 0, Degree = 0;
-  TFloatDynArray Knots, Weights;
-  TDynPoints2D Pts;
-};
-
-std::vector<TDxfSpline> ReadDxfSplines(const std::filesystem::path& File) {
-  std::ifstream in(File);
-  std::vector<TDxfSpline> out;
-  std::string code, value;
-  bool inSpline = false;
-  while (std::getline(in, code) && std::getline(in, value)) {
-    const auto trim = [](std::string& s) {
-      s.erase(0, s.find_first_not_of(" \t\r"));
-      s.erase(s.find_last_not_of(" \t\r") + 1);
-    };
-    trim(code);
-    trim(value);
-    if (code == "0") {
-      inSpline = value == "SPLINE";
-      if (inSpline) out.emplace_back();
-      continue;
-    }
-    if (!inSpline) continue;
-    TDxfSpline& s = out.back();
-    if (code == "70") s.Flags = std::stoi(value);
-    if (code == "71") s.Degree = std::stoi(value);
-    if (code == "40") s.Knots.push_back(std::stod(value));
-    if (code == "41") s.Weights.push_back(std::stod(value));
-    if (code == "10") s.Pts.push_back({std::stod(value), 0.0});
-    if (code == "20") s.Pts.back().Y = std::stod(value);
-  }
-  return out;
-}
-
 TEST(SplineOracles, DrawingSplinesIncludingAPeriodicOne) {
   const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "curves";
   if (!std::filesystem::exists(dir)) GTEST_SKIP() << "no shared data at " << dir;
@@ -317,7 +282,7 @@ TEST(SplineOracles, DrawingSplinesIncludingAPeriodicOne) {
   int plain = 0, periodic = 0;
   for (const auto& entry : std::filesystem::directory_iterator(dir)) {
     if (entry.path().extension() != ".dxf") continue;
-    for (const TDxfSpline& d : ReadDxfSplines(entry.path())) {
+    for (const testing::TDxfSpline& d : testing::ReadDxfSplines(entry.path())) {
       TRandomSpline r{d.Degree, d.Pts, d.Weights, d.Knots};
       if (r.Weights.empty()) r.Weights.assign(r.Pts.size(), 1.0);
       std::unique_ptr<TGeSpline2D> ours;

@@ -1,0 +1,223 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <numbers>
+
+#include "DxfSplines.h"
+#include "orvane/curves/GeBezier2D.h"
+#include "orvane/curves/GeCompositeCurve2D.h"
+#include "orvane/splines/GeSpline2D.h"
+
+namespace orvane {
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+
+// Arc length of a spline between two parameters by 5-point Gauss-Legendre on 64 pieces of
+// every knot span: a measure that does not go through Bezier pieces.
+double QuadLength(const TGeSpline2D& S, double From, double To) {
+  static constexpr double x[5] = {-0.9061798459386640, -0.5384693101056831, 0.0, 0.5384693101056831,
+                                  0.9061798459386640};
+  static constexpr double w[5] = {0.2369268850561891, 0.4786286704993665, 0.5688888888888889, 0.4786286704993665,
+                                  0.2369268850561891};
+  TFloatDynArray cuts{From};
+  for (double k : S.GetKnotVector())
+    if (k > From && k < To) cuts.push_back(k);
+  cuts.push_back(To);
+  double len = 0.0;
+  for (std::size_t i = 0; i + 1 < cuts.size(); ++i)
+    for (int j = 0; j < 64; ++j) {
+      const double a = cuts[i] + (cuts[i + 1] - cuts[i]) * j / 64.0;
+      const double h = (cuts[i + 1] - cuts[i]) / 64.0 / 2.0;
+      for (int g = 0; g < 5; ++g) {
+        TPoint2D d;
+        S.EvalPoint(a + h * (1.0 + x[g]), d);
+        len += w[g] * h * std::hypot(d.X, d.Y);
+      }
+    }
+  return len;
+}
+
+double BezierLength(const TGeSpline2D& S) {
+  const auto beziers = internal::SplineToBezierCurves(S);
+  EXPECT_FALSE(beziers.empty());
+  double len = 0.0;
+  for (const auto& b : beziers) len += b->GetCurveLength();
+  return len;
+}
+
+// Checks that Sub is the stretch of the closed spline S from PrmFrom on through the seam to
+// PrmTo: a composite of the two spline parts whose parameter walks from 0 on, one for one
+// with the spline's, wrapping at the seam.
+const TGeCompositeCurve2D* ExpectSeamStretch(const TGeSpline2D& S, const TGeCurve2D* Sub, double PrmFrom,
+                                             double PrmTo) {
+  const auto* comp = dynamic_cast<const TGeCompositeCurve2D*>(Sub);
+  if (comp == nullptr) {
+    ADD_FAILURE() << "not a composite";
+    return nullptr;
+  }
+  EXPECT_EQ(comp->GetCurveCount(), 2);
+  const double a = S.GetStartParam(), b = S.GetEndParam();
+  const double scale = S.CtrlPointsBoundBlock().Width() + S.CtrlPointsBoundBlock().Height();
+  EXPECT_NEAR(comp->GetEndParam() - comp->GetStartParam(), (b - PrmFrom) + (PrmTo - a), 1e-12 * (b - a));
+  EXPECT_TRUE(comp->CheckContinuous());
+  // The ends are the split points themselves.
+  EXPECT_EQ(comp->GetStartPoint(), comp->GetCurve(0)->GetStartPoint());
+  EXPECT_EQ(comp->GetEndPoint(), comp->GetCurve(1)->GetEndPoint());
+  EXPECT_LE(comp->GetStartPoint().DistanceTo(S.EvalPoint(PrmFrom)), 1e-13 * scale);
+  EXPECT_LE(comp->GetEndPoint().DistanceTo(S.EvalPoint(PrmTo)), 1e-13 * scale);
+  for (int i = 0; i <= 200; ++i) {
+    const double t = comp->GetStartParam() + (comp->GetEndParam() - comp->GetStartParam()) * i / 200.0;
+    double u = PrmFrom + t;
+    if (u > b) u -= b - a;
+    TPoint2D dc, ds;
+    const TPoint2D pc = comp->EvalPoint(t, dc);
+    const TPoint2D ps = S.EvalPoint(u, ds);
+    EXPECT_LE(pc.DistanceTo(ps), 1e-12 * scale) << "t " << t;
+    EXPECT_LE(dc.DistanceTo(ds), 1e-9 * (std::hypot(ds.X, ds.Y) + scale)) << "t " << t;
+  }
+  return comp;
+}
+
+TEST(SplineSubCurve, ThroughTheSeamOfACircle) {
+  const double r = 3.0;
+  const TPoint2D c{2, -1};
+  auto s = TGeSpline2D::CreateArc(c, r, 0.3, 2 * kPi);
+  const double a = s->GetStartParam(), b = s->GetEndParam();
+  const double from = a + 0.8 * (b - a), to = a + 0.15 * (b - a);
+  auto sub = s->SubCurve(from, to);
+  const TGeCompositeCurve2D* comp = ExpectSeamStretch(*s, sub.get(), from, to);
+  ASSERT_NE(comp, nullptr);
+  // Its length is the radius times the angle swept counter-clockwise between its end points.
+  const TPoint2D p = comp->GetStartPoint() - c, q = comp->GetEndPoint() - c;
+  double sweep = std::atan2(q.Y, q.X) - std::atan2(p.Y, p.X);
+  if (sweep < 0) sweep += 2 * kPi;
+  const auto& s0 = dynamic_cast<const TGeSpline2D&>(*comp->GetCurve(0));
+  const auto& s1 = dynamic_cast<const TGeSpline2D&>(*comp->GetCurve(1));
+  EXPECT_NEAR(QuadLength(s0, s0.GetStartParam(), s0.GetEndParam()) +
+                  QuadLength(s1, s1.GetStartParam(), s1.GetEndParam()),
+              r * sweep, 1e-10);
+
+  // Flat pieces of the stretch follow it through the seam, end to end.
+  TGeSpline2DList pieces;
+  s->PolySplit(from, to, pieces, 0.01);
+  ASSERT_GE(pieces.size(), 2u);
+  EXPECT_EQ(pieces.front()->GetStartPoint(), comp->GetStartPoint());
+  EXPECT_EQ(pieces.back()->GetEndPoint(), comp->GetEndPoint());
+  double range = 0.0;
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    range += pieces[i]->GetEndParam() - pieces[i]->GetStartParam();
+    if (i > 0) {
+      EXPECT_LE(pieces[i]->GetStartPoint().DistanceTo(pieces[i - 1]->GetEndPoint()), 1e-12);
+    }
+  }
+  EXPECT_NEAR(range, comp->GetEndParam() - comp->GetStartParam(), 1e-12);
+
+  // A stretch that starts on the seam has nothing before it: the plain spline part.
+  auto fromSeam = s->SubCurve(b, to);
+  ASSERT_NE(fromSeam, nullptr);
+  EXPECT_NE(dynamic_cast<const TGeSpline2D*>(fromSeam.get()), nullptr);
+  EXPECT_DOUBLE_EQ(fromSeam->GetEndParam(), to);
+  // An open spline has no way through.
+  auto open = TGeSpline2D::CreateArc(c, r, 0.3, kPi);
+  EXPECT_EQ(open->SubCurve(open->GetEndParam() - 0.1, open->GetStartParam() + 0.1), nullptr);
+}
+
+TEST(SplineSubCurve, ThroughTheSeamOfThePeriodicDrawingSpline) {
+  const std::filesystem::path file =
+      std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "curves" / "cadquery_rational_spline.dxf";
+  if (!std::filesystem::exists(file)) GTEST_SKIP() << "no shared data at " << file;
+  int periodic = 0;
+  for (const testing::TDxfSpline& d : testing::ReadDxfSplines(file)) {
+    if (!(d.Flags & 2)) continue;
+    ++periodic;
+    auto s = internal::WrapPeriodicSpline(d.Pts, d.Weights, d.Knots, d.Degree);
+    const double a = s->GetStartParam(), b = s->GetEndParam();
+    for (double f : {0.55, 0.9, 0.999}) {
+      const double from = a + f * (b - a), to = a + (1.0 - f) * 0.5 * (b - a);
+      auto sub = s->SubCurve(from, to);
+      const TGeCompositeCurve2D* comp = ExpectSeamStretch(*s, sub.get(), from, to);
+      ASSERT_NE(comp, nullptr);
+      // The stretch and the rest between its ends make up the whole loop.
+      const auto& s0 = dynamic_cast<const TGeSpline2D&>(*comp->GetCurve(0));
+      const auto& s1 = dynamic_cast<const TGeSpline2D&>(*comp->GetCurve(1));
+      const double whole = QuadLength(*s, a, b);
+      EXPECT_NEAR(QuadLength(s0, s0.GetStartParam(), s0.GetEndParam()) +
+                      QuadLength(s1, s1.GetStartParam(), s1.GetEndParam()) + QuadLength(*s, to, from),
+                  whole, 1e-10 * whole);
+    }
+  }
+  EXPECT_EQ(periodic, 1);
+}
+
+// A closed uniform cubic, not rational: its stretches go into cubic Bezier curves, whose
+// lengths then measure the parts.
+TEST(SplineSubCurve, SeamPartsMeasuredAsBezierCurves) {
+  TDynPoints2D pts;
+  for (int i = 0; i < 7; ++i) pts.push_back({4 * std::cos(i * 2 * kPi / 7), 2.5 * std::sin(i * 2 * kPi / 7) + i % 2});
+  auto s = internal::WrapPeriodicSpline(pts, TFloatDynArray(7, 1.0), {0, 1, 2, 3, 4, 5, 6, 7}, 3);
+  const double from = 5.3, to = 1.6;
+  auto sub = s->SubCurve(from, to);
+  const TGeCompositeCurve2D* comp = ExpectSeamStretch(*s, sub.get(), from, to);
+  ASSERT_NE(comp, nullptr);
+  auto rest = s->SubCurve(to, from);
+  ASSERT_NE(rest, nullptr);
+  const double parts = BezierLength(dynamic_cast<const TGeSpline2D&>(*comp->GetCurve(0))) +
+                       BezierLength(dynamic_cast<const TGeSpline2D&>(*comp->GetCurve(1)));
+  const double whole = BezierLength(*s);
+  EXPECT_NEAR(parts + BezierLength(dynamic_cast<const TGeSpline2D&>(*rest)), whole, 1e-9 * whole);
+  EXPECT_NEAR(whole, QuadLength(*s, s->GetStartParam(), s->GetEndParam()), 1e-9 * whole);
+}
+
+TEST(SplineSubCurve, BezierCurvesOfPolynomialSplines) {
+  // Clamped, with a double interior knot, degrees 1 to 3: each Bezier curve runs over its
+  // knot span as the spline does, and neighbours meet.
+  const TDynPoints2D pts{{0, 0}, {1, 3}, {3, 4}, {5, 1}, {6, -2}, {8, 0}, {9, 2}};
+  const TFloatDynArray inner[3] = {{0.2, 0.3, 0.55, 0.7, 0.8}, {0.3, 0.55, 0.8, 0.8}, {0.3, 0.55, 0.55}};
+  for (int p = 1; p <= 3; ++p) {
+    TFloatDynArray knots(static_cast<std::size_t>(p + 1), 0.0);
+    for (double k : inner[p - 1]) knots.push_back(k);
+    knots.resize(knots.size() + static_cast<std::size_t>(p + 1), 1.0);
+    auto s = std::make_unique<TGeSpline2D>(static_cast<int>(pts.size()), p);
+    for (int i = 0; i < static_cast<int>(pts.size()); ++i) {
+      s->SetCtrlPoint(i, pts[static_cast<std::size_t>(i)]);
+      s->SetWeight(i, 2.0);  // equal weights: still a polynomial curve
+    }
+    for (int i = 0; i < static_cast<int>(knots.size()); ++i) s->SetKnots(i, knots[static_cast<std::size_t>(i)]);
+    TFloatDynArray spans;
+    for (double k : knots)
+      if (spans.empty() || k > spans.back()) spans.push_back(k);
+    const auto beziers = internal::SplineToBezierCurves(*s);
+    ASSERT_EQ(beziers.size(), spans.size() - 1) << "degree " << p;
+    for (std::size_t i = 0; i < beziers.size(); ++i) {
+      if (i > 0) {
+        EXPECT_EQ(beziers[i]->GetStartPoint(), beziers[i - 1]->GetEndPoint());
+      }
+      for (double t : {0.0, 0.2, 0.5, 0.9, 1.0}) {
+        TPoint2D db, ds;
+        const TPoint2D pb = beziers[i]->EvalPoint(t, db);
+        const double u = spans[i] + t * (spans[i + 1] - spans[i]);
+        EXPECT_LE(pb.DistanceTo(s->EvalPoint(u, ds)), 1e-12) << "degree " << p << " piece " << i << " t " << t;
+        // At a knot the spline's derivative is that of the next span, which may differ.
+        if (t > 0.0 && t < 1.0) {
+          EXPECT_LE(db.DistanceTo(ds * (spans[i + 1] - spans[i])), 1e-10) << "degree " << p << " t " << t;
+        }
+      }
+    }
+  }
+  // A circle is truly rational, a quartic beyond cubic: neither goes into cubic Beziers.
+  EXPECT_TRUE(internal::SplineToBezierCurves(*TGeSpline2D::CreateArc({0, 0}, 1, 0, kPi)).empty());
+  auto quartic = std::make_unique<TGeSpline2D>(5, 4);
+  for (int i = 0; i < 5; ++i) quartic->SetWeight(i, 1.0);
+  for (int i = 0; i < 10; ++i) quartic->SetKnots(i, i < 5 ? 0.0 : 1.0);
+  EXPECT_TRUE(internal::SplineToBezierCurves(*quartic).empty());
+  // A line's cubic has its control points at the thirds, as the Bezier curve's own line does.
+  const auto line = internal::SplineToBezierCurves(*TGeSpline2D::CreateLine({1, 1}, {4, 7}));
+  ASSERT_EQ(line.size(), 1u);
+  EXPECT_TRUE(line[0]->CheckEqual(*TGeBezier2D::CreateLine(TLine2D({1, 1}, {4, 7})), true));
+}
+
+}  // namespace
+}  // namespace orvane
