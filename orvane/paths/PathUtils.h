@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <nlohmann/json_fwd.hpp>
 
 #include "orvane/foundation/Enums.h"
 #include "orvane/foundation/Export.h"
@@ -392,6 +393,19 @@ class ORVANE_API TPathUtils {
   // vertices kept come back unchanged; a closed path stays closed.
   static void CollinearSmooth(TPath64& Path, double CrossMulTolerance);
   static void CollinearSmooth(TPaths64& Paths, double CrossMulTolerance);
+
+  // ---- JSON (integer units, no rate) -----------------------------------------------------
+  // [[x,y],...] with the coordinates as JSON integers.
+  static nlohmann::json CreatePathJson(const TPath64& Path);
+  // [[[x,y],...],...]: one CreatePathJson array per path.
+  static nlohmann::json CreatePathsJson(const TPaths64& Paths);
+  // The path of [[x,y],...]. A coordinate is a JSON integer or a string holding a decimal
+  // integer, within 64 bits; anything else (a fraction, 1.0, an exponent, a Boolean) raises
+  // EConvertError. Of a pair entries 0 and 1 count and further entries are ignored. A value
+  // that is no array, or a pair that is no array of at least two entries, raises
+  // EInOutError. Each error names the place as $[i][j].
+  static TPath64 CreatePath(const nlohmann::json& Json);
+  static TPaths64 CreatePaths(const nlohmann::json& Json);
 };
 
 }  // namespace orvane
