@@ -1,4 +1,4 @@
-// libFuzzer target over the JSON readers of point lists and polyline lists. Input refused as
+// libFuzzer target over the JSON readers of point lists, polyline lists and integer paths. Input refused as
 // bad raises the kernel's Exception; anything else that escapes, and any crash, leak or
 // undefined behaviour, is a finding. What a reader accepts must write back and read again
 // to the same doubles, bit for bit.
@@ -6,10 +6,12 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "orvane/foundation/Exception.h"
+#include "orvane/paths/PathUtils.h"
 #include "orvane/persistence/internal/JsonPoints.h"
 
 using namespace orvane;
@@ -50,11 +52,30 @@ void PolylineList(const std::string& Text) {
   }
 }
 
+// A path read is written back as integers and must read again to the same vertices.
+void IntegerPaths(const std::string& Text) {
+  const nlohmann::json doc = nlohmann::json::parse(Text, nullptr, false);
+  if (doc.is_discarded()) return;
+  try {
+    const TPath64 path = TPathUtils::CreatePath(doc);
+    const std::string text = TPathUtils::CreatePathJson(path).dump();
+    if (TPathUtils::CreatePath(nlohmann::json::parse(text)) != path) std::abort();
+  } catch (const Exception&) {
+  }
+  try {
+    const TPaths64 paths = TPathUtils::CreatePaths(doc);
+    const std::string text = TPathUtils::CreatePathsJson(paths).dump();
+    if (TPathUtils::CreatePaths(nlohmann::json::parse(text)) != paths) std::abort();
+  } catch (const Exception&) {
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* Data, std::size_t Size) {
   const std::string text(reinterpret_cast<const char*>(Data), Size);
   PointList(text);
   PolylineList(text);
+  IntegerPaths(text);
   return 0;
 }
