@@ -33,6 +33,8 @@ std::int64_t ToInt64(const json& V, const char* Where, const std::string& Place)
       }
       return static_cast<std::int64_t>(u);
     }
+    case json::value_t::number_float:
+      throw EConvertError("[Error] %s: %s: %s is no 64-bit integer", Where, Place, FloatToStr(V.get<double>()));
     case json::value_t::string: {
       const std::string& s = V.get_ref<const std::string&>();
       std::int64_t v = 0;
@@ -44,7 +46,8 @@ std::int64_t ToInt64(const json& V, const char* Where, const std::string& Place)
       return v;
     }
     default:
-      throw EConvertError("[Error] %s: %s: %s is no 64-bit integer", Where, Place, V.dump());
+      // The type's name, not the value: a value may nest arbitrarily deep.
+      throw EConvertError("[Error] %s: %s: a JSON %s is no 64-bit integer", Where, Place, V.type_name());
   }
 }
 
