@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -54,18 +53,14 @@ void PolylineList(const std::string& Text) {
 
 // A path read is written back as integers and must read again to the same vertices.
 void IntegerPaths(const std::string& Text) {
-  const nlohmann::json doc = nlohmann::json::parse(Text, nullptr, false);
-  if (doc.is_discarded()) return;
   try {
-    const TPath64 path = TPathUtils::CreatePath(doc);
-    const std::string text = TPathUtils::CreatePathJson(path).dump();
-    if (TPathUtils::CreatePath(nlohmann::json::parse(text)) != path) std::abort();
+    const TPath64 path = TPathUtils::CreatePath(Text);
+    if (TPathUtils::CreatePath(TPathUtils::CreatePathJson(path)) != path) std::abort();
   } catch (const Exception&) {
   }
   try {
-    const TPaths64 paths = TPathUtils::CreatePaths(doc);
-    const std::string text = TPathUtils::CreatePathsJson(paths).dump();
-    if (TPathUtils::CreatePaths(nlohmann::json::parse(text)) != paths) std::abort();
+    const TPaths64 paths = TPathUtils::CreatePaths(Text);
+    if (TPathUtils::CreatePaths(TPathUtils::CreatePathsJson(paths)) != paths) std::abort();
   } catch (const Exception&) {
   }
 }

@@ -72,24 +72,38 @@ TPath64 ReadPath(const json& Json, const char* Where, std::size_t PathIdx, bool 
   return path;
 }
 
-}  // namespace
-
-nlohmann::json TPathUtils::CreatePathJson(const TPath64& Path) {
+json PathJson(const TPath64& Path) {
   json out = json::array();
   for (const TPoint64& p : Path) out.push_back(json::array({p.X, p.Y}));
   return out;
 }
 
-nlohmann::json TPathUtils::CreatePathsJson(const TPaths64& Paths) {
-  json out = json::array();
-  for (const TPath64& p : Paths) out.push_back(CreatePathJson(p));
-  return out;
+json Parse(std::string_view Text, const char* Where) {
+  try {
+    return json::parse(Text.begin(), Text.end());
+  } catch (const json::parse_error& e) {
+    throw EInOutError("[Error] %s: byte %d: %s", Where, static_cast<std::int64_t>(e.byte), e.what());
+  }
 }
 
-TPath64 TPathUtils::CreatePath(const nlohmann::json& Json) { return ReadPath(Json, "TPathUtils.CreatePath", 0, false); }
+}  // namespace
 
-TPaths64 TPathUtils::CreatePaths(const nlohmann::json& Json) {
+std::string TPathUtils::CreatePathJson(const TPath64& Path) { return PathJson(Path).dump(); }
+
+std::string TPathUtils::CreatePathsJson(const TPaths64& Paths) {
+  json out = json::array();
+  for (const TPath64& p : Paths) out.push_back(PathJson(p));
+  return out.dump();
+}
+
+TPath64 TPathUtils::CreatePath(std::string_view Json) {
+  static constexpr const char* Where = "TPathUtils.CreatePath";
+  return ReadPath(Parse(Json, Where), Where, 0, false);
+}
+
+TPaths64 TPathUtils::CreatePaths(std::string_view Text) {
   static constexpr const char* Where = "TPathUtils.CreatePaths";
+  const json Json = Parse(Text, Where);
   if (!Json.is_array()) throw EInOutError("[Error] %s: $ is no array", Where);
   TPaths64 paths;
   paths.reserve(Json.size());
