@@ -83,6 +83,9 @@ json Parse(std::string_view Text, const char* Where) {
     return json::parse(Text.begin(), Text.end());
   } catch (const json::parse_error& e) {
     throw EInOutError("[Error] %s: byte %d: %s", Where, static_cast<std::int64_t>(e.byte), e.what());
+  } catch (const json::exception& e) {
+    // A number beyond the range of a double is no syntax error but fails the parse too.
+    throw EInOutError("[Error] %s: %s", Where, e.what());
   }
 }
 

@@ -32,7 +32,7 @@ TEST(PathJson, IntegersToTheLimitsStringsAndShapes) {
     EXPECT_THROW(TPathUtils::CreatePath(text), EConvertError) << text;
   }
   // Shapes outside the format.
-  for (const char* text : {"{}", "[[1]]", "[1,2]", "[{\"x\":1,\"y\":2}]", "[[1,2]", ""}) {
+  for (const char* text : {"{}", "[[1]]", "[1,2]", "[{\"x\":1,\"y\":2}]", "[[1,2]", "", "[[3e808,0]]"}) {
     EXPECT_THROW(TPathUtils::CreatePath(text), EInOutError) << text;
   }
   try {
