@@ -1,6 +1,6 @@
 // The persistence layer beside the bare parsers it stands on, on the same bytes in one run:
 //
-//   binary records of 10^5 lines and arcs (half each)
+//   binary records of 10^5 curves: lines, arcs and polylines of 8 vertices (a third each)
 //     ours:  TGeObject::SaveGeObjToDb / ReadFromGeoData through TFbsStreamWriter/Reader
 //     bare:  the same doubles written and read as raw little-endian words by a plain loop
 //            over a byte buffer: the floor any record layer pays on top of
@@ -32,6 +32,7 @@
 
 #include "orvane/curves/GeCircularArc2D.h"
 #include "orvane/curves/GeLine2D.h"
+#include "orvane/curves/GePolyline2D.h"
 #include "orvane/persistence/FbsStream.h"
 #include "orvane/persistence/GeCurve2DFiler.h"
 #include "orvane/vertex/VPoint2DList.h"
@@ -55,8 +56,12 @@ const TCurves& Curves() {
     std::mt19937_64 rng(24);
     std::uniform_real_distribution<double> u(-1000.0, 1000.0);
     for (int i = 0; i < CurveCount; ++i) {
-      if (i % 2 == 0) {
+      if (i % 3 == 0) {
         c.List.Add(std::make_unique<TGeLine2D>(TPoint2D(u(rng), u(rng)), TPoint2D(u(rng), u(rng))));
+      } else if (i % 3 == 1) {
+        TDynPoints2D pts(8);
+        for (TPoint2D& p : pts) p = TPoint2D(u(rng), u(rng));
+        c.List.Add(std::make_unique<TGePolyline2D>(pts));
       } else {
         c.List.Add(
             std::make_unique<TGeCircularArc2D>(TPoint2D(u(rng), u(rng)), std::abs(u(rng)), u(rng) / 300, u(rng) / 200));
@@ -127,6 +132,8 @@ std::vector<double> CurveDoubles() {
   for (const TGeCurve2D* curve : Curves().List) {
     if (const auto* l = dynamic_cast<const TGeLine2D*>(curve)) {
       v.insert(v.end(), {l->GetLineStart().X, l->GetLineStart().Y, l->GetLineVector().X, l->GetLineVector().Y});
+    } else if (const auto* p = dynamic_cast<const TGePolyline2D*>(curve)) {
+      for (const TPoint2D& pt : p->GetPointsArray()) v.insert(v.end(), {pt.X, pt.Y});
     } else {
       const auto* a = static_cast<const TGeCircularArc2D*>(curve);
       v.insert(v.end(), {a->GetCenter().X, a->GetCenter().Y, a->GetRadius(), a->GetStartAngle(), a->GetSweepAngle()});

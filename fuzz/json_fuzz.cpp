@@ -1,4 +1,4 @@
-// libFuzzer target over the JSON readers of point lists and polyline lists. Input refused as
+// libFuzzer target over the JSON readers of point lists, polyline lists and integer paths. Input refused as
 // bad raises the kernel's Exception; anything else that escapes, and any crash, leak or
 // undefined behaviour, is a finding. What a reader accepts must write back and read again
 // to the same doubles, bit for bit.
@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "orvane/foundation/Exception.h"
+#include "orvane/paths/PathUtils.h"
 #include "orvane/persistence/internal/JsonPoints.h"
 
 using namespace orvane;
@@ -50,11 +51,26 @@ void PolylineList(const std::string& Text) {
   }
 }
 
+// A path read is written back as integers and must read again to the same vertices.
+void IntegerPaths(const std::string& Text) {
+  try {
+    const TPath64 path = TPathUtils::CreatePath(Text);
+    if (TPathUtils::CreatePath(TPathUtils::CreatePathJson(path)) != path) std::abort();
+  } catch (const Exception&) {
+  }
+  try {
+    const TPaths64 paths = TPathUtils::CreatePaths(Text);
+    if (TPathUtils::CreatePaths(TPathUtils::CreatePathsJson(paths)) != paths) std::abort();
+  } catch (const Exception&) {
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* Data, std::size_t Size) {
   const std::string text(reinterpret_cast<const char*>(Data), Size);
   PointList(text);
   PolylineList(text);
+  IntegerPaths(text);
   return 0;
 }

@@ -1,12 +1,17 @@
 #include "orvane/curves/GeBezier2D.h"
 
+#include <pugixml.hpp>
+
 #include <algorithm>
 
 #include "orvane/curves/GeStrings.h"
 #include "orvane/curves/internal/CurveChecks.h"
 #include "orvane/foundation/Checks.h"
+#include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Format.h"
 #include "orvane/foundation/MathUtils.h"
+#include "orvane/persistence/FbsStream.h"
+#include "orvane/persistence/internal/XmlNodeHelper.h"
 
 namespace orvane {
 
@@ -116,12 +121,54 @@ std::string TGeBezier2D::ToString() const {
                 FBezierSegment.P2.ToString(), FBezierSegment.P3.ToString());
 }
 
-void TGeBezier2D::LoadFromXmlNode(const pugi::xml_node& ANode) { TGeCurve2D::LoadFromXmlNode(ANode); }
+namespace {
 
-void TGeBezier2D::SaveToXmlNode(pugi::xml_node& ANode) const { TGeCurve2D::SaveToXmlNode(ANode); }
+bool FiniteSegment(const TBezierSegment2D& S) {
+  return internal::IsFinite(S.P0) && internal::IsFinite(S.P1) && internal::IsFinite(S.P2) && internal::IsFinite(S.P3);
+}
 
-void TGeBezier2D::LoadGeoData(IFbsReader& AReader) { TGeCurve2D::LoadGeoData(AReader); }
+}  // namespace
 
-void TGeBezier2D::SaveGeoData(IFbsWriter& AWriter) const { TGeCurve2D::SaveGeoData(AWriter); }
+void TGeBezier2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
+  using internal::TXmlNodeHelper;
+  static constexpr const char* Where = "TGeBezier2D.LoadFromXmlNode";
+  TGeCurve2D::LoadFromXmlNode(ANode);
+  const TBezierSegment2D seg(TXmlNodeHelper::ReadPoint2D(ANode, "P0", Where), TXmlNodeHelper::ReadPoint2D(ANode, "P1", Where),
+                             TXmlNodeHelper::ReadPoint2D(ANode, "P2", Where), TXmlNodeHelper::ReadPoint2D(ANode, "P3", Where));
+  if (!FiniteSegment(seg)) TXmlNodeHelper::Fail(ANode, Where, "a control point is not finite");
+  FBezierSegment = seg;
+}
+
+void TGeBezier2D::SaveToXmlNode(pugi::xml_node& ANode) const {
+  using internal::TXmlNodeHelper;
+  TGeCurve2D::SaveToXmlNode(ANode);
+  TXmlNodeHelper::WritePoint(ANode, "P0", FBezierSegment.P0);
+  TXmlNodeHelper::WritePoint(ANode, "P1", FBezierSegment.P1);
+  TXmlNodeHelper::WritePoint(ANode, "P2", FBezierSegment.P2);
+  TXmlNodeHelper::WritePoint(ANode, "P3", FBezierSegment.P3);
+}
+
+void TGeBezier2D::LoadGeoData(IFbsReader& AReader) {
+  TGeObject::LoadGeoData(AReader);
+  const TFbsRecord record = AReader.NextRecord();
+  TBezierSegment2D seg;
+  seg.P0 = AReader.ReadPoint();
+  seg.P1 = AReader.ReadPoint();
+  seg.P2 = AReader.ReadPoint();
+  seg.P3 = AReader.ReadPoint();
+  if (!FiniteSegment(seg)) {
+    throw EInOutError("[Error] TGeBezier2D.LoadGeoData: a control point is not finite (%s)", AReader.GetPosition());
+  }
+  FBezierSegment = seg;
+}
+
+void TGeBezier2D::SaveGeoData(IFbsWriter& AWriter) const {
+  TGeObject::SaveGeoData(AWriter);
+  const TFbsRecord record = AWriter.BeginRecord(GetFilerName(), 1);
+  AWriter.WritePoint(FBezierSegment.P0);
+  AWriter.WritePoint(FBezierSegment.P1);
+  AWriter.WritePoint(FBezierSegment.P2);
+  AWriter.WritePoint(FBezierSegment.P3);
+}
 
 }  // namespace orvane

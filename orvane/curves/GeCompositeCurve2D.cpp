@@ -1,5 +1,7 @@
 #include "orvane/curves/GeCompositeCurve2D.h"
 
+#include <pugixml.hpp>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -10,6 +12,8 @@
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/PointArray.h"
+#include "orvane/persistence/FbsStream.h"
+#include "orvane/persistence/internal/XmlNodeHelper.h"
 
 namespace orvane {
 
@@ -591,12 +595,60 @@ std::unique_ptr<TGeCompositeCurve2D> TGeCompositeCurve2D::CreateHSection(double 
   return c;
 }
 
-void TGeCompositeCurve2D::LoadFromXmlNode(const pugi::xml_node& ANode) { TGeCurve2D::LoadFromXmlNode(ANode); }
+void TGeCompositeCurve2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
+  TGeCurve2D::LoadFromXmlNode(ANode);
+  // The children decide, not "CurveCount"; a child of no known curve class is dropped. The
+  // curves are collected first, so that a bad child leaves the composite as it was.
+  TObjectList<TGeCurve2D> curves(true);
+  for (pugi::xml_node c = ANode.first_child(); c; c = c.next_sibling()) {
+    if (c.type() != pugi::node_element) continue;
+    if (std::unique_ptr<TGeCurve2D> curve = TGeObject::ReadFromXmlNode<TGeCurve2D>(c)) curves.Add(std::move(curve));
+  }
+  FCurves = std::move(curves);
+  Changed();
+}
 
-void TGeCompositeCurve2D::SaveToXmlNode(pugi::xml_node& ANode) const { TGeCurve2D::SaveToXmlNode(ANode); }
+void TGeCompositeCurve2D::SaveToXmlNode(pugi::xml_node& ANode) const {
+  using internal::TXmlNodeHelper;
+  TGeCurve2D::SaveToXmlNode(ANode);
+  TXmlNodeHelper::WriteAttr(ANode, "CurveCount", static_cast<std::int32_t>(FCurves.Count()));
+  for (const TGeCurve2D* c : FCurves) c->WriteToXmlNode(ANode);
+}
 
-void TGeCompositeCurve2D::LoadGeoData(IFbsReader& AReader) { TGeCurve2D::LoadGeoData(AReader); }
+void TGeCompositeCurve2D::LoadGeoData(IFbsReader& AReader) {
+  static constexpr const char* Where = "TGeCompositeCurve2D.LoadGeoData";
+  // Loaded curves are new objects that someone must free.
+  if (!GetOwnsCurves()) throw EListError("[Error] %s: the composite does not own its curves", Where);
+  TGeObject::LoadGeoData(AReader);
+  std::int32_t count = 0;
+  {
+    const TFbsRecord record = AReader.NextRecord();
+    count = AReader.ReadInteger();
+  }
+  if (count < 0) throw EInOutError("[Error] %s: the curve count %d is negative (%s)", Where, count, AReader.GetPosition());
+  // Each sub-curve reads at least one record from the stream, so a false count ends at the
+  // stream's end; nothing is sized by it. A sub-curve that is no known curve would leave the
+  // records behind it out of step: the stream is refused rather than holding a hole.
+  std::vector<std::unique_ptr<TGeCurve2D>> curves;
+  for (std::int32_t i = 0; i < count; ++i) {
+    std::unique_ptr<TGeCurve2D> curve = TGeObject::ReadFromGeoData<TGeCurve2D>(AReader);
+    if (curve == nullptr) {
+      throw EInOutError("[Error] %s: sub-curve %d is of no known curve class (%s)", Where, i, AReader.GetPosition());
+    }
+    curves.push_back(std::move(curve));
+  }
+  // Appends, as a load on a composite that already holds curves is meant to.
+  for (std::unique_ptr<TGeCurve2D>& c : curves) FCurves.Add(std::move(c));
+  Changed();
+}
 
-void TGeCompositeCurve2D::SaveGeoData(IFbsWriter& AWriter) const { TGeCurve2D::SaveGeoData(AWriter); }
+void TGeCompositeCurve2D::SaveGeoData(IFbsWriter& AWriter) const {
+  TGeObject::SaveGeoData(AWriter);
+  {
+    const TFbsRecord record = AWriter.BeginRecord(GetFilerName(), 1);
+    AWriter.WriteInteger(static_cast<std::int32_t>(FCurves.Count()));
+  }
+  for (const TGeCurve2D* c : FCurves) TGeObject::SaveGeObjToDb(*c, AWriter);
+}
 
 }  // namespace orvane

@@ -1,5 +1,8 @@
 #include "orvane/curves/GePolyBezier2D.h"
 
+#include <charconv>
+#include <pugixml.hpp>
+
 #include <algorithm>
 #include <cmath>
 
@@ -7,9 +10,12 @@
 #include "orvane/curves/GeStrings.h"
 #include "orvane/curves/internal/CurveChecks.h"
 #include "orvane/foundation/Checks.h"
+#include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Format.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/PointArray.h"
+#include "orvane/persistence/FbsStream.h"
+#include "orvane/persistence/internal/XmlNodeHelper.h"
 
 namespace orvane {
 
@@ -312,12 +318,83 @@ void TGePolyBezier2D::ArcToBezier(const TArc2D& Arc, TList<TBezierSegment2D>& Se
   if (std::fabs(rest) > 1e-6) Segments.Add(ArcPiece(Arc.Center, Arc.Radius, a, rest));
 }
 
-void TGePolyBezier2D::LoadFromXmlNode(const pugi::xml_node& ANode) { TGePiecewiseCurve2D::LoadFromXmlNode(ANode); }
+namespace {
 
-void TGePolyBezier2D::SaveToXmlNode(pugi::xml_node& ANode) const { TGePiecewiseCurve2D::SaveToXmlNode(ANode); }
+// Only 0 or 3k + 1 control points make whole cubic segments; any other count read from a
+// file would leave a torn last segment behind.
+const char* CtrlCountFault(std::int64_t Count) {
+  if (Count < 0) return "the control point count is negative";
+  if (Count != 0 && Count % 3 != 1) return "the control point count is not 3k + 1";
+  return nullptr;
+}
 
-void TGePolyBezier2D::LoadGeoData(IFbsReader& AReader) { TGePiecewiseCurve2D::LoadGeoData(AReader); }
+}  // namespace
 
-void TGePolyBezier2D::SaveGeoData(IFbsWriter& AWriter) const { TGePiecewiseCurve2D::SaveGeoData(AWriter); }
+void TGePolyBezier2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
+  using internal::TXmlNodeHelper;
+  static constexpr const char* Where = "TGePolyBezier2D.LoadFromXmlNode";
+  TGePiecewiseCurve2D::LoadFromXmlNode(ANode);
+  const std::int32_t count = TXmlNodeHelper::ReadIntAttr(ANode, "CtrlCount", Where);
+  if (const char* fault = CtrlCountFault(count)) TXmlNodeHelper::Fail(ANode, Where, Format("%s (%d)", fault, count));
+  if (TXmlNodeHelper::CountChildren(ANode, "CtrlPoint", count) < count) {
+    TXmlNodeHelper::Fail(ANode, Where, Format("the control point count %d exceeds the elements present", count));
+  }
+  // One pass over the children: "CtrlPoint" and the index; the first element of an index
+  // counts, and a missing index stays at the origin as an absent point child does.
+  TDynPoints2D points(static_cast<std::size_t>(count));
+  std::vector<bool> seen(points.size(), false);
+  for (pugi::xml_node c = ANode.first_child(); c; c = c.next_sibling()) {
+    if (c.type() != pugi::node_element) continue;
+    const std::string_view name = c.name();
+    if (!name.starts_with("CtrlPoint") || name.size() == 9 || (name[9] == '0' && name.size() > 10)) continue;
+    std::int32_t idx = 0;
+    const char* end = name.data() + name.size();
+    const auto [ptr, ec] = std::from_chars(name.data() + 9, end, idx);
+    if (ec != std::errc() || ptr != end || idx < 0 || idx >= count) continue;
+    if (seen[static_cast<std::size_t>(idx)]) continue;
+    seen[static_cast<std::size_t>(idx)] = true;
+    const TPoint2D pt(TXmlNodeHelper::ReadDoubleAttr(c, "X", Where), TXmlNodeHelper::ReadDoubleAttr(c, "Y", Where));
+    if (!internal::IsFinite(pt)) TXmlNodeHelper::Fail(c, Where, "the control point is not finite");
+    points[static_cast<std::size_t>(idx)] = pt;
+  }
+  FPoints = std::move(points);
+  ClearSegmentCache();
+}
+
+void TGePolyBezier2D::SaveToXmlNode(pugi::xml_node& ANode) const {
+  using internal::TXmlNodeHelper;
+  TGePiecewiseCurve2D::SaveToXmlNode(ANode);
+  TXmlNodeHelper::WriteAttr(ANode, "CtrlCount", static_cast<std::int32_t>(FPoints.size()));
+  for (std::size_t i = 0; i < FPoints.size(); ++i) {
+    TXmlNodeHelper::WritePoint(ANode, ("CtrlPoint" + std::to_string(i)).c_str(), FPoints[i]);
+  }
+}
+
+void TGePolyBezier2D::LoadGeoData(IFbsReader& AReader) {
+  TGeObject::LoadGeoData(AReader);
+  const TFbsRecord record = AReader.NextRecord();
+  const std::int32_t count = AReader.ReadInteger();
+  AReader.CheckCount(count, 16);
+  if (const char* fault = CtrlCountFault(count)) {
+    throw EInOutError("[Error] TGePolyBezier2D.LoadGeoData: %s (%d, %s)", fault, count, AReader.GetPosition());
+  }
+  TDynPoints2D points(static_cast<std::size_t>(count));
+  for (TPoint2D& pt : points) {
+    pt = AReader.ReadPoint();
+    if (!internal::IsFinite(pt)) {
+      throw EInOutError("[Error] TGePolyBezier2D.LoadGeoData: the control point %s is not finite (%s)", pt.ToString(),
+                        AReader.GetPosition());
+    }
+  }
+  FPoints = std::move(points);
+  ClearSegmentCache();
+}
+
+void TGePolyBezier2D::SaveGeoData(IFbsWriter& AWriter) const {
+  TGeObject::SaveGeoData(AWriter);
+  const TFbsRecord record = AWriter.BeginRecord(GetFilerName(), 1);
+  AWriter.WriteInteger(static_cast<std::int32_t>(FPoints.size()));
+  for (const TPoint2D& pt : FPoints) AWriter.WritePoint(pt);
+}
 
 }  // namespace orvane

@@ -1,5 +1,7 @@
 #include "orvane/curves/GePolyline2D.h"
 
+#include <pugixml.hpp>
+
 #include <algorithm>
 #include <cmath>
 
@@ -7,9 +9,12 @@
 #include "orvane/curves/GeStrings.h"
 #include "orvane/curves/internal/CurveChecks.h"
 #include "orvane/foundation/Checks.h"
+#include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Format.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/PointArray.h"
+#include "orvane/persistence/FbsStream.h"
+#include "orvane/persistence/internal/XmlNodeHelper.h"
 
 namespace orvane {
 
@@ -284,12 +289,62 @@ int TGePolygon2D::IsIn(const TPoint2D& Pnt, const TGeTolerance& Tol) const {
   return inside ? 1 : -1;
 }
 
-void TGePolyline2D::LoadFromXmlNode(const pugi::xml_node& ANode) { TGePiecewiseCurve2D::LoadFromXmlNode(ANode); }
+void TGePolyline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
+  using internal::TXmlNodeHelper;
+  static constexpr const char* Where = "TGePolyline2D.LoadFromXmlNode";
+  TGePiecewiseCurve2D::LoadFromXmlNode(ANode);
+  const std::int32_t count = TXmlNodeHelper::ReadIntAttr(ANode, "PointCount", Where);
+  if (count < 0) TXmlNodeHelper::Fail(ANode, Where, Format("the point count %d is negative", count));
+  // The count sizes the vertex array, so it must be backed by as many vertex elements as it
+  // claims; a vertex element beyond it has no place to go.
+  const std::int64_t present = TXmlNodeHelper::CountChildren(ANode, "Point", count);
+  if (present != count) {
+    TXmlNodeHelper::Fail(ANode, Where, Format("the point count %d disagrees with the %d%s vertex elements", count,
+                                              present, present > count ? " or more" : ""));
+  }
+  TDynPoints2D points(static_cast<std::size_t>(count));
+  std::size_t i = 0;
+  for (pugi::xml_node c = ANode.first_child(); c; c = c.next_sibling()) {
+    if (c.type() != pugi::node_element) continue;
+    const std::string_view name = c.name();
+    if (name.size() < 5 || !internal::SameText(name.substr(0, 5), "Point")) continue;
+    const TPoint2D pt(TXmlNodeHelper::ReadDoubleAttr(c, "X", Where), TXmlNodeHelper::ReadDoubleAttr(c, "Y", Where));
+    if (!internal::IsFinite(pt)) TXmlNodeHelper::Fail(c, Where, "the vertex is not finite");
+    points[i++] = pt;
+  }
+  FPoints = std::move(points);
+  Changed();
+}
 
-void TGePolyline2D::SaveToXmlNode(pugi::xml_node& ANode) const { TGePiecewiseCurve2D::SaveToXmlNode(ANode); }
+void TGePolyline2D::SaveToXmlNode(pugi::xml_node& ANode) const {
+  using internal::TXmlNodeHelper;
+  TGePiecewiseCurve2D::SaveToXmlNode(ANode);
+  TXmlNodeHelper::WriteAttr(ANode, "PointCount", static_cast<std::int32_t>(FPoints.size()));
+  for (const TPoint2D& pt : FPoints) TXmlNodeHelper::WritePoint(ANode, "Point", pt);
+}
 
-void TGePolyline2D::LoadGeoData(IFbsReader& AReader) { TGePiecewiseCurve2D::LoadGeoData(AReader); }
+void TGePolyline2D::LoadGeoData(IFbsReader& AReader) {
+  TGeObject::LoadGeoData(AReader);
+  const TFbsRecord record = AReader.NextRecord();
+  const std::int32_t count = AReader.ReadInteger();
+  AReader.CheckCount(count, 16);
+  TDynPoints2D points(static_cast<std::size_t>(count));
+  for (TPoint2D& pt : points) {
+    pt = AReader.ReadPoint();
+    if (!internal::IsFinite(pt)) {
+      throw EInOutError("[Error] %s.LoadGeoData: the vertex %s is not finite (%s)", ClassName(), pt.ToString(),
+                        AReader.GetPosition());
+    }
+  }
+  FPoints = std::move(points);
+  Changed();
+}
 
-void TGePolyline2D::SaveGeoData(IFbsWriter& AWriter) const { TGePiecewiseCurve2D::SaveGeoData(AWriter); }
+void TGePolyline2D::SaveGeoData(IFbsWriter& AWriter) const {
+  TGeObject::SaveGeoData(AWriter);
+  const TFbsRecord record = AWriter.BeginRecord(GetFilerName(), 1);
+  AWriter.WriteInteger(static_cast<std::int32_t>(FPoints.size()));
+  for (const TPoint2D& pt : FPoints) AWriter.WritePoint(pt);
+}
 
 }  // namespace orvane

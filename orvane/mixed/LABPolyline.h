@@ -12,7 +12,9 @@
 // - BoundBox is the union of the segments' exact boxes.
 // - Sample gives the sampled vertex polyline, at the caller's steps.
 
+#include <iosfwd>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "orvane/foundation/Export.h"
@@ -108,6 +110,10 @@ class ORVANE_API TLABPolyline : public TList<TLABSegline>, public IVGeometry2D {
   void CollinearSmooth(bool IncludeStartEnd, double Tol);
   // On an outline closed within 1e-6: every P1 := its predecessor's P4, the seam included.
   void ConnectAllSegsStrictly();
+  // The text dump of the flattened polyline: a line segment gives its two ends (so a vertex
+  // between two lines appears twice), any other segment its Sample(0.01) points; then as
+  // TVPolyline2D::WriteToFile. Flag is not read. EInOutError when the stream fails.
+  void WriteToFile(std::ostream& F, int Flag, std::string_view Color, bool HighPrecision) const;
 
  private:
   static bool IsDegenerate(const TLABSegline& S, double Tol);

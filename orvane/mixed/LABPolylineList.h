@@ -26,6 +26,8 @@ class ORVANE_API TLABPolylineList : public TVGeometry2DList<TLABPolyline> {
   void CollinearSmooth(bool IncludeStartEnd, double Tol);
   // False for an empty list; otherwise whether item 0 is a circle.
   bool FirstIsCircle() const;
+  // Each item's WriteToFile, a line end between two items and none behind the last.
+  void WriteToFile(std::ostream& F, int Flag, std::string_view Color, bool HighPrecision) const;
 };
 
 class ORVANE_API TLABHPolygon : public TLABPolylineList {

@@ -18,6 +18,8 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
+#include <string_view>
 
 #include "orvane/foundation/Enums.h"
 #include "orvane/foundation/Export.h"
@@ -392,6 +394,22 @@ class ORVANE_API TPathUtils {
   // vertices kept come back unchanged; a closed path stays closed.
   static void CollinearSmooth(TPath64& Path, double CrossMulTolerance);
   static void CollinearSmooth(TPaths64& Paths, double CrossMulTolerance);
+
+  // ---- JSON (integer units, no rate) -----------------------------------------------------
+  // The JSON travels as its text, so that this header needs no JSON library; a host that
+  // embeds it in a document of its own parses the text with its library.
+  // [[x,y],...] with the coordinates as JSON integers.
+  static std::string CreatePathJson(const TPath64& Path);
+  // [[[x,y],...],...]: one CreatePathJson array per path.
+  static std::string CreatePathsJson(const TPaths64& Paths);
+  // The path of [[x,y],...]; text that is no JSON raises EInOutError with the byte offset.
+  // A coordinate is a JSON integer or a string holding a decimal
+  // integer, within 64 bits; anything else (a fraction, 1.0, an exponent, a Boolean) raises
+  // EConvertError. Of a pair entries 0 and 1 count and further entries are ignored. A value
+  // that is no array, or a pair that is no array of at least two entries, raises
+  // EInOutError. Each error names the place as $[i][j].
+  static TPath64 CreatePath(std::string_view Json);
+  static TPaths64 CreatePaths(std::string_view Json);
 };
 
 }  // namespace orvane

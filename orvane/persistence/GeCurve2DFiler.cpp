@@ -7,6 +7,7 @@
 
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Format.h"
+#include "orvane/persistence/FbsStream.h"
 #include "orvane/persistence/internal/XmlNodeHelper.h"
 
 namespace orvane {
@@ -80,6 +81,12 @@ void TGeCurve2DFiler::WriteCurve(pugi::xml_node& ANode, const TGeCurve2D& ACurve
     name = "Line2D";
   } else if (dynamic_cast<const TGeCircularArc2D*>(&ACurve) != nullptr) {
     name = "CircularArc2D";
+  } else if (dynamic_cast<const TGePolygon2D*>(&ACurve) != nullptr) {
+    name = "Polygon2D";
+  } else if (dynamic_cast<const TGePolyline2D*>(&ACurve) != nullptr) {
+    name = "Polyline2D";
+  } else if (dynamic_cast<const TGeCompositeCurve2D*>(&ACurve) != nullptr) {
+    name = "CompositeCurve2D";
   }
   if (name == nullptr) return;
   pugi::xml_node child = ANode.append_child(name);
@@ -116,6 +123,9 @@ std::unique_ptr<TGeCurve2D> TGeCurve2DFiler::ReadCurve(const pugi::xml_node& ANo
   if (name.starts_with("TGe")) name.remove_prefix(3);
   if (internal::SameText(name, "Line2D")) return ReadLine(ANode);
   if (internal::SameText(name, "CircularArc2D")) return ReadArc(ANode);
+  if (internal::SameText(name, "Polyline2D")) return ReadPolyline(ANode);
+  if (internal::SameText(name, "Polygon2D")) return ReadPolygon(ANode);
+  if (internal::SameText(name, "CompositeCurve2D")) return ReadCompositeCurve(ANode);
   return nullptr;
 }
 
@@ -129,6 +139,36 @@ std::unique_ptr<TGeCircularArc2D> TGeCurve2DFiler::ReadArc(const pugi::xml_node&
   auto arc = std::make_unique<TGeCircularArc2D>();
   arc->LoadFromXmlNode(ANode);
   return arc;
+}
+
+namespace {
+
+template <class T>
+std::unique_ptr<T> ReadVertices(const pugi::xml_node& ANode, const char* Where) {
+  if (internal::TXmlNodeHelper::ReadIntAttr(ANode, "PointCount", Where) < 1) return nullptr;
+  auto poly = std::make_unique<T>();
+  poly->LoadFromXmlNode(ANode);
+  return poly;
+}
+
+}  // namespace
+
+std::unique_ptr<TGePolyline2D> TGeCurve2DFiler::ReadPolyline(const pugi::xml_node& ANode) {
+  return ReadVertices<TGePolyline2D>(ANode, "TGeCurve2DFiler.ReadPolyline");
+}
+
+std::unique_ptr<TGePolygon2D> TGeCurve2DFiler::ReadPolygon(const pugi::xml_node& ANode) {
+  return ReadVertices<TGePolygon2D>(ANode, "TGeCurve2DFiler.ReadPolygon");
+}
+
+std::unique_ptr<TGeCompositeCurve2D> TGeCurve2DFiler::ReadCompositeCurve(const pugi::xml_node& ANode) {
+  // Depth and the sub-curves' own checks are those of the class-keyed reader.
+  if (internal::TXmlNodeHelper::Depth(ANode, IFbsReader::MaxNesting) > IFbsReader::MaxNesting) {
+    internal::TXmlNodeHelper::Fail(ANode, "TGeCurve2DFiler.ReadCompositeCurve", "curves nest too deep");
+  }
+  auto comp = std::make_unique<TGeCompositeCurve2D>();
+  comp->LoadFromXmlNode(ANode);
+  return comp;
 }
 
 }  // namespace orvane

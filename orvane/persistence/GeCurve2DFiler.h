@@ -1,6 +1,7 @@
 #pragma once
 // TGeCurve2DFiler: whole XML files of curves. The root element "Curve2DList" holds one child
-// per curve, named by the curve's filer name ("Line2D", "CircularArc2D").
+// per curve, named by the curve's filer name ("Line2D", "CircularArc2D", "Polyline2D",
+// "Polygon2D", "CompositeCurve2D"). Sub-curves of a composite are children of its element.
 
 #include <iosfwd>
 #include <memory>
@@ -8,8 +9,10 @@
 #include <string_view>
 
 #include "orvane/curves/GeCircularArc2D.h"
+#include "orvane/curves/GeCompositeCurve2D.h"
 #include "orvane/curves/GeCurve2D.h"
 #include "orvane/curves/GeLine2D.h"
+#include "orvane/curves/GePolyline2D.h"
 #include "orvane/foundation/Export.h"
 #include "orvane/foundation/List.h"
 
@@ -44,6 +47,11 @@ class ORVANE_API TGeCurve2DFiler {
   static std::unique_ptr<TGeCurve2D> ReadCurve(const pugi::xml_node& ANode);
   static std::unique_ptr<TGeLine2D> ReadLine(const pugi::xml_node& ANode);
   static std::unique_ptr<TGeCircularArc2D> ReadArc(const pugi::xml_node& ANode);
+  // Nil unless the element's "PointCount" is at least 1.
+  static std::unique_ptr<TGePolyline2D> ReadPolyline(const pugi::xml_node& ANode);
+  static std::unique_ptr<TGePolygon2D> ReadPolygon(const pugi::xml_node& ANode);
+  // Its children in order; a child of no known curve class is dropped.
+  static std::unique_ptr<TGeCompositeCurve2D> ReadCompositeCurve(const pugi::xml_node& ANode);
 };
 
 }  // namespace orvane

@@ -1,10 +1,13 @@
 // The text dump of points and polylines: a colour in front of each object, then its points.
+// Mixed polylines are dumped as the vertex polyline they flatten to.
 
 #include <ostream>
 
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Format.h"
 #include "orvane/foundation/Point2DUtils.h"
+#include "orvane/mixed/LABPolyline.h"
+#include "orvane/mixed/LABPolylineList.h"
 #include "orvane/vertex/VPolyline2D.h"
 #include "orvane/vertex/VPolyline2DList.h"
 
@@ -27,6 +30,19 @@ void AppendPolyline(std::string& Out, const TVPolyline2D& Line, std::string_view
     AppendPoint(Out, Line[i], HighPrecision);
   }
   Out += ')';
+}
+
+void Flatten(const TLABPolyline& Line, TVPolyline2D& flat) {
+  for (int i = 0; i < Line.Count(); ++i) {
+    const TLABSegline& seg = Line[i];
+    if (seg.IsLine(1e-6)) {
+      flat.Add(seg.P1);
+      flat.Add(seg.P4);
+    } else {
+      const std::unique_ptr<TVPolyline2D> pts = seg.Sample(0.01);
+      for (int j = 0; j < pts->Count(); ++j) flat.Add((*pts)[j]);
+    }
+  }
 }
 
 void Put(std::ostream& F, const std::string& Text, const char* Where) {
@@ -56,6 +72,25 @@ void TVPolyline2DList::WriteToFile(std::ostream& F, std::string_view Color, bool
     AppendPolyline(text, *(*this)[i], Color, HighPrecision);
   }
   Put(F, text, "TVPolyline2DList.WriteToFile");
+}
+
+void TLABPolyline::WriteToFile(std::ostream& F, int /*Flag*/, std::string_view Color, bool HighPrecision) const {
+  std::string text;
+  TVPolyline2D flat;
+  Flatten(*this, flat);
+  AppendPolyline(text, flat, Color, HighPrecision);
+  Put(F, text, "TLABPolyline.WriteToFile");
+}
+
+void TLABPolylineList::WriteToFile(std::ostream& F, int /*Flag*/, std::string_view Color, bool HighPrecision) const {
+  std::string text;
+  for (int i = 0; i < Count(); ++i) {
+    if (i > 0) text += '\n';
+    TVPolyline2D flat;
+    Flatten(*(*this)[i], flat);
+    AppendPolyline(text, flat, Color, HighPrecision);
+  }
+  Put(F, text, "TLABPolylineList.WriteToFile");
 }
 
 }  // namespace orvane

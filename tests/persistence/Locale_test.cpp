@@ -14,6 +14,7 @@
 
 #include "orvane/curves/GeCircularArc2D.h"
 #include "orvane/curves/GeLine2D.h"
+#include "orvane/curves/GePolyline2D.h"
 #include "orvane/persistence/FbsStream.h"
 #include "orvane/persistence/GeCurve2DFiler.h"
 #include "orvane/vertex/VPolyline2DList.h"
@@ -29,6 +30,8 @@ std::string AllOutputs() {
   TList<TGeCurve2D*> curves;
   curves.Add(&line);
   curves.Add(&arc);
+  TGePolyline2D poly(TDynPoints2D{{0.5, -1.0 / 3.0}, {2.5e-7, 1}});
+  curves.Add(&poly);
   std::ostringstream xml;
   TGeCurve2DFiler::SaveCurveList(curves, xml);
   std::ostringstream bin;
