@@ -161,9 +161,9 @@ TEST(MPolygonList, PlugLinksFollowThePiles) {
   for (const TMPolygon* p : two) EXPECT_EQ(p->Plug, nullptr);
 
   // A polygon the caller frees by itself leaves its pile on the way.
-  TMPolygonList kept(false);
   auto a = std::make_unique<TMPolygon>(TVPolyline2D(Box(0, 0, 1, 1)), nullptr);
   auto b = std::make_unique<TMPolygon>(TVPolyline2D(Box(1, 0, 2, 1)), nullptr);
+  TMPolygonList kept(false);  // freed before the polygons it lists
   kept.Add(a.get());
   kept.Add(b.get());
   TMPolyline2DsList piles;
