@@ -9,6 +9,7 @@
 #include "orvane/curves/GeCircularArc2D.h"
 #include "orvane/curves/GeLine2D.h"
 #include "orvane/curves/internal/CurveChecks.h"
+#include "orvane/curves/internal/SubCurveEval.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/PointArray.h"
@@ -174,33 +175,15 @@ TRect2D TGeCompositeCurve2D::GetRoughBoundBlock() const {
   return box;
 }
 
-TPoint2D TGeCompositeCurve2D::EvalPoint(double Param) const {
-  const TGeCurve2D* c = nullptr;
-  const double u = SubParam(Param, c, false);
-  return c == nullptr ? TPoint2D::FZero : c->EvalPoint(u);
-}
+TPoint2D TGeCompositeCurve2D::EvalPoint(double Param) const { return internal::EvalOnPiece(*this, Param); }
 
 TPoint2D TGeCompositeCurve2D::EvalPoint(double Param, TPoint2D& Deriv) const {
-  const TGeCurve2D* c = nullptr;
-  const double u = SubParam(Param, c, false);
-  if (c == nullptr) {
-    Deriv = TPoint2D::FZero;
-    return TPoint2D::FZero;
-  }
-  return c->EvalPoint(u, Deriv);
+  return internal::EvalOnPiece(*this, Param, Deriv);
 }
 
-TPoint2D TGeCompositeCurve2D::DerivLeft(double Param) const {
-  const TGeCurve2D* c = nullptr;
-  const double u = SubParam(Param, c, true);
-  return c == nullptr ? TPoint2D::FZero : c->DerivLeft(u);
-}
+TPoint2D TGeCompositeCurve2D::DerivLeft(double Param) const { return internal::DerivOnPiece(*this, Param, true); }
 
-TPoint2D TGeCompositeCurve2D::DerivRight(double Param) const {
-  const TGeCurve2D* c = nullptr;
-  const double u = SubParam(Param, c, false);
-  return c == nullptr ? TPoint2D::FZero : c->DerivRight(u);
-}
+TPoint2D TGeCompositeCurve2D::DerivRight(double Param) const { return internal::DerivOnPiece(*this, Param, false); }
 
 bool TGeCompositeCurve2D::GetIsClosedTol(const TGeTolerance& ATol) const {
   if (FCurves.IsEmpty()) return false;

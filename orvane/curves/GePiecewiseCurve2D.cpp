@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "orvane/curves/internal/CurveChecks.h"
+#include "orvane/curves/internal/SubCurveEval.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 
@@ -110,33 +111,15 @@ double TGePiecewiseCurve2D::SubParam(double Param, const TGeCurve2D*& Curve, boo
   return u + Curve->GetStartParam();
 }
 
-TPoint2D TGePiecewiseCurve2D::EvalPoint(double Param) const {
-  const TGeCurve2D* c = nullptr;
-  const double u = SubParam(Param, c, false);
-  return c == nullptr ? TPoint2D::FZero : c->EvalPoint(u);
-}
+TPoint2D TGePiecewiseCurve2D::EvalPoint(double Param) const { return internal::EvalOnPiece(*this, Param); }
 
 TPoint2D TGePiecewiseCurve2D::EvalPoint(double Param, TPoint2D& Deriv) const {
-  const TGeCurve2D* c = nullptr;
-  const double u = SubParam(Param, c, false);
-  if (c == nullptr) {
-    Deriv = TPoint2D::FZero;
-    return TPoint2D::FZero;
-  }
-  return c->EvalPoint(u, Deriv);
+  return internal::EvalOnPiece(*this, Param, Deriv);
 }
 
-TPoint2D TGePiecewiseCurve2D::DerivLeft(double Param) const {
-  const TGeCurve2D* c = nullptr;
-  const double u = SubParam(Param, c, true);
-  return c == nullptr ? TPoint2D::FZero : c->DerivLeft(u);
-}
+TPoint2D TGePiecewiseCurve2D::DerivLeft(double Param) const { return internal::DerivOnPiece(*this, Param, true); }
 
-TPoint2D TGePiecewiseCurve2D::DerivRight(double Param) const {
-  const TGeCurve2D* c = nullptr;
-  const double u = SubParam(Param, c, false);
-  return c == nullptr ? TPoint2D::FZero : c->DerivRight(u);
-}
+TPoint2D TGePiecewiseCurve2D::DerivRight(double Param) const { return internal::DerivOnPiece(*this, Param, false); }
 
 double TGePiecewiseCurve2D::GetCurveLength() const {
   double sum = 0.0;
