@@ -128,14 +128,16 @@ void BM_Insert_BoostRStar(benchmark::State& State) {
   State.SetItemsProcessed(State.iterations() * kCount);
 }
 
-void OursBoxQueries(benchmark::State& State, const orvane::TRTree<int>& tree) {
+// Queries is a list of boxes or of points: the tree answers both.
+template <class TQueries>
+void OursQueries(benchmark::State& State, const orvane::TRTree<int>& Tree, const TQueries& Queries) {
   orvane::TList<int> hits;
   std::size_t total = 0;
   for (auto _ : State) {
     total = 0;
-    for (const orvane::TRect2D& q : Data().Queries) {
+    for (const auto& q : Queries) {
       hits.Clear();
-      tree.Search(q, hits, 0.0);
+      Tree.Search(q, hits, 0.0);
       total += static_cast<std::size_t>(hits.Count());
     }
     benchmark::DoNotOptimize(total);
@@ -143,6 +145,7 @@ void OursBoxQueries(benchmark::State& State, const orvane::TRTree<int>& tree) {
   State.counters["hits"] = static_cast<double>(total);
   State.SetItemsProcessed(State.iterations() * kCount);
 }
+void OursBoxQueries(benchmark::State& State, const orvane::TRTree<int>& Tree) { OursQueries(State, Tree, Data().Queries); }
 void BM_BoxQuery_Orvane(benchmark::State& State) { OursBoxQueries(State, Ours(static_cast<int>(State.range(0)))); }
 void BM_BoxQuery_OrvaneInserted(benchmark::State& State) { OursBoxQueries(State, OursInserted()); }
 template <class TBoost>
@@ -165,20 +168,7 @@ void BM_BoxQuery_BoostPacking(benchmark::State& State) { BoostBoxQueries(State, 
 void BM_BoxQuery_BoostRStar(benchmark::State& State) { BoostBoxQueries(State, RStar()); }
 
 void BM_PointQuery_Orvane(benchmark::State& State) {
-  const orvane::TRTree<int>& tree = Ours(static_cast<int>(State.range(0)));
-  orvane::TList<int> hits;
-  std::size_t total = 0;
-  for (auto _ : State) {
-    total = 0;
-    for (const orvane::TPoint2D& p : Data().Points) {
-      hits.Clear();
-      tree.Search(p, hits, 0.0);
-      total += static_cast<std::size_t>(hits.Count());
-    }
-    benchmark::DoNotOptimize(total);
-  }
-  State.counters["hits"] = static_cast<double>(total);
-  State.SetItemsProcessed(State.iterations() * kCount);
+  OursQueries(State, Ours(static_cast<int>(State.range(0))), Data().Points);
 }
 template <class TBoost>
 void BoostPointQueries(benchmark::State& State, const TBoost& Tree) {
@@ -196,22 +186,7 @@ void BoostPointQueries(benchmark::State& State, const TBoost& Tree) {
   State.counters["hits"] = static_cast<double>(total);
   State.SetItemsProcessed(State.iterations() * kCount);
 }
-void BM_PointQuery_OrvaneInserted(benchmark::State& State) {
-  const orvane::TRTree<int>& tree = OursInserted();
-  orvane::TList<int> hits;
-  std::size_t total = 0;
-  for (auto _ : State) {
-    total = 0;
-    for (const orvane::TPoint2D& p : Data().Points) {
-      hits.Clear();
-      tree.Search(p, hits, 0.0);
-      total += static_cast<std::size_t>(hits.Count());
-    }
-    benchmark::DoNotOptimize(total);
-  }
-  State.counters["hits"] = static_cast<double>(total);
-  State.SetItemsProcessed(State.iterations() * kCount);
-}
+void BM_PointQuery_OrvaneInserted(benchmark::State& State) { OursQueries(State, OursInserted(), Data().Points); }
 void BM_PointQuery_BoostPacking(benchmark::State& State) { BoostPointQueries(State, Packed()); }
 void BM_PointQuery_BoostRStar(benchmark::State& State) { BoostPointQueries(State, RStar()); }
 

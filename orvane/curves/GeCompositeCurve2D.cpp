@@ -441,7 +441,10 @@ void TGeCompositeCurve2D::TransformBy(const TMatrix2D& Mtx) {
 
 std::string TGeCompositeCurve2D::ToString() const {
   std::string text;
-  for (const TGeCurve2D* c : FCurves) text += " " + c->ToString();
+  for (const TGeCurve2D* c : FCurves) {
+    text += ' ';
+    text += c->ToString();
+  }
   return text;
 }
 
