@@ -15,6 +15,7 @@
 #include "orvane/curves/GePolyBezier2D.h"
 #include "orvane/curves/GePolyline2D.h"
 #include "orvane/foundation/PointArray.h"
+#include "support/DxfEntities.h"
 #include "support/TestSupport.h"
 
 #ifdef ORVANE_HAVE_OCCT
@@ -150,60 +151,33 @@ struct TBulgedOutline {
 
 std::vector<TBulgedOutline> ReadClosedLwPolylines(const std::string& FileName) {
   std::vector<TBulgedOutline> result;
-  std::ifstream in(FileName);
-  std::string code;
-  std::string value;
-  std::string kind;
-  TDynPoints2D pts;
-  std::vector<double> bulges;
-  int flags = 0;
-  double x = 0.0;
-  auto flush = [&] {
-    if (kind == "LWPOLYLINE" && (flags & 1) != 0 && pts.size() >= 2) {
-      TBulgedOutline o;
-      o.Curve = std::make_unique<TGeCompositeCurve2D>();
-      TDynPoints2D ring = pts;
-      for (std::size_t i = 0; i < pts.size(); ++i) {
-        const TPoint2D a = pts[i];
-        const TPoint2D b = pts[(i + 1) % pts.size()];
-        const double bulge = bulges[i];
-        if (a.DistanceTo(b) < 1e-12) continue;
-        if (bulge == 0.0) {
-          o.Curve->AddCurve(std::make_unique<TGeLine2D>(a, b));
-          o.Length += a.DistanceTo(b);
-        } else {
-          o.Curve->AddCurve(std::make_unique<TGeCircularArc2D>(a, bulge, b));
-          const double theta = 4.0 * std::atan(std::fabs(bulge));
-          const double r = a.DistanceTo(b) / (2.0 * std::sin(theta / 2.0));
-          o.Length += theta * r;
-          o.Area += (bulge > 0 ? 1.0 : -1.0) * 0.5 * r * r * (theta - std::sin(theta));
-        }
+  for (const testing::TDxfEntity& e : testing::ReadDxfEntities(FileName)) {
+    const testing::TDxfLwPolyline w = e.Kind == "LWPOLYLINE" ? testing::LwPolyline(e) : testing::TDxfLwPolyline();
+    if (!w.Closed || w.Pts.size() < 2) continue;
+    const TDynPoints2D& pts = w.Pts;
+    TBulgedOutline o;
+    o.Curve = std::make_unique<TGeCompositeCurve2D>();
+    TDynPoints2D ring = pts;
+    for (std::size_t i = 0; i < pts.size(); ++i) {
+      const TPoint2D a = pts[i];
+      const TPoint2D b = pts[(i + 1) % pts.size()];
+      const double bulge = w.Bulges[i];
+      if (a.DistanceTo(b) < 1e-12) continue;
+      if (bulge == 0.0) {
+        o.Curve->AddCurve(std::make_unique<TGeLine2D>(a, b));
+        o.Length += a.DistanceTo(b);
+      } else {
+        o.Curve->AddCurve(std::make_unique<TGeCircularArc2D>(a, bulge, b));
+        const double theta = 4.0 * std::atan(std::fabs(bulge));
+        const double r = a.DistanceTo(b) / (2.0 * std::sin(theta / 2.0));
+        o.Length += theta * r;
+        o.Area += (bulge > 0 ? 1.0 : -1.0) * 0.5 * r * r * (theta - std::sin(theta));
       }
-      ring.push_back(pts.front());
-      o.Area += PolyArea(ring);
-      result.push_back(std::move(o));
     }
-    pts.clear();
-    bulges.clear();
-    flags = 0;
-  };
-  while (std::getline(in, code) && std::getline(in, value)) {
-    if (!value.empty() && value.back() == '\r') value.pop_back();
-    const int c = std::stoi(code);
-    if (c == 0) {
-      flush();
-      kind = value;
-    } else if (kind == "LWPOLYLINE") {
-      if (c == 70) flags = std::stoi(value);
-      if (c == 10) x = std::stod(value);
-      if (c == 20) {
-        pts.emplace_back(x, std::stod(value));
-        bulges.push_back(0.0);
-      }
-      if (c == 42 && !bulges.empty()) bulges.back() = std::stod(value);
-    }
+    ring.push_back(pts.front());
+    o.Area += PolyArea(ring);
+    result.push_back(std::move(o));
   }
-  flush();
   return result;
 }
 
@@ -216,38 +190,17 @@ std::vector<TBulgedOutline> ReadLineArcLoops(const std::string& FileName) {
     double Radius = 0.0, Start = 0.0, Sweep = 0.0;  // Sweep 0: a line
   };
   std::vector<TPiece> pieces;
-  std::ifstream in(FileName);
-  std::string code, value, kind;
-  double v[7] = {0, 0, 0, 0, 0, 0, 0};  // groups 10 20 11 21 40 50 51
-  auto flush = [&] {
-    if (kind == "LINE") pieces.push_back({TPoint2D(v[0], v[1]), TPoint2D(v[2], v[3]), {}, 0, 0, 0});
-    if (kind == "ARC" && v[4] > 0) {
-      const double s = v[5] * Pi / 180;
-      const double w = std::fmod(v[6] - v[5] + 720.0, 360.0) * Pi / 180;
-      const TPoint2D c(v[0], v[1]);
-      pieces.push_back({c + TPoint2D(std::cos(s), std::sin(s)) * v[4],
-                        c + TPoint2D(std::cos(s + w), std::sin(s + w)) * v[4], c, v[4], s, w});
+  for (const testing::TDxfEntity& e : testing::ReadDxfEntities(FileName)) {
+    const TPoint2D c(e.Num(10), e.Num(20));
+    const double r = e.Num(40);
+    if (e.Kind == "LINE") pieces.push_back({c, TPoint2D(e.Num(11), e.Num(21)), {}, 0, 0, 0});
+    if (e.Kind == "ARC" && r > 0) {
+      const double s = e.Num(50) * Pi / 180;
+      const double w = std::fmod(e.Num(51) - e.Num(50) + 720.0, 360.0) * Pi / 180;
+      pieces.push_back({c + TPoint2D(std::cos(s), std::sin(s)) * r, c + TPoint2D(std::cos(s + w), std::sin(s + w)) * r,
+                        c, r, s, w});
     }
-  };
-  while (std::getline(in, code) && std::getline(in, value)) {
-    if (!value.empty() && value.back() == '\r') value.pop_back();
-    const int c = std::stoi(code);
-    if (c == 0) {
-      flush();
-      kind = value;
-      std::fill(std::begin(v), std::end(v), 0.0);
-    }
-    const int slot = c == 10   ? 0
-                     : c == 20 ? 1
-                     : c == 11 ? 2
-                     : c == 21 ? 3
-                     : c == 40 ? 4
-                     : c == 50 ? 5
-                     : c == 51 ? 6
-                               : -1;
-    if (slot >= 0 && !kind.empty()) v[slot] = std::stod(value);
   }
-  flush();
   std::vector<TBulgedOutline> loops;
   std::vector<bool> used(pieces.size(), false);
   for (std::size_t first = 0; first < pieces.size(); ++first) {

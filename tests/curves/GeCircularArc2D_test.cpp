@@ -11,6 +11,7 @@
 #include <string>
 
 #include "orvane/curves/GeStrings.h"
+#include "support/DxfEntities.h"
 #include "support/TestSupport.h"
 
 #ifdef ORVANE_HAVE_OCCT
@@ -337,40 +338,13 @@ TEST(GeCircularArc2D, RandomArcsAgreeWithOcct) {
 // in degrees, counter-clockwise), in any section; those with a flipped extrusion are left out.
 std::vector<std::unique_ptr<TGeCircularArc2D>> ReadDxfArcs(const std::string& FileName) {
   std::vector<std::unique_ptr<TGeCircularArc2D>> arcs;
-  std::ifstream in(FileName);
-  std::string code;
-  std::string value;
-  std::string kind;
-  double cx = 0, cy = 0, r = 0, a0 = 0, a1 = 360, nz = 1;
-  auto flush = [&] {
-    if ((kind == "ARC" || kind == "CIRCLE") && r > 0 && nz > 0) {
-      double sweep = kind == "CIRCLE" ? 360.0 : std::fmod(a1 - a0 + 720.0, 360.0);
-      if (sweep == 0.0) sweep = 360.0;
-      arcs.push_back(std::make_unique<TGeCircularArc2D>(TPoint2D(cx, cy), r, a0 * Pi / 180, sweep * Pi / 180));
-    }
-  };
-  while (std::getline(in, code) && std::getline(in, value)) {
-    if (!value.empty() && value.back() == '\r') value.pop_back();
-    const int c = std::stoi(code);
-    if (c == 0) {
-      flush();
-      kind = value;
-      cx = cy = r = a0 = 0;
-      a1 = 360;
-      nz = 1;
-    } else if (c == 10) {
-      cx = std::stod(value);
-    } else if (c == 20) {
-      cy = std::stod(value);
-    } else if (c == 40) {
-      r = std::stod(value);
-    } else if (c == 50) {
-      a0 = std::stod(value);
-    } else if (c == 51) {
-      a1 = std::stod(value);
-    } else if (c == 230) {
-      nz = std::stod(value);
-    }
+  for (const testing::TDxfEntity& e : testing::ReadDxfEntities(FileName)) {
+    const double r = e.Num(40), a0 = e.Num(50), a1 = e.Num(51, 360.0);
+    if ((e.Kind != "ARC" && e.Kind != "CIRCLE") || r <= 0 || e.Num(230, 1.0) <= 0) continue;
+    double sweep = e.Kind == "CIRCLE" ? 360.0 : std::fmod(a1 - a0 + 720.0, 360.0);
+    if (sweep == 0.0) sweep = 360.0;
+    arcs.push_back(std::make_unique<TGeCircularArc2D>(TPoint2D(e.Num(10), e.Num(20)), r, a0 * Pi / 180,
+                                                      sweep * Pi / 180));
   }
   return arcs;
 }

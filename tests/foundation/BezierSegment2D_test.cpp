@@ -12,6 +12,7 @@
 
 #include "orvane/foundation/BezierSegment2D.h"
 #include "orvane/foundation/Exception.h"
+#include "support/DxfEntities.h"
 #include "support/TestSupport.h"
 #ifdef ORVANE_HAVE_OCCT
 #include "support/OcctBezier.h"
@@ -38,29 +39,11 @@ TBezierSegment2D RandomCubic(std::mt19937& Rng, double Size = 10.0) {
 // points): the group codes 71 (degree), 73 (control point count), 41 (a weight), 10 and 20
 // (control point coordinates) of each SPLINE entity.
 std::vector<TBezierSegment2D> DxfCubics(const std::filesystem::path& File) {
-  std::ifstream in(File);
-  std::vector<std::pair<int, std::string>> pairs;
-  std::string code, value;
-  while (std::getline(in, code) && std::getline(in, value)) {
-    if (!value.empty() && value.back() == '\r') value.pop_back();
-    value.erase(0, std::min(value.size(), value.find_first_not_of(' ')));
-    pairs.emplace_back(std::stoi(code), value);
-  }
   std::vector<TBezierSegment2D> result;
-  for (std::size_t i = 0; i < pairs.size(); ++i) {
-    if (pairs[i].first != 0 || pairs[i].second != "SPLINE") continue;
-    int degree = 0, count = 0;
-    bool rational = false;
-    std::vector<double> xs, ys;
-    for (std::size_t k = i + 1; k < pairs.size() && pairs[k].first != 0; ++k) {
-      const int c = pairs[k].first;
-      if (c == 71) degree = std::stoi(pairs[k].second);
-      if (c == 73) count = std::stoi(pairs[k].second);
-      if (c == 41) rational = true;
-      if (c == 10) xs.push_back(std::stod(pairs[k].second));
-      if (c == 20) ys.push_back(std::stod(pairs[k].second));
-    }
-    if (degree == 3 && count == 4 && !rational && xs.size() == 4 && ys.size() == 4)
+  for (const orvane::testing::TDxfEntity& e : orvane::testing::ReadDxfEntities(File)) {
+    const std::vector<double> xs = e.All(10), ys = e.All(20);
+    if (e.Kind == "SPLINE" && e.Num(71) == 3 && e.Num(73) == 4 && e.All(41).empty() && xs.size() == 4 &&
+        ys.size() == 4)
       result.push_back({{xs[0], ys[0]}, {xs[1], ys[1]}, {xs[2], ys[2]}, {xs[3], ys[3]}});
   }
   return result;

@@ -17,6 +17,7 @@
 
 #include "orvane/algorithms/CadBasicAlgo.h"
 #include "orvane/mixed/LABPolyline.h"
+#include "support/DxfEntities.h"
 #include "support/TestSupport.h"
 
 #ifdef ORVANE_HAVE_GEOS
@@ -30,54 +31,15 @@ namespace fs = std::filesystem;
 
 fs::path CurvesDir() { return fs::path(ORVANE_SHARED_DATA_DIR) / "curves"; }
 
-// ---- A tiny DXF reader: the LWPOLYLINEs of the ENTITIES section --------------------------
-
-struct TDxfPolyline {
-  std::vector<TPoint2D> Pts;
-  std::vector<double> Bulges;
-  bool Closed = false;
-};
-
-std::vector<TDxfPolyline> ReadLWPolylines(const fs::path& File) {
-  std::ifstream in(File);
-  std::vector<TDxfPolyline> result;
-  std::string code;
-  std::string value;
-  auto trim = [](std::string& s) {
-    while (!s.empty() && std::isspace(static_cast<unsigned char>(s.back()))) s.pop_back();
-    std::size_t i = 0;
-    while (i < s.size() && std::isspace(static_cast<unsigned char>(s[i]))) ++i;
-    s.erase(0, i);
-  };
-  bool inEntities = false;
-  bool inPolyline = false;
-  std::string last;
-  while (std::getline(in, code) && std::getline(in, value)) {
-    trim(code);
-    trim(value);
-    const int c = std::atoi(code.c_str());
-    if (c == 0) {
-      inPolyline = inEntities && value == "LWPOLYLINE";
-      if (inPolyline) result.emplace_back();
-      if (value == "ENDSEC") inEntities = false;
-    } else if (c == 2 && last == "SECTION") {
-      inEntities = value == "ENTITIES";
-    } else if (inPolyline) {
-      TDxfPolyline& p = result.back();
-      if (c == 70) p.Closed = (std::atoi(value.c_str()) & 1) != 0;
-      if (c == 10) {
-        p.Pts.emplace_back(std::strtod(value.c_str(), nullptr), 0.0);
-        p.Bulges.push_back(0.0);
-      }
-      if (c == 20 && !p.Pts.empty()) p.Pts.back().Y = std::strtod(value.c_str(), nullptr);
-      if (c == 42 && !p.Bulges.empty()) p.Bulges.back() = std::strtod(value.c_str(), nullptr);
-    }
-    last = c == 0 ? value : std::string();
-  }
+// The LWPOLYLINEs of the ENTITIES section.
+std::vector<testing::TDxfLwPolyline> ReadLWPolylines(const fs::path& File) {
+  std::vector<testing::TDxfLwPolyline> result;
+  for (const testing::TDxfEntity& e : testing::ReadDxfEntities(File))
+    if (e.ModelSpace && e.Kind == "LWPOLYLINE") result.push_back(testing::LwPolyline(e));
   return result;
 }
 
-void FromDxf(const TDxfPolyline& D, TLABPolyline& p) {
+void FromDxf(const testing::TDxfLwPolyline& D, TLABPolyline& p) {
   const std::size_t n = D.Pts.size();
   for (std::size_t i = 0; i + 1 < n + (D.Closed ? 1 : 0); ++i) {
     const TPoint2D& a = D.Pts[i];
@@ -91,7 +53,7 @@ void FromDxf(const TDxfPolyline& D, TLABPolyline& p) {
 
 // The bulged outline as vertices: each arc worked out from its bulge (sweep 4 atan b, centre
 // on the chord's bisector) and cut into steps whose sagitta stays below 1e-9.
-TDynPoints2D Linearise(const TDxfPolyline& D) {
+TDynPoints2D Linearise(const testing::TDxfLwPolyline& D) {
   TDynPoints2D out;
   const std::size_t n = D.Pts.size();
   for (std::size_t i = 0; i + 1 < n + (D.Closed ? 1 : 0); ++i) {
@@ -272,7 +234,7 @@ TEST(MixedData, DxfBulgesCloseAndMeasureExactly) {
   for (const char* file : {"laser4diy_mainsheet_x.dxf", "laser4diy_cornerbracket_8pcs_x.dxf", "laser4diy_baseplate.dxf",
                            "skydxf_issue39.dxf"}) {
     if (!fs::exists(CurvesDir() / file)) GTEST_SKIP() << "no shared data: " << file;
-    for (const TDxfPolyline& d : ReadLWPolylines(CurvesDir() / file)) {
+    for (const testing::TDxfLwPolyline& d : ReadLWPolylines(CurvesDir() / file)) {
       if (d.Pts.size() < 2) continue;
       TLABPolyline p;
       FromDxf(d, p);
