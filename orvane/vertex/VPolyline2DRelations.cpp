@@ -15,6 +15,7 @@
 #include "orvane/foundation/PointL2D.h"
 #include "orvane/spatial/RTree.h"
 #include "orvane/vertex/VPolyline2D.h"
+#include "orvane/vertex/internal/SelfCrossing.h"
 
 namespace orvane {
 
@@ -307,76 +308,196 @@ bool TVPolyline2D::IsCrossWith(const TVPolyline2D& Polyline) const {
   return false;
 }
 
-bool TVPolyline2D::IsSelfIntersect(double AbsTol) const {
-  const int n = Count();
-  if (n <= 2) return false;
-  internal::CheckFiniteVertices(FItems, "TVPolyline2D.IsSelfIntersect");
-  const int segments = n - 1;
-  double scale = 0.0;
-  for (const TPoint2D& p : FItems) scale = std::max(scale, std::max(std::fabs(p.X), std::fabs(p.Y)));
+namespace {
 
+// The pairs of segments that IsSelfIntersect decides, and how it decides each: segments I
+// and J < I count when their boxes meet within AbsTol and the exact test finds a meeting
+// other than the vertex of neighbours or the seam of a closed polyline.
+class TSelfPairs {
+ public:
+  TSelfPairs(const TDynPoints2D& P, double AbsTol) : v(P.data()), n(static_cast<int>(P.size())), tol(AbsTol) {
+    for (const TPoint2D& p : P) scale = std::max(scale, std::max(std::fabs(p.X), std::fabs(p.Y)));
+  }
+  // The same with the vertices' box known: the largest coordinate is one of its sides.
+  TSelfPairs(const TDynPoints2D& P, double AbsTol, const TPoint2D& Lo, const TPoint2D& Hi)
+      : v(P.data()), n(static_cast<int>(P.size())), tol(AbsTol) {
+    scale = std::max(std::max(std::fabs(Lo.X), std::fabs(Hi.X)), std::max(std::fabs(Lo.Y), std::fabs(Hi.Y)));
+  }
+
+  int Segments() const { return n - 1; }
+  TRect2D Box(int K) const {
+    const TPoint2D& a = v[K];
+    const TPoint2D& b = v[K + 1];
+    return {std::min(a.X, b.X), std::min(a.Y, b.Y), std::max(a.X, b.X), std::max(a.Y, b.Y)};
+  }
+  // The index's own test of a box against a query region within AbsTol (a NaN meets
+  // nothing); symmetric in its two boxes.
+  bool Meets(const TRect2D& B, const TRect2D& R) const {
+    return (R.XMin - B.XMax <= tol) & (B.XMin - R.XMax <= tol) & (R.YMin - B.YMax <= tol) & (B.YMin - R.YMax <= tol);
+  }
+  // Whether segments I and J < I, whose boxes meet, meet in a way that counts.
+  bool Crosses(int I, int J) const {
+    const TPoint2D& a1 = v[I];
+    const TPoint2D& a2 = v[I + 1];
+    const TPoint2D& b1 = v[J];
+    const TPoint2D& b2 = v[J + 1];
+    // Quick answers for the common cases in which the exact test would find nothing that
+    // counts: a neighbour meeting at an angle, and a segment wholly to one side.
+    if (J == I - 1) {
+      if (NeighboursCannotOverlap(a1, a2, b1, b2, tol, ParallelTol)) return false;
+    } else if (ApartBySide(a1, a2, b1, b2, tol, scale)) {
+      return false;
+    }
+    TPoint2D p;
+    TPoint2D q;
+    const int r = TLine2D(a1, a2).RelationWithSegLine(TLine2D(b1, b2), p, q, tol, ParallelTol);
+    if (r == 2) return true;
+    if (r != 1 || I - J == 1) return false;
+    // The last segment meeting the first: only the seam of a closed polyline is allowed.
+    if (I == n - 2 && J == 0) return !(p.Equals(v[0], tol) && p.Equals(v[n - 1], tol));
+    return true;
+  }
+ private:
+  const TPoint2D* v;
+  int n;
+  double tol;
+  double scale = 0.0;
+};
+
+// The grid gives up beyond this many cell entries, or pair tests, per segment: long
+// segments across many cells, or a crowd of segments in few, which the tree of runs sorts
+// out better.
+constexpr int GridWorkPerSegment = 16;
+// Cells of the grid per segment.
+constexpr int GridCellsPerSegment = 2;
+
+}  // namespace
+
+namespace internal {
+
+int SelfCrossByGrid(const TDynPoints2D& P) {
+  TPoint2D lo = P.front();
+  TPoint2D hi = lo;
+  for (const TPoint2D& p : P) {
+    lo = lo.ExtMin(p);
+    hi = hi.ExtMax(p);
+  }
+  const double width = hi.X - lo.X;
+  const double height = hi.Y - lo.Y;
+  if (!std::isfinite(width) || !std::isfinite(height)) return -1;
+  const TSelfPairs pairs(P, 0.0, lo, hi);
+  const int segments = pairs.Segments();
+
+  // Neighbours first, in one pass: their boxes always meet.
+  for (int i = 1; i < segments; ++i) {
+    if (pairs.Crosses(i, i - 1)) return 1;
+  }
+
+  // About CellsPerSegment cells per segment, square where the box allows; an outline
+  // crosses few of them, so each occupied cell holds a handful of segments.
+  int nx = 1;
+  int ny = 1;
+  const double cells = static_cast<double>(GridCellsPerSegment) * segments;
+  if (width > 0.0 && height > 0.0) {
+    const double side = std::sqrt(width * height / cells);
+    nx = static_cast<int>(std::clamp(width / side, 1.0, cells));
+    ny = static_cast<int>(std::clamp(height / side, 1.0, cells));
+  } else {
+    (width > 0.0 ? nx : ny) = static_cast<int>(cells);
+  }
+  const double sx = width > 0.0 ? nx / width : 0.0;
+  const double sy = height > 0.0 ? ny / height : 0.0;
+  // Monotone in the coordinate, so boxes that meet share the cell of the low corner of
+  // their common part.
+  const auto cellX = [&](double X) { return std::min(nx - 1, static_cast<int>((X - lo.X) * sx)); };
+  const auto cellY = [&](double Y) { return std::min(ny - 1, static_cast<int>((Y - lo.Y) * sy)); };
+
+  struct TCells {
+    int X0, X1, Y0, Y1;
+  };
+  const long long budget = static_cast<long long>(GridWorkPerSegment) * segments + 1024;
+  std::vector<TRect2D> boxes(static_cast<std::size_t>(segments));
+  std::vector<TCells> spans(static_cast<std::size_t>(segments));
+  std::vector<int> start(static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny) + 1, 0);
+  long long entries = 0;
+  for (int k = 0; k < segments; ++k) {
+    const TRect2D b = pairs.Box(k);
+    boxes[static_cast<std::size_t>(k)] = b;
+    const TCells c{cellX(b.XMin), cellX(b.XMax), cellY(b.YMin), cellY(b.YMax)};
+    spans[static_cast<std::size_t>(k)] = c;
+    entries += static_cast<long long>(c.X1 - c.X0 + 1) * (c.Y1 - c.Y0 + 1);
+    if (entries > budget) return -1;
+    for (int y = c.Y0; y <= c.Y1; ++y) {
+      for (int x = c.X0; x <= c.X1; ++x) ++start[static_cast<std::size_t>(y) * nx + x + 1];
+    }
+  }
+  for (std::size_t c = 1; c < start.size(); ++c) start[c] += start[c - 1];
+  // Filled from each cell's end, so that start[c] ends up at the cell's first entry.
+  std::vector<int> ids(static_cast<std::size_t>(entries));
+  for (int k = segments - 1; k >= 0; --k) {
+    const TCells& c = spans[static_cast<std::size_t>(k)];
+    for (int y = c.Y0; y <= c.Y1; ++y) {
+      for (int x = c.X0; x <= c.X1; ++x) ids[static_cast<std::size_t>(--start[static_cast<std::size_t>(y) * nx + x + 1])] = k;
+    }
+  }
+  long long tests = 0;
+  for (int y = 0; y < ny; ++y) {
+    for (int x = 0; x < nx; ++x) {
+      const std::size_t c = static_cast<std::size_t>(y) * nx + x + 1;
+      const int first = start[c];
+      const int end = c + 1 < start.size() ? start[c + 1] : static_cast<int>(entries);
+      if (end - first < 2) continue;
+      tests += static_cast<long long>(end - first) * (end - first - 1) / 2;
+      if (tests > budget) return -1;
+      for (int u = first + 1; u < end; ++u) {
+        const int i = ids[static_cast<std::size_t>(u)];
+        const TRect2D& a = boxes[static_cast<std::size_t>(i)];
+        for (int w = first; w < u; ++w) {
+          // Entries run in ascending order within a cell: j < i.
+          const int j = ids[static_cast<std::size_t>(w)];
+          if (i - j == 1) continue;
+          const TRect2D& b = boxes[static_cast<std::size_t>(j)];
+          // Each pair once: in the cell that holds the low corner of the part both boxes share.
+          if (!pairs.Meets(a, b) || cellX(std::max(a.XMin, b.XMin)) != x || cellY(std::max(a.YMin, b.YMin)) != y)
+            continue;
+          if (pairs.Crosses(i, j)) return 1;
+        }
+      }
+    }
+  }
+  return 0;
+}
+
+bool SelfCrossByRunTree(const TDynPoints2D& P, double AbsTol) {
+  const TSelfPairs pairs(P, AbsTol);
+  const int segments = pairs.Segments();
   // Every pair of segments whose boxes meet within AbsTol is examined once, from the later
-  // segment of the two, as a tree that grows segment by segment would offer them. The tree
-  // is fed runs of SelfRunLength consecutive segments, bulk loaded, under the index of the
-  // run: a run's box holds its segments' boxes, so the runs that a run's box meets hold
-  // every segment that meets one of its own, and the pairs are then sorted out with the
-  // same box test. A tree of runs is a fraction of the size of one of segments and answers
-  // each query for many segments at once.
+  // segment of the two. The tree is fed runs of SelfRunLength consecutive segments, bulk
+  // loaded, under the index of the run: a run's box holds its segments' boxes, so the runs
+  // that a run's box meets hold every segment that meets one of its own.
   const int runs = (segments + SelfRunLength - 1) / SelfRunLength;
   std::vector<int> ids(static_cast<std::size_t>(runs));
   std::vector<TRect2D> runBoxes(static_cast<std::size_t>(runs));
   for (int r = 0; r < runs; ++r) {
     const int last = std::min((r + 1) * SelfRunLength, segments);
-    TPoint2D lo = V(r * SelfRunLength);
+    TPoint2D lo = P[static_cast<std::size_t>(r * SelfRunLength)];
     TPoint2D hi = lo;
     for (int k = r * SelfRunLength + 1; k <= last; ++k) {
-      lo = lo.ExtMin(V(k));
-      hi = hi.ExtMax(V(k));
+      lo = lo.ExtMin(P[static_cast<std::size_t>(k)]);
+      hi = hi.ExtMax(P[static_cast<std::size_t>(k)]);
     }
     ids[static_cast<std::size_t>(r)] = r;
     runBoxes[static_cast<std::size_t>(r)] = TRect2D(lo.X, lo.Y, hi.X, hi.Y);
   }
   const TRTree<int> index(std::span<const int>(ids), std::span<const TRect2D>(runBoxes), IndexNodeSize);
 
-  // The tree's own test of a box against a query region within AbsTol (a NaN meets nothing).
-  auto meets = [AbsTol](const TRect2D& B, const TRect2D& R) {
-    return (R.XMin - B.XMax <= AbsTol) & (B.XMin - R.XMax <= AbsTol) & (R.YMin - B.YMax <= AbsTol) &
-           (B.YMin - R.YMax <= AbsTol);
-  };
-  auto segmentBoxes = [&](int First, int End, TRect2D* Boxes) {
-    for (int k = First; k < End; ++k) {
-      const TPoint2D& a = V(k);
-      const TPoint2D& b = V(k + 1);
-      Boxes[k - First] = TRect2D(std::min(a.X, b.X), std::min(a.Y, b.Y), std::max(a.X, b.X), std::max(a.Y, b.Y));
-    }
-  };
-  // Whether segments i and j < i meet in a way that counts.
-  auto crosses = [&](int I, int J) {
-    const TPoint2D& a1 = V(I);
-    const TPoint2D& a2 = V(I + 1);
-    const TPoint2D& b1 = V(J);
-    const TPoint2D& b2 = V(J + 1);
-    // Quick answers for the common cases in which the exact test would find nothing that
-    // counts: a neighbour meeting at an angle, and a segment wholly to one side.
-    if (J == I - 1) {
-      if (NeighboursCannotOverlap(a1, a2, b1, b2, AbsTol, ParallelTol)) return false;
-    } else if (ApartBySide(a1, a2, b1, b2, AbsTol, scale)) {
-      return false;
-    }
-    TPoint2D p;
-    TPoint2D q;
-    const int r = TLine2D(a1, a2).RelationWithSegLine(TLine2D(b1, b2), p, q, AbsTol, ParallelTol);
-    if (r == 2) return true;
-    if (r != 1 || I - J == 1) return false;
-    // The last segment meeting the first: only the seam of a closed polyline is allowed.
-    if (I == n - 2 && J == 0) return !(p.Equals(V(0), AbsTol) && p.Equals(V(n - 1), AbsTol));
-    return true;
-  };
-
   std::vector<int> hits;
   hits.reserve(64);
   TRect2D mine[SelfRunLength];
   TRect2D theirs[SelfRunLength];
+  const auto segmentBoxes = [&](int First, int End, TRect2D* Boxes) {
+    for (int k = First; k < End; ++k) Boxes[k - First] = pairs.Box(k);
+  };
   for (int r = 0; r < runs; ++r) {
     hits.clear();
     index.Search(runBoxes[static_cast<std::size_t>(r)], hits, AbsTol);
@@ -394,15 +515,26 @@ bool TVPolyline2D::IsSelfIntersect(double AbsTol) const {
       const TRect2D& otherBox = runBoxes[static_cast<std::size_t>(s)];
       for (int i = first; i < end; ++i) {
         const TRect2D& box = mine[i - first];
-        if (s != r && !meets(otherBox, box)) continue;
+        if (s != r && !pairs.Meets(otherBox, box)) continue;
         const int otherEnd = s == r ? i : otherFirst + SelfRunLength;
         for (int j = otherFirst; j < otherEnd; ++j) {
-          if (meets(other[j - otherFirst], box) && crosses(i, j)) return true;
+          if (pairs.Meets(other[j - otherFirst], box) && pairs.Crosses(i, j)) return true;
         }
       }
     }
   }
   return false;
+}
+
+}  // namespace internal
+
+bool TVPolyline2D::IsSelfIntersect(double AbsTol) const {
+  if (Count() <= 2) return false;
+  internal::CheckFiniteVertices(FItems, "TVPolyline2D.IsSelfIntersect");
+  // Without a tolerance, a grid of cells sorts the segments in two passes on the outlines
+  // met in practice; other tolerances, and crowded or long segments, go to the tree of runs.
+  const int grid = AbsTol == 0.0 ? internal::SelfCrossByGrid(FItems) : -1;
+  return grid >= 0 ? grid == 1 : internal::SelfCrossByRunTree(FItems, AbsTol);
 }
 
 int TVPolyline2D::RelationWith(const TVPolyline2D& Polyline) const {
