@@ -318,11 +318,6 @@ class TSelfPairs {
   TSelfPairs(const TDynPoints2D& P, double AbsTol) : v(P.data()), n(static_cast<int>(P.size())), tol(AbsTol) {
     for (const TPoint2D& p : P) scale = std::max(scale, std::max(std::fabs(p.X), std::fabs(p.Y)));
   }
-  // The same with the vertices' box known: the largest coordinate is one of its sides.
-  TSelfPairs(const TDynPoints2D& P, double AbsTol, const TPoint2D& Lo, const TPoint2D& Hi)
-      : v(P.data()), n(static_cast<int>(P.size())), tol(AbsTol) {
-    scale = std::max(std::max(std::fabs(Lo.X), std::fabs(Hi.X)), std::max(std::fabs(Lo.Y), std::fabs(Hi.Y)));
-  }
 
   int Segments() const { return n - 1; }
   TRect2D Box(int K) const {
@@ -364,163 +359,107 @@ class TSelfPairs {
   double scale = 0.0;
 };
 
-// The grid gives up beyond this many cell entries, or pair tests, per segment: long
-// segments across many cells, or a crowd of segments in few, which the tree of runs sorts
-// out better.
-constexpr int GridWorkPerSegment = 16;
-// Cells of the grid per segment.
-constexpr int GridCellsPerSegment = 2;
+// Up to this many segments, runs of SweepRunLength segments are paired by a sweep over the
+// runs sorted by their left sides; beyond, runs of SelfRunLength through a tree of the
+// runs' boxes. Short runs have tight boxes, which spares most tests of segment pairs.
+constexpr int SweepRunLength = 4;
+constexpr int SweepSegmentLimit = 1024;
 
 }  // namespace
 
 namespace internal {
 
-int SelfCrossByGrid(const TDynPoints2D& P) {
-  TPoint2D lo = P.front();
-  TPoint2D hi = lo;
-  for (const TPoint2D& p : P) {
-    lo = lo.ExtMin(p);
-    hi = hi.ExtMax(p);
-  }
-  const double width = hi.X - lo.X;
-  const double height = hi.Y - lo.Y;
-  if (!std::isfinite(width) || !std::isfinite(height)) return -1;
-  const TSelfPairs pairs(P, 0.0, lo, hi);
-  const int segments = pairs.Segments();
-
-  // Neighbours first, in one pass: their boxes always meet.
-  for (int i = 1; i < segments; ++i) {
-    if (pairs.Crosses(i, i - 1)) return 1;
-  }
-
-  // About CellsPerSegment cells per segment, square where the box allows; an outline
-  // crosses few of them, so each occupied cell holds a handful of segments.
-  int nx = 1;
-  int ny = 1;
-  const double cells = static_cast<double>(GridCellsPerSegment) * segments;
-  if (width > 0.0 && height > 0.0) {
-    const double side = std::sqrt(width * height / cells);
-    nx = static_cast<int>(std::clamp(width / side, 1.0, cells));
-    ny = static_cast<int>(std::clamp(height / side, 1.0, cells));
-  } else {
-    (width > 0.0 ? nx : ny) = static_cast<int>(cells);
-  }
-  const double sx = width > 0.0 ? nx / width : 0.0;
-  const double sy = height > 0.0 ? ny / height : 0.0;
-  // Monotone in the coordinate, so boxes that meet share the cell of the low corner of
-  // their common part.
-  const auto cellX = [&](double X) { return std::min(nx - 1, static_cast<int>((X - lo.X) * sx)); };
-  const auto cellY = [&](double Y) { return std::min(ny - 1, static_cast<int>((Y - lo.Y) * sy)); };
-
-  struct TCells {
-    int X0, X1, Y0, Y1;
-  };
-  const long long budget = static_cast<long long>(GridWorkPerSegment) * segments + 1024;
-  std::vector<TRect2D> boxes(static_cast<std::size_t>(segments));
-  std::vector<TCells> spans(static_cast<std::size_t>(segments));
-  std::vector<int> start(static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny) + 1, 0);
-  long long entries = 0;
-  for (int k = 0; k < segments; ++k) {
-    const TRect2D b = pairs.Box(k);
-    boxes[static_cast<std::size_t>(k)] = b;
-    const TCells c{cellX(b.XMin), cellX(b.XMax), cellY(b.YMin), cellY(b.YMax)};
-    spans[static_cast<std::size_t>(k)] = c;
-    entries += static_cast<long long>(c.X1 - c.X0 + 1) * (c.Y1 - c.Y0 + 1);
-    if (entries > budget) return -1;
-    for (int y = c.Y0; y <= c.Y1; ++y) {
-      for (int x = c.X0; x <= c.X1; ++x) ++start[static_cast<std::size_t>(y) * nx + x + 1];
-    }
-  }
-  for (std::size_t c = 1; c < start.size(); ++c) start[c] += start[c - 1];
-  // Filled from each cell's end, so that start[c] ends up at the cell's first entry.
-  std::vector<int> ids(static_cast<std::size_t>(entries));
-  for (int k = segments - 1; k >= 0; --k) {
-    const TCells& c = spans[static_cast<std::size_t>(k)];
-    for (int y = c.Y0; y <= c.Y1; ++y) {
-      for (int x = c.X0; x <= c.X1; ++x) ids[static_cast<std::size_t>(--start[static_cast<std::size_t>(y) * nx + x + 1])] = k;
-    }
-  }
-  long long tests = 0;
-  for (int y = 0; y < ny; ++y) {
-    for (int x = 0; x < nx; ++x) {
-      const std::size_t c = static_cast<std::size_t>(y) * nx + x + 1;
-      const int first = start[c];
-      const int end = c + 1 < start.size() ? start[c + 1] : static_cast<int>(entries);
-      if (end - first < 2) continue;
-      tests += static_cast<long long>(end - first) * (end - first - 1) / 2;
-      if (tests > budget) return -1;
-      for (int u = first + 1; u < end; ++u) {
-        const int i = ids[static_cast<std::size_t>(u)];
-        const TRect2D& a = boxes[static_cast<std::size_t>(i)];
-        for (int w = first; w < u; ++w) {
-          // Entries run in ascending order within a cell: j < i.
-          const int j = ids[static_cast<std::size_t>(w)];
-          if (i - j == 1) continue;
-          const TRect2D& b = boxes[static_cast<std::size_t>(j)];
-          // Each pair once: in the cell that holds the low corner of the part both boxes share.
-          if (!pairs.Meets(a, b) || cellX(std::max(a.XMin, b.XMin)) != x || cellY(std::max(a.YMin, b.YMin)) != y)
-            continue;
-          if (pairs.Crosses(i, j)) return 1;
-        }
-      }
-    }
-  }
-  return 0;
-}
-
-bool SelfCrossByRunTree(const TDynPoints2D& P, double AbsTol) {
+bool SelfCrossByRuns(const TDynPoints2D& P, double AbsTol, bool ByTree) {
   const TSelfPairs pairs(P, AbsTol);
   const int segments = pairs.Segments();
+  const int runLength = ByTree ? SelfRunLength : SweepRunLength;
   // Every pair of segments whose boxes meet within AbsTol is examined once, from the later
-  // segment of the two. The tree is fed runs of SelfRunLength consecutive segments, bulk
-  // loaded, under the index of the run: a run's box holds its segments' boxes, so the runs
-  // that a run's box meets hold every segment that meets one of its own.
-  const int runs = (segments + SelfRunLength - 1) / SelfRunLength;
-  std::vector<int> ids(static_cast<std::size_t>(runs));
+  // segment of the two. Runs of consecutive segments are paired when their
+  // boxes meet: a run's box holds its segments' boxes, so the runs that a run's box meets
+  // hold every segment that meets one of its own.
+  const int runs = (segments + runLength - 1) / runLength;
   std::vector<TRect2D> runBoxes(static_cast<std::size_t>(runs));
   for (int r = 0; r < runs; ++r) {
-    const int last = std::min((r + 1) * SelfRunLength, segments);
-    TPoint2D lo = P[static_cast<std::size_t>(r * SelfRunLength)];
+    const int last = std::min((r + 1) * runLength, segments);
+    TPoint2D lo = P[static_cast<std::size_t>(r * runLength)];
     TPoint2D hi = lo;
-    for (int k = r * SelfRunLength + 1; k <= last; ++k) {
+    for (int k = r * runLength + 1; k <= last; ++k) {
       lo = lo.ExtMin(P[static_cast<std::size_t>(k)]);
       hi = hi.ExtMax(P[static_cast<std::size_t>(k)]);
     }
-    ids[static_cast<std::size_t>(r)] = r;
     runBoxes[static_cast<std::size_t>(r)] = TRect2D(lo.X, lo.Y, hi.X, hi.Y);
   }
-  const TRTree<int> index(std::span<const int>(ids), std::span<const TRect2D>(runBoxes), IndexNodeSize);
 
-  std::vector<int> hits;
-  hits.reserve(64);
   TRect2D mine[SelfRunLength];
   TRect2D theirs[SelfRunLength];
+  int mineOf = -1;
   const auto segmentBoxes = [&](int First, int End, TRect2D* Boxes) {
     for (int k = First; k < End; ++k) Boxes[k - First] = pairs.Box(k);
   };
+  // Runs R and S <= R, whose boxes meet.
+  const auto runsCross = [&](int R, int S) {
+    const int first = R * runLength;
+    const int end = std::min(first + runLength, segments);
+    if (mineOf != R) {
+      segmentBoxes(first, end, mine);
+      mineOf = R;
+    }
+    const int otherFirst = S * runLength;
+    const TRect2D* other = mine;
+    if (S != R) {
+      segmentBoxes(otherFirst, otherFirst + runLength, theirs);
+      other = theirs;
+    }
+    const TRect2D& otherBox = runBoxes[static_cast<std::size_t>(S)];
+    for (int i = first; i < end; ++i) {
+      const TRect2D& box = mine[i - first];
+      if (S != R && !pairs.Meets(otherBox, box)) continue;
+      const int otherEnd = S == R ? i : otherFirst + runLength;
+      for (int j = otherFirst; j < otherEnd; ++j) {
+        if (pairs.Meets(other[j - otherFirst], box) && pairs.Crosses(i, j)) return true;
+      }
+    }
+    return false;
+  };
+
+  if (!ByTree) {
+    // The runs in order of their left sides; a run that falls behind the sweep by more than
+    // AbsTol stays behind, for the later runs start further right.
+    std::vector<int> order(static_cast<std::size_t>(runs));
+    for (int r = 0; r < runs; ++r) order[static_cast<std::size_t>(r)] = r;
+    std::sort(order.begin(), order.end(), [&](int A, int B) {
+      return runBoxes[static_cast<std::size_t>(A)].XMin < runBoxes[static_cast<std::size_t>(B)].XMin;
+    });
+    std::vector<int> active;
+    for (int r : order) {
+      const TRect2D& box = runBoxes[static_cast<std::size_t>(r)];
+      if (runsCross(r, r)) return true;
+      for (std::size_t k = 0; k < active.size();) {
+        const int s = active[k];
+        const TRect2D& other = runBoxes[static_cast<std::size_t>(s)];
+        if (box.XMin - other.XMax > AbsTol) {
+          active[k] = active.back();
+          active.pop_back();
+          continue;
+        }
+        if (pairs.Meets(other, box) && (s < r ? runsCross(r, s) : runsCross(s, r))) return true;
+        ++k;
+      }
+      active.push_back(r);
+    }
+    return false;
+  }
+
+  std::vector<int> ids(static_cast<std::size_t>(runs));
+  for (int r = 0; r < runs; ++r) ids[static_cast<std::size_t>(r)] = r;
+  const TRTree<int> index(std::span<const int>(ids), std::span<const TRect2D>(runBoxes), IndexNodeSize);
+  std::vector<int> hits;
+  hits.reserve(64);
   for (int r = 0; r < runs; ++r) {
     hits.clear();
     index.Search(runBoxes[static_cast<std::size_t>(r)], hits, AbsTol);
-    const int first = r * SelfRunLength;
-    const int end = std::min(first + SelfRunLength, segments);
-    segmentBoxes(first, end, mine);
     for (int s : hits) {
-      if (s > r) continue;
-      const int otherFirst = s * SelfRunLength;
-      const TRect2D* other = mine;
-      if (s != r) {
-        segmentBoxes(otherFirst, otherFirst + SelfRunLength, theirs);
-        other = theirs;
-      }
-      const TRect2D& otherBox = runBoxes[static_cast<std::size_t>(s)];
-      for (int i = first; i < end; ++i) {
-        const TRect2D& box = mine[i - first];
-        if (s != r && !pairs.Meets(otherBox, box)) continue;
-        const int otherEnd = s == r ? i : otherFirst + SelfRunLength;
-        for (int j = otherFirst; j < otherEnd; ++j) {
-          if (pairs.Meets(other[j - otherFirst], box) && pairs.Crosses(i, j)) return true;
-        }
-      }
+      if (s <= r && runsCross(r, s)) return true;
     }
   }
   return false;
@@ -529,12 +468,13 @@ bool SelfCrossByRunTree(const TDynPoints2D& P, double AbsTol) {
 }  // namespace internal
 
 bool TVPolyline2D::IsSelfIntersect(double AbsTol) const {
-  if (Count() <= 2) return false;
+  const int n = Count();
+  if (n <= 2) return false;
   internal::CheckFiniteVertices(FItems, "TVPolyline2D.IsSelfIntersect");
-  // Without a tolerance, a grid of cells sorts the segments in two passes on the outlines
-  // met in practice; other tolerances, and crowded or long segments, go to the tree of runs.
-  const int grid = AbsTol == 0.0 ? internal::SelfCrossByGrid(FItems) : -1;
-  return grid >= 0 ? grid == 1 : internal::SelfCrossByRunTree(FItems, AbsTol);
+  // The tree of runs pays for itself only on many runs; a negative or NaN tolerance, which
+  // the sweep's order does not hold for, goes to the tree too.
+  const bool byTree = !(AbsTol >= 0.0) || n - 1 > SweepSegmentLimit;
+  return internal::SelfCrossByRuns(FItems, AbsTol, byTree);
 }
 
 int TVPolyline2D::RelationWith(const TVPolyline2D& Polyline) const {
