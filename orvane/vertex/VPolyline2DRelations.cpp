@@ -352,6 +352,7 @@ class TSelfPairs {
     if (I == n - 2 && J == 0) return !(p.Equals(v[0], tol) && p.Equals(v[n - 1], tol));
     return true;
   }
+
  private:
   const TPoint2D* v;
   int n;
