@@ -3,12 +3,16 @@
 // JSON text. Both include the checks of the rings that follow the parse. The text is in
 // memory, with the padding that the tool's file reading leaves after it. Layouts: every
 // sparrow layout at hand, largest first; both readers must give the same layouts.
+// The reader's test of each ring for crossings is also timed alone on the two largest
+// layouts: TVPolyline2D::IsSelfIntersect(0) against GEOS isSimple on the same closed rings.
 
 #include <benchmark/benchmark.h>
+#include <geos_c.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -53,6 +57,44 @@ void BM_Read(benchmark::State& State, const TFile* F) {
   State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(F->Text.size()));
 }
 
+std::vector<TDynPoints2D> Rings(const TFile& F) {
+  std::vector<TDynPoints2D> rings;
+  for (const TLayout& l : ParseLayout(F.Text, F.Name)) {
+    for (const TLayoutPart& p : l.Parts) rings.push_back(p.Outer);
+  }
+  return rings;
+}
+
+void BM_RingsOrvane(benchmark::State& State, const TFile* F) {
+  std::vector<std::unique_ptr<TVPolyline2D>> rings;
+  for (const TDynPoints2D& r : Rings(*F)) rings.push_back(std::make_unique<TVPolyline2D>(ClosedPolyline(r).Points()));
+  int crossing = 0;
+  for (auto _ : State) {
+    for (const auto& r : rings) crossing += r->IsSelfIntersect(0.0) ? 1 : 0;
+  }
+  if (crossing != 0) State.SkipWithError("a ring of a valid layout crosses itself");
+  State.counters["rings"] = static_cast<double>(rings.size());
+}
+
+void BM_RingsGeos(benchmark::State& State, const TFile* F) {
+  GEOSContextHandle_t h = GEOS_init_r();
+  std::vector<GEOSGeometry*> rings;
+  for (const TDynPoints2D& r : Rings(*F)) {
+    GEOSCoordSequence* seq = GEOSCoordSeq_create_r(h, static_cast<unsigned>(r.size() + 1), 2);
+    for (std::size_t k = 0; k <= r.size(); ++k) {
+      GEOSCoordSeq_setXY_r(h, seq, static_cast<unsigned>(k), r[k % r.size()].X, r[k % r.size()].Y);
+    }
+    rings.push_back(GEOSGeom_createLinearRing_r(h, seq));
+  }
+  int crossing = 0;
+  for (auto _ : State) {
+    for (const GEOSGeometry* r : rings) crossing += GEOSisSimple_r(h, r) == 1 ? 0 : 1;
+  }
+  if (crossing != 0) State.SkipWithError("a ring of a valid layout crosses itself");
+  for (GEOSGeometry* r : rings) GEOSGeom_destroy_r(h, r);
+  GEOS_finish_r(h);
+}
+
 void Register() {
   const fs::path dir = fs::path(ORVANE_SHARED_DATA_DIR) / "layouts";
   if (!fs::exists(dir)) return;
@@ -69,6 +111,11 @@ void Register() {
     files.push_back(std::move(f));
   }
   std::sort(files.begin(), files.end(), [](const TFile& A, const TFile& B) { return A.Text.size() > B.Text.size(); });
+  for (std::size_t k = 0; k < std::min<std::size_t>(2, files.size()); ++k) {
+    const TFile* f = &files[k];
+    benchmark::RegisterBenchmark(("Rings/orvane/" + f->Name).c_str(), BM_RingsOrvane, f)->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark(("Rings/GEOS/" + f->Name).c_str(), BM_RingsGeos, f)->Unit(benchmark::kMicrosecond);
+  }
   for (const TFile& f : files) {
     benchmark::RegisterBenchmark(("Read/simdjson/" + f.Name).c_str(), BM_Read<&ParseLayout>, &f)
         ->Unit(benchmark::kMillisecond);

@@ -15,6 +15,7 @@
 #include "orvane/foundation/PointL2D.h"
 #include "orvane/spatial/RTree.h"
 #include "orvane/vertex/VPolyline2D.h"
+#include "orvane/vertex/internal/SelfCrossing.h"
 
 namespace orvane {
 
@@ -307,102 +308,174 @@ bool TVPolyline2D::IsCrossWith(const TVPolyline2D& Polyline) const {
   return false;
 }
 
-bool TVPolyline2D::IsSelfIntersect(double AbsTol) const {
-  const int n = Count();
-  if (n <= 2) return false;
-  internal::CheckFiniteVertices(FItems, "TVPolyline2D.IsSelfIntersect");
-  const int segments = n - 1;
-  double scale = 0.0;
-  for (const TPoint2D& p : FItems) scale = std::max(scale, std::max(std::fabs(p.X), std::fabs(p.Y)));
+namespace {
 
-  // Every pair of segments whose boxes meet within AbsTol is examined once, from the later
-  // segment of the two, as a tree that grows segment by segment would offer them. The tree
-  // is fed runs of SelfRunLength consecutive segments, bulk loaded, under the index of the
-  // run: a run's box holds its segments' boxes, so the runs that a run's box meets hold
-  // every segment that meets one of its own, and the pairs are then sorted out with the
-  // same box test. A tree of runs is a fraction of the size of one of segments and answers
-  // each query for many segments at once.
-  const int runs = (segments + SelfRunLength - 1) / SelfRunLength;
-  std::vector<int> ids(static_cast<std::size_t>(runs));
-  std::vector<TRect2D> runBoxes(static_cast<std::size_t>(runs));
-  for (int r = 0; r < runs; ++r) {
-    const int last = std::min((r + 1) * SelfRunLength, segments);
-    TPoint2D lo = V(r * SelfRunLength);
-    TPoint2D hi = lo;
-    for (int k = r * SelfRunLength + 1; k <= last; ++k) {
-      lo = lo.ExtMin(V(k));
-      hi = hi.ExtMax(V(k));
-    }
-    ids[static_cast<std::size_t>(r)] = r;
-    runBoxes[static_cast<std::size_t>(r)] = TRect2D(lo.X, lo.Y, hi.X, hi.Y);
+// The pairs of segments that IsSelfIntersect decides, and how it decides each: segments I
+// and J < I count when their boxes meet within AbsTol and the exact test finds a meeting
+// other than the vertex of neighbours or the seam of a closed polyline.
+class TSelfPairs {
+ public:
+  TSelfPairs(const TDynPoints2D& P, double AbsTol) : v(P.data()), n(static_cast<int>(P.size())), tol(AbsTol) {
+    for (const TPoint2D& p : P) scale = std::max(scale, std::max(std::fabs(p.X), std::fabs(p.Y)));
   }
-  const TRTree<int> index(std::span<const int>(ids), std::span<const TRect2D>(runBoxes), IndexNodeSize);
 
-  // The tree's own test of a box against a query region within AbsTol (a NaN meets nothing).
-  auto meets = [AbsTol](const TRect2D& B, const TRect2D& R) {
-    return (R.XMin - B.XMax <= AbsTol) & (B.XMin - R.XMax <= AbsTol) & (R.YMin - B.YMax <= AbsTol) &
-           (B.YMin - R.YMax <= AbsTol);
-  };
-  auto segmentBoxes = [&](int First, int End, TRect2D* Boxes) {
-    for (int k = First; k < End; ++k) {
-      const TPoint2D& a = V(k);
-      const TPoint2D& b = V(k + 1);
-      Boxes[k - First] = TRect2D(std::min(a.X, b.X), std::min(a.Y, b.Y), std::max(a.X, b.X), std::max(a.Y, b.Y));
-    }
-  };
-  // Whether segments i and j < i meet in a way that counts.
-  auto crosses = [&](int I, int J) {
-    const TPoint2D& a1 = V(I);
-    const TPoint2D& a2 = V(I + 1);
-    const TPoint2D& b1 = V(J);
-    const TPoint2D& b2 = V(J + 1);
+  int Segments() const { return n - 1; }
+  TRect2D Box(int K) const {
+    const TPoint2D& a = v[K];
+    const TPoint2D& b = v[K + 1];
+    return {std::min(a.X, b.X), std::min(a.Y, b.Y), std::max(a.X, b.X), std::max(a.Y, b.Y)};
+  }
+  // The index's own test of a box against a query region within AbsTol (a NaN meets
+  // nothing); symmetric in its two boxes.
+  bool Meets(const TRect2D& B, const TRect2D& R) const {
+    return (R.XMin - B.XMax <= tol) & (B.XMin - R.XMax <= tol) & (R.YMin - B.YMax <= tol) & (B.YMin - R.YMax <= tol);
+  }
+  // Whether segments I and J < I, whose boxes meet, meet in a way that counts.
+  bool Crosses(int I, int J) const {
+    const TPoint2D& a1 = v[I];
+    const TPoint2D& a2 = v[I + 1];
+    const TPoint2D& b1 = v[J];
+    const TPoint2D& b2 = v[J + 1];
     // Quick answers for the common cases in which the exact test would find nothing that
     // counts: a neighbour meeting at an angle, and a segment wholly to one side.
     if (J == I - 1) {
-      if (NeighboursCannotOverlap(a1, a2, b1, b2, AbsTol, ParallelTol)) return false;
-    } else if (ApartBySide(a1, a2, b1, b2, AbsTol, scale)) {
+      if (NeighboursCannotOverlap(a1, a2, b1, b2, tol, ParallelTol)) return false;
+    } else if (ApartBySide(a1, a2, b1, b2, tol, scale)) {
       return false;
     }
     TPoint2D p;
     TPoint2D q;
-    const int r = TLine2D(a1, a2).RelationWithSegLine(TLine2D(b1, b2), p, q, AbsTol, ParallelTol);
+    const int r = TLine2D(a1, a2).RelationWithSegLine(TLine2D(b1, b2), p, q, tol, ParallelTol);
     if (r == 2) return true;
     if (r != 1 || I - J == 1) return false;
     // The last segment meeting the first: only the seam of a closed polyline is allowed.
-    if (I == n - 2 && J == 0) return !(p.Equals(V(0), AbsTol) && p.Equals(V(n - 1), AbsTol));
+    if (I == n - 2 && J == 0) return !(p.Equals(v[0], tol) && p.Equals(v[n - 1], tol));
     return true;
-  };
+  }
 
-  std::vector<int> hits;
-  hits.reserve(64);
+ private:
+  const TPoint2D* v;
+  int n;
+  double tol;
+  double scale = 0.0;
+};
+
+// Up to this many segments, runs of SweepRunLength segments are paired by a sweep over the
+// runs sorted by their left sides; beyond, runs of SelfRunLength through a tree of the
+// runs' boxes. Short runs have tight boxes, which spares most tests of segment pairs.
+constexpr int SweepRunLength = 4;
+constexpr int SweepSegmentLimit = 1024;
+
+}  // namespace
+
+namespace internal {
+
+bool SelfCrossByRuns(const TDynPoints2D& P, double AbsTol, bool ByTree) {
+  const TSelfPairs pairs(P, AbsTol);
+  const int segments = pairs.Segments();
+  const int runLength = ByTree ? SelfRunLength : SweepRunLength;
+  // Every pair of segments whose boxes meet within AbsTol is examined once, from the later
+  // segment of the two. Runs of consecutive segments are paired when their
+  // boxes meet: a run's box holds its segments' boxes, so the runs that a run's box meets
+  // hold every segment that meets one of its own.
+  const int runs = (segments + runLength - 1) / runLength;
+  std::vector<TRect2D> runBoxes(static_cast<std::size_t>(runs));
+  for (int r = 0; r < runs; ++r) {
+    const int last = std::min((r + 1) * runLength, segments);
+    TPoint2D lo = P[static_cast<std::size_t>(r * runLength)];
+    TPoint2D hi = lo;
+    for (int k = r * runLength + 1; k <= last; ++k) {
+      lo = lo.ExtMin(P[static_cast<std::size_t>(k)]);
+      hi = hi.ExtMax(P[static_cast<std::size_t>(k)]);
+    }
+    runBoxes[static_cast<std::size_t>(r)] = TRect2D(lo.X, lo.Y, hi.X, hi.Y);
+  }
+
   TRect2D mine[SelfRunLength];
   TRect2D theirs[SelfRunLength];
+  int mineOf = -1;
+  const auto segmentBoxes = [&](int First, int End, TRect2D* Boxes) {
+    for (int k = First; k < End; ++k) Boxes[k - First] = pairs.Box(k);
+  };
+  // Runs R and S <= R, whose boxes meet.
+  const auto runsCross = [&](int R, int S) {
+    const int first = R * runLength;
+    const int end = std::min(first + runLength, segments);
+    if (mineOf != R) {
+      segmentBoxes(first, end, mine);
+      mineOf = R;
+    }
+    const int otherFirst = S * runLength;
+    const TRect2D* other = mine;
+    if (S != R) {
+      segmentBoxes(otherFirst, otherFirst + runLength, theirs);
+      other = theirs;
+    }
+    const TRect2D& otherBox = runBoxes[static_cast<std::size_t>(S)];
+    for (int i = first; i < end; ++i) {
+      const TRect2D& box = mine[i - first];
+      if (S != R && !pairs.Meets(otherBox, box)) continue;
+      const int otherEnd = S == R ? i : otherFirst + runLength;
+      for (int j = otherFirst; j < otherEnd; ++j) {
+        if (pairs.Meets(other[j - otherFirst], box) && pairs.Crosses(i, j)) return true;
+      }
+    }
+    return false;
+  };
+
+  if (!ByTree) {
+    // The runs in order of their left sides; a run that falls behind the sweep by more than
+    // AbsTol stays behind, for the later runs start further right.
+    std::vector<int> order(static_cast<std::size_t>(runs));
+    for (int r = 0; r < runs; ++r) order[static_cast<std::size_t>(r)] = r;
+    std::sort(order.begin(), order.end(), [&](int A, int B) {
+      return runBoxes[static_cast<std::size_t>(A)].XMin < runBoxes[static_cast<std::size_t>(B)].XMin;
+    });
+    std::vector<int> active;
+    for (int r : order) {
+      const TRect2D& box = runBoxes[static_cast<std::size_t>(r)];
+      if (runsCross(r, r)) return true;
+      for (std::size_t k = 0; k < active.size();) {
+        const int s = active[k];
+        const TRect2D& other = runBoxes[static_cast<std::size_t>(s)];
+        if (box.XMin - other.XMax > AbsTol) {
+          active[k] = active.back();
+          active.pop_back();
+          continue;
+        }
+        if (pairs.Meets(other, box) && (s < r ? runsCross(r, s) : runsCross(s, r))) return true;
+        ++k;
+      }
+      active.push_back(r);
+    }
+    return false;
+  }
+
+  std::vector<int> ids(static_cast<std::size_t>(runs));
+  for (int r = 0; r < runs; ++r) ids[static_cast<std::size_t>(r)] = r;
+  const TRTree<int> index(std::span<const int>(ids), std::span<const TRect2D>(runBoxes), IndexNodeSize);
+  std::vector<int> hits;
+  hits.reserve(64);
   for (int r = 0; r < runs; ++r) {
     hits.clear();
     index.Search(runBoxes[static_cast<std::size_t>(r)], hits, AbsTol);
-    const int first = r * SelfRunLength;
-    const int end = std::min(first + SelfRunLength, segments);
-    segmentBoxes(first, end, mine);
     for (int s : hits) {
-      if (s > r) continue;
-      const int otherFirst = s * SelfRunLength;
-      const TRect2D* other = mine;
-      if (s != r) {
-        segmentBoxes(otherFirst, otherFirst + SelfRunLength, theirs);
-        other = theirs;
-      }
-      const TRect2D& otherBox = runBoxes[static_cast<std::size_t>(s)];
-      for (int i = first; i < end; ++i) {
-        const TRect2D& box = mine[i - first];
-        if (s != r && !meets(otherBox, box)) continue;
-        const int otherEnd = s == r ? i : otherFirst + SelfRunLength;
-        for (int j = otherFirst; j < otherEnd; ++j) {
-          if (meets(other[j - otherFirst], box) && crosses(i, j)) return true;
-        }
-      }
+      if (s <= r && runsCross(r, s)) return true;
     }
   }
   return false;
+}
+
+}  // namespace internal
+
+bool TVPolyline2D::IsSelfIntersect(double AbsTol) const {
+  const int n = Count();
+  if (n <= 2) return false;
+  internal::CheckFiniteVertices(FItems, "TVPolyline2D.IsSelfIntersect");
+  // The tree of runs pays for itself only on many runs; a negative or NaN tolerance, which
+  // the sweep's order does not hold for, goes to the tree too.
+  const bool byTree = !(AbsTol >= 0.0) || n - 1 > SweepSegmentLimit;
+  return internal::SelfCrossByRuns(FItems, AbsTol, byTree);
 }
 
 int TVPolyline2D::RelationWith(const TVPolyline2D& Polyline) const {

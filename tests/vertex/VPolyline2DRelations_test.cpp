@@ -4,6 +4,7 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <random>
 #include <set>
@@ -15,6 +16,7 @@
 #include "orvane/foundation/GeTolerance.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/vertex/VPolyline2D.h"
+#include "orvane/vertex/internal/SelfCrossing.h"
 #include "support/TestSupport.h"
 
 namespace orvane {
@@ -231,6 +233,65 @@ TEST(VPolyline2DRelations, SelfIntersectionAgainstAllPairs) {
   }
   EXPECT_GT(verdicts[0], 300);
   EXPECT_GT(verdicts[1], 300);
+}
+
+// The sweep over runs against the tree of runs: the same verdict on touching, collinear and
+// repeated vertices, at tolerances that do and do not bridge the gaps, on short and long
+// outlines, and on every real ring at hand with and without a vertex moved onto another.
+TEST(VPolyline2DRelations, SelfIntersectionSweepAgainstTree) {
+  int verdicts[2] = {0, 0};
+  const auto agree = [&](const TDynPoints2D& Pts, const char* What) {
+    for (double tol : {0.0, 1e-9, 0.5, 1.5}) {
+      const bool want = internal::SelfCrossByRuns(Pts, tol, true);
+      ASSERT_EQ(internal::SelfCrossByRuns(Pts, tol, false), want) << What << " " << Pts.size() << " tol " << tol;
+      ++verdicts[want ? 1 : 0];
+    }
+  };
+  std::mt19937 rng(11);
+  std::uniform_int_distribution<int> coin(0, 3);
+  for (int round = 0; round < 4000; ++round) {
+    TDynPoints2D pts = GridPolyline(rng, 3 + round % 12, 2 + round % 6);
+    if (round % 5 == 0) {
+      pts = RandomStar(rng, 20 + round % 700);
+      const double scale = round % 15 == 0 ? 1e6 : 1.0;
+      for (TPoint2D& p : pts) p = round % 2 ? p * scale : TPoint2D(std::round(p.X * 40.0), std::round(p.Y * 40.0));
+      std::uniform_int_distribution<std::size_t> pick(0, pts.size() - 2);
+      const std::size_t k = pick(rng);
+      const std::size_t m = pick(rng);
+      if (coin(rng) == 0) pts[k] = pts[m];
+      if (coin(rng) == 0) pts[k] = (pts[m] + pts[m + 1]) * 0.5;
+      if (coin(rng) == 0) pts[k] = pts[m] + TPoint2D(0.0, 1e-12 * scale);
+    }
+    if (round % 3 != 0) pts.push_back(pts.front());
+    agree(pts, "random");
+  }
+  const std::filesystem::path data(ORVANE_SHARED_DATA_DIR);
+  if (!std::filesystem::is_directory(data / "layouts")) GTEST_SKIP() << "no layout data at " << data;
+  // Every array of at least three [x, y] pairs in the layouts and outlines is a ring.
+  int rings = 0;
+  const std::function<void(const nlohmann::json&)> visit = [&](const nlohmann::json& J) {
+    if (J.is_array() && J.size() >= 3 && J[0].is_array() && J[0].size() == 2 && J[0][0].is_number()) {
+      TDynPoints2D ring;
+      for (const nlohmann::json& xy : J) ring.emplace_back(xy[0].get<double>(), xy[1].get<double>());
+      ++rings;
+      agree(ring, "real ring");
+      ring.push_back(ring.front());
+      agree(ring, "closed real ring");
+      ring[ring.size() / 2] = ring[ring.size() / 5];
+      agree(ring, "real ring with a vertex moved onto another");
+    } else if (J.is_structured()) {
+      for (const nlohmann::json& item : J) visit(item);
+    }
+  };
+  for (const char* dir : {"layouts", "outlines"}) {
+    for (const auto& entry : std::filesystem::directory_iterator(data / dir)) {
+      if (entry.path().extension() != ".json") continue;
+      std::ifstream in(entry.path());
+      visit(nlohmann::json::parse(in));
+    }
+  }
+  EXPECT_GT(rings, 4000);
+  EXPECT_GT(std::min(verdicts[0], verdicts[1]), 10000);
 }
 
 TEST(VPolyline2DRelations, CrossWithPolylineAgainstAllPairs) {
