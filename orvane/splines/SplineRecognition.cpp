@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 #include "orvane/curves/GeCircularArc2D.h"
@@ -76,6 +77,10 @@ std::unique_ptr<TGeCircularArc2D> ArcAlong(const TDynPoints2D& Pts, const TPoint
 
 // The control polygon turns one way (legs of zero length and straight joints pass).
 bool PolygonConvex(const TDynPoints2D& P) {
+  // A straight joint (the tangent joints of Bezier pieces) has a cross product of rounding
+  // size, which grows with the coordinates' size, not the legs'.
+  double m = 0.0;
+  for (const TPoint2D& q : P) m = std::max({m, std::fabs(q.X), std::fabs(q.Y)});
   int last = 0;
   TPoint2D prev(0.0, 0.0);
   for (std::size_t i = 1; i < P.size(); ++i) {
@@ -83,8 +88,9 @@ bool PolygonConvex(const TDynPoints2D& P) {
     if (leg.X == 0.0 && leg.Y == 0.0) continue;
     if (prev.X != 0.0 || prev.Y != 0.0) {
       const double c = prev.X * leg.Y - prev.Y * leg.X;
-      const double scale = std::hypot(prev.X, prev.Y) * std::hypot(leg.X, leg.Y);
-      const int s = std::fabs(c) <= 1e-12 * scale ? 0 : (c > 0.0 ? 1 : -1);
+      const double a = std::hypot(prev.X, prev.Y), b = std::hypot(leg.X, leg.Y);
+      const double noise = std::max(1e-12 * a * b, 16.0 * std::numeric_limits<double>::epsilon() * m * (a + b));
+      const int s = std::fabs(c) <= noise ? 0 : (c > 0.0 ? 1 : -1);
       if (s != 0 && last != 0 && s != last) return false;
       last = s;
     }
