@@ -320,6 +320,14 @@ TEST(SplineOracles, DrawingSplinesIncludingAPeriodicOne) {
         EXPECT_TRUE(Close(pt, {po.X(), po.Y()}, scale)) << entry.path() << " u=" << u << " " << pt.ToString();
         EXPECT_TRUE(Close(dv, {vo.X(), vo.Y()}, scale * 10)) << entry.path() << " u=" << u;
       }
+      // The nearest point is the global one, also near the seam of the periodic spline.
+      const TRect2D box = ours->GetRoughBoundBlock();
+      for (int k = 0; ours->GetIsPeriodic() && k < 25; ++k) {
+        const TPoint2D q(box.XMin + box.Width() * (k % 5) / 4, box.YMin + box.Height() * (k / 5) / 4);
+        double u = 0, grid = 1e300;
+        for (int i = 0; i <= 4000; ++i) grid = std::min(grid, ours->EvalPoint(lo + (hi - lo) * i / 4000).DistanceTo(q));
+        EXPECT_LE(ours->GetClosedPointTo(q, DefTol, u).DistanceTo(q), grid + 1e-12) << q.ToString();
+      }
     }
   }
   EXPECT_EQ(plain, 243);
