@@ -258,7 +258,9 @@ TPoint2D TGeSpline2D::PointH(const TPoint3D& Pw) {
 }
 
 TRect2D TGeSpline2D::CtrlPointsBoundBlock() const {
-  TRect2D r;
+  if (FCtrlPoints.empty()) return {};
+  // From the first point, so that the origin does not join the box.
+  TRect2D r(FCtrlPoints.front());
   for (const TPoint2D& p : FCtrlPoints) r.Extend(p);
   return r;
 }

@@ -79,6 +79,7 @@ TEST(SplineQueries, LineAndQuarterCircleByHand) {
   // The pieces kept for the search follow a change of the spline.
   q->TranslateBy({10, 0});
   EXPECT_TRUE(q->GetClosedPointTo({12, 2}, DefTol, u).Equals({10 + std::sqrt(0.5), std::sqrt(0.5)}, 1e-14));
+  EXPECT_EQ(q->GetRoughBoundBlock(), TRect2D(10, 0, 11, 1));
 
   // The length table: exact at its samples, interpolation within 0.01.
   auto c = TGeSpline2D::CreateArc({0, 0}, 5.0, 0.0, 2 * kPi);
@@ -210,6 +211,13 @@ TEST(SplineRecognition, LinesChainsAndWhatIsNeither) {
   longLegs->SetCtrlPoint(2, {0.5523 * 1.01, 1});
   EXPECT_FALSE(longLegs->IsArc(arc));
   EXPECT_FALSE(Make(2, {{0, 0}, {1, 1}, {2, 0}}, {0, 0, 0, 1, 1, 1}, {0.5, 0.5, 0.5})->IsArc(arc));
+  // A near-flat arc (box 2700 times longer than high) is not taken for one, in any unit;
+  // asked with a tolerance, it is.
+  for (const double r : {1.0, 1000.0}) {
+    auto flat = TGeSpline2D::CreateArc({0, 0}, r, -0.0015, 0.003);
+    EXPECT_FALSE(flat->IsArc(arc));
+    EXPECT_TRUE(flat->IsArc(arc, 1e-9 * r));
+  }
   EXPECT_TRUE(Make(1, {{0, 0}, {0, 0}}, {0, 0, 1, 1})->CheckCtrlPointsCollinear(0.0));
   EXPECT_FALSE(Make(2, {{0, 0}, {1, 1}, {2, 0}}, {0, 0, 0, 1, 1, 1})->CheckCtrlPointsCollinear(0.5));
   EXPECT_TRUE(TGeSpline2D::CreateArc({0, 0}, 10.0, 0.0, 2.0)->IsSampleArc(arc));
