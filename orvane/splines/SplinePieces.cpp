@@ -12,7 +12,22 @@ using TPoly = std::vector<double>;  // Bernstein coefficients on [0, 1]
 
 std::size_t Ux(int I) { return static_cast<std::size_t>(I); }
 
+constexpr int kBinomTable = 64;
+using TBinomTable = std::array<std::array<double, kBinomTable>, kBinomTable>;
+
+constexpr TBinomTable MakeBinomTable() {
+  TBinomTable c{};
+  for (std::size_t n = 0; n < kBinomTable; ++n) {
+    c[n][0] = 1.0;
+    for (std::size_t k = 1; k <= n; ++k) c[n][k] = c[n - 1][k - 1] + (k < n ? c[n - 1][k] : 0.0);
+  }
+  return c;
+}
+
+constexpr TBinomTable kBinom = MakeBinomTable();
+
 double Binom(int N, int K) {
+  if (N < kBinomTable) return kBinom[Ux(N)][Ux(K)];
   double r = 1.0;
   for (int i = 1; i <= K; ++i) r = r * (N - K + i) / i;
   return r;
@@ -29,8 +44,19 @@ TPoly Deriv(const TPoly& C) {
 TPoly Mul(const TPoly& A, const TPoly& B) {
   const int m = static_cast<int>(A.size()) - 1, n = static_cast<int>(B.size()) - 1;
   TPoly c(Ux(m + n + 1), 0.0);
-  for (int i = 0; i <= m; ++i)
-    for (int j = 0; j <= n; ++j) c[Ux(i + j)] += Binom(m, i) * Binom(n, j) * A[Ux(i)] * B[Ux(j)];
+  std::array<double, 64> bs{};
+  std::vector<double> big;
+  double* sb = bs.data();
+  if (Ux(n) + 1 > bs.size()) {
+    big.resize(Ux(n) + 1);
+    sb = big.data();
+  }
+  for (int j = 0; j <= n; ++j) sb[j] = Binom(n, j) * B[Ux(j)];
+  for (int i = 0; i <= m; ++i) {
+    const double a = Binom(m, i) * A[Ux(i)];
+    double* out = c.data() + i;
+    for (int j = 0; j <= n; ++j) out[j] += a * sb[j];
+  }
   for (int k = 0; k <= m + n; ++k) c[Ux(k)] /= Binom(m + n, k);
   return c;
 }
@@ -70,10 +96,12 @@ void SplitPoly(const TPoly& C, TPoly& L, TPoly& R) {
 }
 
 // One root of C between 0 and 1, whose end values have opposite signs (Illinois method).
+// The callers want extremes of smooth functions, whose values at a parameter off by d are
+// off by about d squared: 1e-12 of the stretch is ample.
 double OneRoot(const TPoly& C) {
   double s0 = 0.0, s1 = 1.0, f0 = C.front(), f1 = C.back();
   int side = 0;
-  for (int it = 0; it < 200 && s1 - s0 > 1e-16; ++it) {
+  for (int it = 0; it < 200 && s1 - s0 > 1e-12; ++it) {
     const double s = std::clamp((s0 * f1 - s1 * f0) / (f1 - f0), s0, s1);
     const double fs = EvalPoly(C, s);
     if (fs == 0.0) return s;
@@ -133,6 +161,11 @@ void Isolate(const TPoly& C, double A, double B, int Depth, int& Budget, std::ve
 
 std::vector<double> Roots(const TPoly& C) {
   std::vector<double> out;
+  if (C.size() == 3) {
+    double t[2];
+    const int k = QuadraticRoots01(C[0], C[1], C[2], t);
+    if (k >= 0) return std::vector<double>(t, t + k);
+  }
   int budget = 600;
   Isolate(C, 0.0, 1.0, 0, budget, out);
   std::sort(out.begin(), out.end());
@@ -187,23 +220,57 @@ double Adaptive(const TDynPoints3D& Hom, double A, double B, double Whole, doubl
 
 }  // namespace
 
+int QuadraticRoots01(double C0, double C1, double C2, double* Out) {
+  // a t^2 + b t + c, the root that avoids cancellation first.
+  const double a = C0 - 2.0 * C1 + C2, b = 2.0 * (C1 - C0), c = C0;
+  const double scale = std::fabs(C0) + std::fabs(C1) + std::fabs(C2);
+  int n = 0;
+  if (std::fabs(a) > 1e-12 * scale) {
+    const double disc = b * b - 4.0 * a * c;
+    if (disc < 0.0) return 0;
+    const double q = -0.5 * (b + std::copysign(std::sqrt(disc), b));
+    const double r0 = q / a, r1 = q != 0.0 ? c / q : r0;
+    for (const double t : {std::min(r0, r1), std::max(r0, r1)})
+      if (t >= 0.0 && t <= 1.0 && (n == 0 || t != Out[0])) Out[n++] = t;
+    return n;
+  }
+  if (std::fabs(b) > 1e-12 * scale) {
+    const double t = -c / b;
+    if (t >= 0.0 && t <= 1.0) Out[n++] = t;
+    return n;
+  }
+  return -1;
+}
+
 TPoint2D PieceEval(const TDynPoints3D& Hom, double T, TPoint2D* Deriv) {
   const int p = static_cast<int>(Hom.size()) - 1;
-  std::array<TPoint3D, 32> small;
-  TDynPoints3D big;
-  TPoint3D* w = small.data();
-  if (Hom.size() > small.size()) {
-    big = Hom;
-    w = big.data();
-  } else {
-    std::copy(Hom.begin(), Hom.end(), w);
-  }
-  for (int r = 1; r < p; ++r)
-    for (int i = 0; i <= p - r; ++i) w[i] = w[i] + (w[i + 1] - w[i]) * T;
-  TPoint3D h = w[0], d{0.0, 0.0, 0.0};
-  if (p >= 1) {
-    d = (w[1] - w[0]) * double(p);
-    h = w[0] + (w[1] - w[0]) * T;
+  TPoint3D h = Hom[0], d{0.0, 0.0, 0.0};
+  if (p == 3) {
+    // The common cubic written out.
+    const double s = 1.0 - T, b0 = s * s * s, b1 = 3.0 * s * s * T, b2 = 3.0 * s * T * T, b3 = T * T * T;
+    const double d0 = -3.0 * s * s, d1 = 3.0 * s * (s - 2.0 * T), d2 = 3.0 * T * (2.0 * s - T), d3 = 3.0 * T * T;
+    const TPoint3D &q0 = Hom[0], &q1 = Hom[1], &q2 = Hom[2], &q3 = Hom[3];
+    h = {b0 * q0.X + b1 * q1.X + b2 * q2.X + b3 * q3.X, b0 * q0.Y + b1 * q1.Y + b2 * q2.Y + b3 * q3.Y,
+         b0 * q0.Z + b1 * q1.Z + b2 * q2.Z + b3 * q3.Z};
+    d = {d0 * q0.X + d1 * q1.X + d2 * q2.X + d3 * q3.X, d0 * q0.Y + d1 * q1.Y + d2 * q2.Y + d3 * q3.Y,
+         d0 * q0.Z + d1 * q1.Z + d2 * q2.Z + d3 * q3.Z};
+  } else if (p >= 1) {
+    std::array<double, 96> small;
+    std::vector<double> big;
+    double* w = small.data();
+    if (3 * Hom.size() > small.size()) {
+      big.resize(3 * Hom.size());
+      w = big.data();
+    }
+    for (std::size_t i = 0; i < Hom.size(); ++i) {
+      w[3 * i] = Hom[i].X;
+      w[3 * i + 1] = Hom[i].Y;
+      w[3 * i + 2] = Hom[i].Z;
+    }
+    for (int r = 1; r < p; ++r)
+      for (int i = 0; i < 3 * (p - r + 1); ++i) w[i] = w[i] + (w[i + 3] - w[i]) * T;
+    d = {(w[3] - w[0]) * p, (w[4] - w[1]) * p, (w[5] - w[2]) * p};
+    h = {w[0] + (w[3] - w[0]) * T, w[1] + (w[4] - w[1]) * T, w[2] + (w[5] - w[2]) * T};
   }
   const TPoint2D c(h.X / h.Z, h.Y / h.Z);
   if (Deriv != nullptr) *Deriv = TPoint2D((d.X - c.X * d.Z) / h.Z, (d.Y - c.Y * d.Z) / h.Z);
@@ -227,6 +294,17 @@ double PieceLength(const TDynPoints3D& Hom, double A, double B) {
 
 TDynPoints3D PieceSub(const TDynPoints3D& Hom, double A, double B) {
   const int p = static_cast<int>(Hom.size()) - 1;
+  if (p == 3) {
+    // The cubic by its blossom: the points of [A, B] are f(A,A,A), f(A,A,B), f(A,B,B),
+    // f(B,B,B), with no work arrays.
+    const auto blossom = [&Hom](double U, double V, double W) {
+      const TPoint3D a1 = Hom[0] + (Hom[1] - Hom[0]) * U, b1 = Hom[1] + (Hom[2] - Hom[1]) * U,
+                     c1 = Hom[2] + (Hom[3] - Hom[2]) * U;
+      const TPoint3D a2 = a1 + (b1 - a1) * V, b2 = b1 + (c1 - b1) * V;
+      return a2 + (b2 - a2) * W;
+    };
+    return {blossom(A, A, A), blossom(A, A, B), blossom(A, B, B), blossom(B, B, B)};
+  }
   TDynPoints3D w = Hom;
   const auto keepLeft = [p](TDynPoints3D& V, double T) {
     TDynPoints3D out(V.size());

@@ -33,6 +33,9 @@ struct TSplineQueryCache {
   bool Ok = false;
 };
 
+// The roots in [0, 1] of the quadratic with Bernstein coefficients C0, C1, C2, ascending, into
+// Out (room for 2); their number, or -1 for a quadratic that is zero up to rounding.
+int QuadraticRoots01(double C0, double C1, double C2, double* Out);
 // The point of a homogeneous piece at T, in plane form, and optionally its first derivative.
 TPoint2D PieceEval(const TDynPoints3D& Hom, double T, TPoint2D* Deriv = nullptr);
 // |C'(T)|.

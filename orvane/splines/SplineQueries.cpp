@@ -292,8 +292,8 @@ double ChordError(const TDynPoints3D& Hom, const TPoint2D& A, const TPoint2D& B,
   const double len = std::hypot(d.X, d.Y);
   const TPoint2D u = len > 0.0 ? TPoint2D(d.X / len, d.Y / len) : TPoint2D(1.0, 0.0);
   const TPoint2D nrm(-u.Y, u.X);
-  double err = 0.0;
-  bool inside = true;
+  double err = 0.0, last = 0.0;
+  bool inside = true, rising = true;
   // The ends come from evaluation and the hull from subdivision: they differ by rounding.
   const double slack = 1e-12 * len;
   for (const TPoint3D& q : Hom) {
@@ -301,15 +301,29 @@ double ChordError(const TDynPoints3D& Hom, const TPoint2D& A, const TPoint2D& B,
     err = std::max(err, std::fabs(v.X * nrm.X + v.Y * nrm.Y));
     const double along = v.X * u.X + v.Y * u.Y;
     inside = inside && along >= -slack && along <= len + slack;
+    rising = rising && along >= last - slack;
+    last = along;
   }
   if (!Exact || (inside && len > 0.0 && err == 0.0)) return inside ? err : std::numeric_limits<double>::infinity();
-  // Measured on the curve: the extremes across the chord, and no turning back along it.
-  if (!internal::PieceStationary(Hom, u).empty()) return std::numeric_limits<double>::infinity();
+  // Measured on the curve: the extremes across the chord, and no turning back along it
+  // (which control points in order along the chord rule out, the weights being positive).
+  if (!rising && !internal::PieceStationary(Hom, u).empty()) return std::numeric_limits<double>::infinity();
   double e = 0.0;
-  for (double t : internal::PieceStationary(Hom, nrm)) {
+  const auto across = [&](double t) {
     const TPoint2D v = internal::PieceEval(Hom, t) - A;
     e = std::max(e, std::fabs(v.X * nrm.X + v.Y * nrm.Y));
+  };
+  bool polynomial = true;
+  for (const TPoint3D& q : Hom) polynomial = polynomial && q.Z == Hom.front().Z;
+  if (Hom.size() == 4 && polynomial) {
+    // The common plain cubic: the derivative across the chord is a quadratic.
+    double c[4], t[2];
+    for (std::size_t i = 0; i < 4; ++i) c[i] = (Hom[i].X / Hom[i].Z - A.X) * nrm.X + (Hom[i].Y / Hom[i].Z - A.Y) * nrm.Y;
+    const int n = internal::QuadraticRoots01(c[1] - c[0], c[2] - c[1], c[3] - c[2], t);
+    for (int i = 0; i < n; ++i) across(t[i]);
+    if (n >= 0) return e;
   }
+  for (double t : internal::PieceStationary(Hom, nrm)) across(t);
   return e;
 }
 
@@ -347,22 +361,25 @@ void ChordStretch(const TSplineQueryCache& C, double From, double To, double Eps
     const TSplinePiece& s = C.Pieces[i];
     const double a = i == i0 ? a0 : 0.0, b = i == i1 ? b1 : 1.0;
     if (!(b > a)) continue;
-    // Even steps on the piece, as few as pass: the hull's sag, which shrinks with the square
-    // of the step, gives a count from below that grows until every part passes. Parts that
-    // still fail after that are halved.
-    const TDynPoints3D sub = internal::PieceSub(s.Hom, a, b);
-    const TPoint2D pa = internal::PieceEval(sub, 0.0), pb = internal::PieceEval(sub, 1.0);
-    const double sag = ChordError(sub, pa, pb, false);
-    int k = std::isfinite(sag) ? std::clamp(int(std::sqrt(sag / Eps) * 0.7), 1, 4096) : 2;
-    for (int tries = 0; tries < 12; ++tries, k += std::max(1, k / 16)) {
+    // Even steps on the piece. The sag shrinks with the square of the step, so the piece's
+    // own sag gives the count for an even bend; a rational piece, whose parameter runs
+    // unevenly, tries a few more, and parts that still stray are halved.
+    const bool whole = a == 0.0 && b == 1.0;
+    const TDynPoints3D sub = whole ? TDynPoints3D() : internal::PieceSub(s.Hom, a, b);
+    const TDynPoints3D& h = whole ? s.Hom : sub;
+    const TPoint2D pa = internal::PieceEval(h, 0.0), pb = internal::PieceEval(h, 1.0);
+    const double hull = ChordError(h, pa, pb, false);
+    const double sag = hull <= Eps ? hull : ChordError(h, pa, pb, true);
+    int k = std::isfinite(sag) ? std::clamp(int(std::ceil(std::sqrt(sag / Eps))), 1, 4096) : 2;
+    for (int tries = 0; s.Rational && k > 1 && tries < 8; ++tries, k += std::max(1, k / 16)) {
       bool all = true;
       TPoint2D from = pa;
       for (int j = 0; j < k && all; ++j) {
         const double u0 = a + (b - a) * j / k, u1 = j + 1 == k ? b : a + (b - a) * (j + 1) / k;
         const TDynPoints3D part = internal::PieceSub(s.Hom, u0, u1);
         const TPoint2D to = internal::PieceEval(s.Hom, u1);
-        const double hull = ChordError(part, from, to, false);
-        all = hull <= Eps || (hull <= 4.0 * Eps && ChordError(part, from, to, true) <= Eps);
+        const double e = ChordError(part, from, to, false);
+        all = e <= Eps || (e <= 4.0 * Eps && ChordError(part, from, to, true) <= Eps);
         from = to;
       }
       if (all) break;
