@@ -280,7 +280,7 @@ TPoint2D PieceEval(const TDynPoints3D& Hom, double T, TPoint2D* Deriv) {
 double PieceSpeed(const TDynPoints3D& Hom, double T) {
   TPoint2D d;
   PieceEval(Hom, T, &d);
-  return std::hypot(d.X, d.Y);
+  return std::sqrt(d.X * d.X + d.Y * d.Y);
 }
 
 double PieceLength(const TDynPoints3D& Hom, double A, double B) {
@@ -293,6 +293,12 @@ double PieceLength(const TDynPoints3D& Hom, double A, double B) {
 }
 
 TDynPoints3D PieceSub(const TDynPoints3D& Hom, double A, double B) {
+  TDynPoints3D out;
+  PieceSub(Hom, A, B, out);
+  return out;
+}
+
+void PieceSub(const TDynPoints3D& Hom, double A, double B, TDynPoints3D& Out) {
   const int p = static_cast<int>(Hom.size()) - 1;
   if (p == 3) {
     // The cubic by its blossom: the points of [A, B] are f(A,A,A), f(A,A,B), f(A,B,B),
@@ -303,7 +309,12 @@ TDynPoints3D PieceSub(const TDynPoints3D& Hom, double A, double B) {
       const TPoint3D a2 = a1 + (b1 - a1) * V, b2 = b1 + (c1 - b1) * V;
       return a2 + (b2 - a2) * W;
     };
-    return {blossom(A, A, A), blossom(A, A, B), blossom(A, B, B), blossom(B, B, B)};
+    Out.resize(4);
+    Out[0] = blossom(A, A, A);
+    Out[1] = blossom(A, A, B);
+    Out[2] = blossom(A, B, B);
+    Out[3] = blossom(B, B, B);
+    return;
   }
   TDynPoints3D w = Hom;
   const auto keepLeft = [p](TDynPoints3D& V, double T) {
@@ -322,7 +333,7 @@ TDynPoints3D PieceSub(const TDynPoints3D& Hom, double A, double B) {
     keepLeft(w, 1.0 - A / B);
     std::reverse(w.begin(), w.end());
   }
-  return w;
+  Out = std::move(w);
 }
 
 std::vector<double> PieceStationary(const TDynPoints3D& Hom, const TPoint2D& Dir) {

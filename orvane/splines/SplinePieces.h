@@ -45,6 +45,8 @@ double PieceSpeed(const TDynPoints3D& Hom, double T);
 double PieceLength(const TDynPoints3D& Hom, double A, double B);
 // The piece restricted to [A, B], again on [0, 1].
 TDynPoints3D PieceSub(const TDynPoints3D& Hom, double A, double B);
+// The same into Out, whose storage is reused.
+void PieceSub(const TDynPoints3D& Hom, double A, double B, TDynPoints3D& Out);
 // The parameters in (0, 1) where Dir . C(t) has a stationary point, ascending.
 std::vector<double> PieceStationary(const TDynPoints3D& Hom, const TPoint2D& Dir);
 // The parameters in [0, 1] where |C(t) - Q| may be smallest: the ends and the stationary

@@ -289,7 +289,7 @@ constexpr int kMaxChordPoints = 10'000'000;
 // the chord or beyond its ends.
 double ChordError(const TDynPoints3D& Hom, const TPoint2D& A, const TPoint2D& B, bool Exact) {
   const TPoint2D d = B - A;
-  const double len = std::hypot(d.X, d.Y);
+  const double len = std::sqrt(d.X * d.X + d.Y * d.Y);
   const TPoint2D u = len > 0.0 ? TPoint2D(d.X / len, d.Y / len) : TPoint2D(1.0, 0.0);
   const TPoint2D nrm(-u.Y, u.X);
   double err = 0.0, last = 0.0;
@@ -329,7 +329,8 @@ double ChordError(const TDynPoints3D& Hom, const TPoint2D& A, const TPoint2D& B,
 
 void ChordSplit(const TSplinePiece& S, double A, double B, double Eps, int Depth, TDynPoints2D& Points,
                 TFloatDynArray& Params) {
-  const TDynPoints3D sub = internal::PieceSub(S.Hom, A, B);
+  thread_local TDynPoints3D sub;
+  internal::PieceSub(S.Hom, A, B, sub);
   const TPoint2D pa = Points.back(), pb = internal::PieceEval(S.Hom, B);
   bool ok = Depth > 60;
   if (!ok) {
@@ -371,12 +372,13 @@ void ChordStretch(const TSplineQueryCache& C, double From, double To, double Eps
     const double hull = ChordError(h, pa, pb, false);
     const double sag = hull <= Eps ? hull : ChordError(h, pa, pb, true);
     int k = std::isfinite(sag) ? std::clamp(int(std::ceil(std::sqrt(sag / Eps))), 1, 4096) : 2;
+    TDynPoints3D part;
     for (int tries = 0; s.Rational && k > 1 && tries < 8; ++tries, k += std::max(1, k / 16)) {
       bool all = true;
       TPoint2D from = pa;
       for (int j = 0; j < k && all; ++j) {
         const double u0 = a + (b - a) * j / k, u1 = j + 1 == k ? b : a + (b - a) * (j + 1) / k;
-        const TDynPoints3D part = internal::PieceSub(s.Hom, u0, u1);
+        internal::PieceSub(s.Hom, u0, u1, part);
         const TPoint2D to = internal::PieceEval(s.Hom, u1);
         const double e = ChordError(part, from, to, false);
         all = e <= Eps || (e <= 4.0 * Eps && ChordError(part, from, to, true) <= Eps);
