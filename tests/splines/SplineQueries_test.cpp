@@ -191,6 +191,12 @@ TEST(SplineRecognition, LinesChainsAndWhatIsNeither) {
       EXPECT_NEAR(arc->GetSweepAngle(), sweep, 1e-9);
     }
   }
+  // The same chain with double knots, its joint point implied midway between its neighbours.
+  auto chain = CubicChain({0, 0}, 1.0, 0.0, kPi, 2);
+  TDynPoints2D pts = chain->GetCtrlPoints();
+  pts.erase(pts.begin() + 3);
+  ASSERT_TRUE(Make(3, pts, {0, 0, 0, 0, 1, 1, 2, 2, 2, 2})->IsArc(arc));
+  EXPECT_NEAR(arc->GetSweepAngle(), kPi, 1e-9);
   // Control points overshooting the end: the curve runs back, not a line.
   EXPECT_FALSE(Make(3, {{0, 0}, {2, 0}, {-1, 0}, {1, 0}}, {0, 0, 0, 0, 1, 1, 1, 1})->IsLine(line));
   // The bend of (0,0) (1,h) (2,h) (3,0) is 0.75 h on the curve, h on the control polygon.
