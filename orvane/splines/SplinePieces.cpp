@@ -1,4 +1,4 @@
-#include "orvane/splines/SplinePieces.h"
+#include "orvane/splines/internal/SplinePieces.h"
 
 #include <algorithm>
 #include <array>

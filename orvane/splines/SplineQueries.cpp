@@ -10,7 +10,7 @@
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/splines/GeSpline2D.h"
-#include "orvane/splines/SplinePieces.h"
+#include "orvane/splines/internal/SplinePieces.h"
 
 namespace orvane {
 

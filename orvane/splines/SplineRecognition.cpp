@@ -12,7 +12,7 @@
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Line2D.h"
 #include "orvane/splines/GeSpline2D.h"
-#include "orvane/splines/SplinePieces.h"
+#include "orvane/splines/internal/SplinePieces.h"
 
 namespace orvane {
 
