@@ -32,6 +32,10 @@ std::string Outcome(std::vector<TLayout> (*Parse)(const std::string&, const std:
           out << "/";
           for (const TPoint2D& p : hole) out << p.X << "," << p.Y << ";";
         }
+        for (const std::vector<double>& ring : part.Bulges) {
+          out << "~";
+          for (double b : ring) out << b << ";";
+        }
       }
       if (l.Expected)
         out << "\nexpected " << l.Expected->Clean << " " << l.Expected->OverlapMaxRelative << " "
@@ -110,6 +114,8 @@ TEST(LayoutReader, DamagedAndOddDocumentsGetTheSameAnswer) {
       "\"clean\":true,\"overlap_max_relative_to_smaller_part\":0,\"max_protrusion_outside_container\":0.5}}]}",
       "{\"shapes\":[{\"part\":1,\"outer\":[[0,0],[2,0],[2,1],[0,1]]}],\"placements\":[{\"part\":1,\"rotation_deg\":30,"
       "\"translation\":[1,1]},{\"part\":1,\"placed\":[[5,5],[7,5],[7,6],[5,6]]}],\"checks\":{\"clean\":false}}",
+      "{\"parts\":[{\"id\":1,\"outer\":[[0,0],[4,0,0.5],[4,3],[0,3,-0.25]],\"holes\":[[[1,1,1],[2,1,1]]]},{\"outer\":"
+      "[[5,0,1],[7,0,1]]}]}",
   };
   const std::string alphabet = "[]{},:\"0123456789.-+eE tfnrul\\x";
   std::mt19937 rng(20260315);
