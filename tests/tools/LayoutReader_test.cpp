@@ -121,7 +121,7 @@ TEST(LayoutReader, DamagedAndOddDocumentsGetTheSameAnswer) {
   std::mt19937 rng(20260315);
   int refused = 0;
   int read = 0;
-  for (int round = 0; round < 4000; ++round) {
+  for (int round = 0; round < 5000; ++round) {
     std::string text = seeds[static_cast<std::size_t>(round) % seeds.size()];
     const int edits = 1 + static_cast<int>(rng() % 3);
     for (int e = 0; e < edits && !text.empty(); ++e) {
