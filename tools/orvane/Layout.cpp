@@ -131,7 +131,8 @@ class TSimdNode {
         throw TAskReference();
     }
   }
-  bool Point(double& X, double& Y) const {
+  // The reader's innermost step, once per vertex of every file: kept free of calls.
+  [[gnu::flatten]] bool Point(double& X, double& Y) const {
     if (!FE.is_array()) return false;
     const simdjson::dom::array a = Array();
     auto it = a.begin();
@@ -194,22 +195,44 @@ class TSimdNode {
   simdjson::dom::element FE;
 };
 
-// A ring [[x, y], ...]; a repeated closing vertex is dropped. With Bulges, a vertex may be
-// [x, y, bulge], and Bulges gets one bulge per vertex kept.
+// A ring [[x, y], ...]; a repeated closing vertex is dropped.
 template <class N>
-TDynPoints2D ReadRing(const std::optional<N>& Ring, const std::string& What, std::vector<double>* Bulges = nullptr) {
+TDynPoints2D ReadRing(const std::optional<N>& Ring, const std::string& What) {
   if (!Ring || !Ring->IsArray()) throw ELayoutError(What + " is not an array of [x, y] points");
   TDynPoints2D pts;
   pts.reserve(Ring->Size());
-  if (Bulges) Bulges->clear();
+  Ring->ForEach([&](std::size_t i, const N& p) {
+    double x = 0.0;
+    double y = 0.0;
+    if (!p.Point(x, y)) throw ELayoutError(Format("%s: point %d is not [x, y]", What, static_cast<int>(i)));
+    if (!std::isfinite(x) || !std::isfinite(y)) {
+      throw ELayoutError(Format("%s: point %d has a coordinate that is not finite", What, static_cast<int>(i)));
+    }
+    // A vertex given twice in a row adds no edge.
+    if (pts.empty() || !(pts.back() == TPoint2D(x, y))) pts.emplace_back(x, y);
+  });
+  if (pts.size() > 1 && pts.front() == pts.back()) pts.pop_back();
+  if (pts.size() < 3) {
+    throw ELayoutError(
+        Format("%s has %d distinct vertices; a ring needs at least 3", What, static_cast<int>(pts.size())));
+  }
+  return pts;
+}
+
+// A part's ring, whose vertices may be [x, y, bulge]. Bulges gets one bulge per vertex
+// kept, or stays empty while every bulge is 0.
+template <class N>
+TDynPoints2D ReadRing(const std::optional<N>& Ring, const std::string& What, std::vector<double>& Bulges) {
+  if (!Ring || !Ring->IsArray()) throw ELayoutError(What + " is not an array of [x, y] points");
+  TDynPoints2D pts;
+  pts.reserve(Ring->Size());
+  Bulges.clear();
   Ring->ForEach([&](std::size_t i, const N& p) {
     double x = 0.0;
     double y = 0.0;
     double bulge = 0.0;
-    if (Bulges ? !p.Vertex(x, y, bulge) : !p.Point(x, y)) {
-      throw ELayoutError(
-          Format("%s: point %d is not [x, y]%s", What, static_cast<int>(i), Bulges ? " or [x, y, bulge]" : ""));
-    }
+    if (!p.Vertex(x, y, bulge))
+      throw ELayoutError(Format("%s: point %d is not [x, y] or [x, y, bulge]", What, static_cast<int>(i)));
     if (!std::isfinite(x) || !std::isfinite(y)) {
       throw ELayoutError(Format("%s: point %d has a coordinate that is not finite", What, static_cast<int>(i)));
     }
@@ -220,22 +243,22 @@ TDynPoints2D ReadRing(const std::optional<N>& Ring, const std::string& What, std
                                 What, static_cast<int>(i), bulge, MaxBulge));
     }
     // A vertex given twice in a row adds no edge; the segment that starts at the second
-    // copy is the one that follows. Bulges stays empty while every bulge is 0.
+    // copy is the one that follows.
     if (pts.empty() || !(pts.back() == TPoint2D(x, y))) {
       pts.emplace_back(x, y);
-      if (Bulges && !Bulges->empty()) Bulges->push_back(0.0);
+      if (!Bulges.empty()) Bulges.push_back(0.0);
     }
-    if (Bulges && (bulge != 0.0 || !Bulges->empty())) {
-      if (Bulges->empty()) Bulges->assign(pts.size(), 0.0);
-      Bulges->back() = bulge;
+    if (bulge != 0.0 || !Bulges.empty()) {
+      if (Bulges.empty()) Bulges.assign(pts.size(), 0.0);
+      Bulges.back() = bulge;
     }
   });
   if (pts.size() > 1 && pts.front() == pts.back()) {
     pts.pop_back();
-    if (Bulges && !Bulges->empty()) Bulges->pop_back();
+    if (!Bulges.empty()) Bulges.pop_back();
   }
-  const bool arcs = Bulges && std::any_of(Bulges->begin(), Bulges->end(), [](double b) { return b != 0.0; });
-  if (!arcs && Bulges) Bulges->clear();
+  const bool arcs = std::any_of(Bulges.begin(), Bulges.end(), [](double b) { return b != 0.0; });
+  if (!arcs) Bulges.clear();
   // Two vertices joined by an arc and a line, or by two arcs, still enclose an area.
   const std::size_t least = arcs ? 2 : 3;
   if (pts.size() < least) {
@@ -253,9 +276,9 @@ std::vector<TDynPoints2D> ReadHoles(const N& Owner, const std::string& What,
   if (!h) return holes;
   if (!h->IsArray()) throw ELayoutError(What + ": holes is not an array of rings");
   h->ForEach([&](std::size_t k, const N& ring) {
-    std::vector<double>* bulges = nullptr;
-    if (Bulges) bulges = &Bulges->emplace_back();
-    holes.push_back(ReadRing(std::optional<N>(ring), Format("%s hole %d", What, static_cast<int>(k)), bulges));
+    const std::string what = Format("%s hole %d", What, static_cast<int>(k));
+    holes.push_back(Bulges ? ReadRing(std::optional<N>(ring), what, Bulges->emplace_back())
+                           : ReadRing(std::optional<N>(ring), what));
   });
   return holes;
 }
@@ -372,7 +395,7 @@ std::vector<TLayout> ReadDocument(const N& Doc, const std::string& Name) {
       const std::optional<N> id = p.Find("id");
       part.Id = id ? id->IdText() : std::to_string(i);
       part.Bulges.resize(1);
-      part.Outer = ReadRing(p.Find("outer"), what + " outer ring", &part.Bulges[0]);
+      part.Outer = ReadRing(p.Find("outer"), what + " outer ring", part.Bulges[0]);
       part.Holes = ReadHoles(p, what, &part.Bulges);
       // A part of straight edges keeps no bulges, and so is checked as a polygon; a part
       // with an arc anywhere has a bulge for every vertex.
