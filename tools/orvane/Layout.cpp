@@ -242,6 +242,7 @@ TDynPoints2D ReadRing(const std::optional<N>& Ring, const std::string& What, std
       throw ELayoutError(Format("%s: point %d has bulge %g; a bulge lies within +-%g, an arc of less than a full turn",
                                 What, static_cast<int>(i), bulge, MaxBulge));
     }
+    if (std::fabs(bulge) < MinBulge) bulge = 0.0;
     // A vertex given twice in a row adds no edge; the segment that starts at the second
     // copy is the one that follows.
     if (pts.empty() || !(pts.back() == TPoint2D(x, y))) {

@@ -46,6 +46,10 @@ struct TLayoutPart {
 
 // The largest bulge read: an arc a millionth of a turn short of a full circle.
 inline constexpr double MaxBulge = 1e6;
+// Smaller bulges read as straight edges: their arcs stray from the chord by less than half
+// a millionth of its length, within the chords that overlap areas are measured on, and the
+// mixed regions take such arcs for lines too.
+inline constexpr double MinBulge = 1e-6;
 
 // The figures a file states about itself, when it has them.
 struct TExpectedChecks {
