@@ -140,9 +140,7 @@ struct TOurs {
     if (WithNear)
       for (const auto& n : W.Near) Near.push_back(std::make_unique<TMLABHPolygon>(*n, 1e-6));
   }
-  bool NearAnswer(std::size_t K) const {
-    return K % 2 ? Sheet->Contains(*Near[K]) : Sheet->Overlap(*Near[K], 1e-6);
-  }
+  bool NearAnswer(std::size_t K) const { return K % 2 ? Sheet->Contains(*Near[K]) : Sheet->Overlap(*Near[K], 1e-6); }
 };
 
 GEOSGeometry* GeosPart(GEOSContextHandle_t H, const TLABHPolygon& Part, double Sagitta) {
@@ -185,8 +183,8 @@ struct TGeosSide {
 
 // Both sides agree, except where a contact lies within the linearisation's reach.
 template <class FOurs, class FGeos>
-bool Agree(const TGeosSide& G, std::size_t Count, const std::vector<GEOSGeometry*>& Queries, FOurs&& Ours,
-           FGeos&& Geos, double Sagitta, std::string& Report) {
+bool Agree(const TGeosSide& G, std::size_t Count, const std::vector<GEOSGeometry*>& Queries, FOurs&& Ours, FGeos&& Geos,
+           double Sagitta, std::string& Report) {
   int yes = 0;
   int differ = 0;
   int explained = 0;

@@ -55,7 +55,8 @@ TEST(BulgedLayout, DiscsTouchOverlapOrStayClear) {
   EXPECT_EQ(Check(Part(Disc(0, 0, 1)) + "," + Part(Disc(2.1, 0, 1)), 0.11).ContactPairs, 1);
   EXPECT_EQ(Check(Part(Disc(0, 0, 1)) + "," + Part(Disc(2.1, 0, 1)), 0.09).ContactPairs, 0);
   // Half a unit out of the container's left side.
-  const TLayout sticking = ParseLayout("{\"container\":[[0,0],[9,0],[9,9],[0,9]],\"parts\":[" + Part(Disc(0.5, 5, 1)) + "]}", "out").at(0);
+  const TLayout sticking =
+      ParseLayout("{\"container\":[[0,0],[9,0],[9,9],[0,9]],\"parts\":[" + Part(Disc(0.5, 5, 1)) + "]}", "out").at(0);
   EXPECT_NEAR(CheckLayout(sticking, {}).MaxProtrusion, 0.5, 1e-9);
 }
 
@@ -112,7 +113,7 @@ TEST(BulgedLayout, BulgedSquareAgainstAPlainSquare) {
 
 TEST(BulgedLayout, BadBulgesAreRefusedAlikeByBothReaders) {
   for (const char* outer : {"[[0,0],[1,0,0.5,2],[1,1]]", "[[0,0],[1,0,1e300],[1,1]]", "[[0,0],[1,0,1e400],[1,1]]",
-                                   "[[0,0],[1,0,null],[1,1]]", "[[0,0,1],[1,0,-1]]", "[[0,0,0],[1,0]]"}) {
+                            "[[0,0],[1,0,null],[1,1]]", "[[0,0,1],[1,0,-1]]", "[[0,0,0],[1,0]]"}) {
     const std::string text = std::string("{\"parts\":[{\"outer\":") + outer + "}]}";
     std::string fast, reference;
     try {
@@ -130,7 +131,8 @@ TEST(BulgedLayout, BadBulgesAreRefusedAlikeByBothReaders) {
     EXPECT_EQ(fast.find('\n'), std::string::npos) << fast;
   }
   // A bulge below 1e-6 is a straight edge: the part has no arcs.
-  EXPECT_FALSE(ParseLayout("{\"parts\":[{\"outer\":[[0,0],[1,0,1e-300],[1,1,-9e-7]]}]}", "tiny").at(0).Parts[0].HasArcs());
+  EXPECT_FALSE(
+      ParseLayout("{\"parts\":[{\"outer\":[[0,0],[1,0,1e-300],[1,1,-9e-7]]}]}", "tiny").at(0).Parts[0].HasArcs());
 }
 
 }  // namespace

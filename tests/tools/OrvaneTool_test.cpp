@@ -404,6 +404,7 @@ TEST(LayoutCheck, BulgedExampleAndBadBulges) {
   const std::string bad = WriteTemp("bad-bulge.json", "{\"parts\":[{\"outer\":[[0,0],[1,0,1e9],[1,1]]}]}");
   r = RunTool("check " + bad);
   EXPECT_EQ(r.Code, 2);
-  EXPECT_EQ(r.Err, "orvane: " + bad + ": part 0 outer ring: point 1 has bulge 1e+09; a bulge lies within +-1e+06, "
-                   "an arc of less than a full turn\n");
+  EXPECT_EQ(r.Err, "orvane: " + bad +
+                       ": part 0 outer ring: point 1 has bulge 1e+09; a bulge lies within +-1e+06, "
+                       "an arc of less than a full turn\n");
 }

@@ -90,13 +90,15 @@ struct TPart {
   double Area() const {
     if (FArea < 0.0) {
       FArea = 0.0;
-      ForAreaRings([&](std::size_t K, const TDynPoints2D& Ring) { FArea += (K ? -1.0 : 1.0) * std::fabs(PolyArea(Ring)); });
+      ForAreaRings(
+          [&](std::size_t K, const TDynPoints2D& Ring) { FArea += (K ? -1.0 : 1.0) * std::fabs(PolyArea(Ring)); });
     }
     return FArea;
   }
   const TPaths64& Paths() const {
     if (FPaths.empty())
-      ForAreaRings([&](std::size_t, const TDynPoints2D& Ring) { FPaths.push_back(TVPolyline2D(Ring).ToPath(PathWorkingRate)); });
+      ForAreaRings(
+          [&](std::size_t, const TDynPoints2D& Ring) { FPaths.push_back(TVPolyline2D(Ring).ToPath(PathWorkingRate)); });
     return FPaths;
   }
   const std::vector<TSegmentIndex>& Segments() const {
@@ -400,8 +402,7 @@ class TChecker {
         out = std::max({0.0, cbox.XMin - part.Box.XMin, part.Box.XMax - cbox.XMax, cbox.YMin - part.Box.YMin,
                         part.Box.YMax - cbox.YMax});
       } else if (part.Source->HasArcs() || part.Box.RelationWithRect(cbox, 0.0) != 3 ||
-                 part.Rings.front()->TestOverlap(*cring) ||
-                 cring->PointIsIn(part.Source->Outer.front()) != 1) {
+                 part.Rings.front()->TestOverlap(*cring) || cring->PointIsIn(part.Source->Outer.front()) != 1) {
         // The part's region outside the container; its farthest corner from the boundary.
         TPoint2D nearest;
         for (const TPath64& path : Clip(Clipper::TClipType::ctDifference, {part.Paths().front()}, cpaths)) {

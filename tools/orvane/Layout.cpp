@@ -508,8 +508,9 @@ void CheckArcRing(const TLayoutPart& Part, std::size_t K, const TDynPoints2D& Ch
     if (bulges[i] == 0.0) continue;
     const TRect2D b = TArc2D::CreateBulge(ring[i], ring[(i + 1) % ring.size()], bulges[i]).GetBoundBox();
     if (!(std::max({-b.XMin, b.XMax, -b.YMin, b.YMax}) <= MaxCoordinate)) {
-      throw ELayoutError(Format("%s: the arc from point %d reaches beyond +-%g, the coordinate range of the overlap areas",
-                                What, static_cast<int>(i), MaxCoordinate));
+      throw ELayoutError(
+          Format("%s: the arc from point %d reaches beyond +-%g, the coordinate range of the overlap areas", What,
+                 static_cast<int>(i), MaxCoordinate));
     }
   }
   if (PolyArea(Chords) == 0.0) throw ELayoutError(What + " has no area");
@@ -524,10 +525,13 @@ void ValidateLayout(const TLayout& Layout) {
     const TLayoutPart& part = Layout.Parts[i];
     const std::string what = Format("part %d (id %s)", static_cast<int>(i), part.Id);
     if (part.HasArcs()) {
-      for (std::size_t k = 0; k < part.RingCount(); ++k) CheckRing(part.Ring(k), k ? Format("%s hole %d", what, static_cast<int>(k - 1)) : what + " outer ring", false);
+      const auto ring = [&](std::size_t K) {
+        return K ? Format("%s hole %d", what, static_cast<int>(K - 1)) : what + " outer ring";
+      };
+      // The vertices in range first: the chords are made from them.
+      for (std::size_t k = 0; k < part.RingCount(); ++k) CheckRing(part.Ring(k), ring(k), false);
       const std::vector<TDynPoints2D> chords = LinearRings(part);
-      for (std::size_t k = 0; k < part.RingCount(); ++k)
-        CheckArcRing(part, k, chords[k], k ? Format("%s hole %d", what, static_cast<int>(k - 1)) : what + " outer ring");
+      for (std::size_t k = 0; k < part.RingCount(); ++k) CheckArcRing(part, k, chords[k], ring(k));
       if (part.Holes.empty()) continue;
       // Holes by their vertices against the outline's exact arcs.
       const TMLABPolygon outer(*ArcPolyline(part.Outer, part.RingBulges(0)), KernelTol);
