@@ -1,10 +1,12 @@
 // The layout check on parts with arcs: discs, a ring and a bulged square with hand-worked
-// contacts and areas, the ring's areas against GEOS on its own fine circles, bad bulges.
+// contacts and areas, the ring's areas against GEOS on its own fine circles.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <numbers>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "Check.h"
 #include "Layout.h"
@@ -58,6 +60,9 @@ TEST(BulgedLayout, DiscsTouchOverlapOrStayClear) {
   const TLayout sticking =
       ParseLayout("{\"container\":[[0,0],[9,0],[9,9],[0,9]],\"parts\":[" + Part(Disc(0.5, 5, 1)) + "]}", "out").at(0);
   EXPECT_NEAR(CheckLayout(sticking, {}).MaxProtrusion, 0.5, 1e-9);
+  // A bulge below 1e-6 is a straight edge: the part has no arcs.
+  EXPECT_FALSE(
+      ParseLayout("{\"parts\":[" + Part("[[0,0],[1,0,1e-300],[1,1,-9e-7]]") + "]}", "").at(0).Parts[0].HasArcs());
 }
 
 TEST(BulgedLayout, DiscsAgainstARingWithAHole) {
@@ -79,21 +84,18 @@ TEST(BulgedLayout, DiscsAgainstARingWithAHole) {
 #ifdef ORVANE_HAVE_GEOS
   // GEOS on its own circles of 4000 chords a quarter.
   GEOSContextHandle_t h = GEOS_init_r();
-  auto circle = [&](double X, double R) {
-    GEOSGeometry* p = GEOSGeom_createPointFromXY_r(h, X, 0.0);
-    GEOSGeometry* c = GEOSBuffer_r(h, p, R, 4000);
-    GEOSGeom_destroy_r(h, p);
-    return c;
-  };
-  GEOSGeometry* outer = circle(0, 10);
-  GEOSGeometry* hole = circle(0, 5);
-  GEOSGeometry* disc = circle(5, 1);
-  GEOSGeometry* material = GEOSDifference_r(h, outer, hole);
-  GEOSGeometry* common = GEOSIntersection_r(h, material, disc);
+  std::vector<GEOSGeometry*> g;
+  for (const auto& [x, radius] : {std::pair{0.0, 10.0}, {0.0, 5.0}, {5.0, 1.0}}) {
+    GEOSGeometry* centre = GEOSGeom_createPointFromXY_r(h, x, 0.0);
+    g.push_back(GEOSBuffer_r(h, centre, radius, 4000));
+    GEOSGeom_destroy_r(h, centre);
+  }
+  g.push_back(GEOSDifference_r(h, g[0], g[1]));
+  g.push_back(GEOSIntersection_r(h, g[3], g[2]));
   double area = 0.0;
-  GEOSArea_r(h, common, &area);
+  GEOSArea_r(h, g[4], &area);
   EXPECT_NEAR(across, area, 1e-4);
-  for (GEOSGeometry* g : {outer, hole, disc, material, common}) GEOSGeom_destroy_r(h, g);
+  for (GEOSGeometry* x : g) GEOSGeom_destroy_r(h, x);
   GEOS_finish_r(h);
 #endif
 }
@@ -109,30 +111,6 @@ TEST(BulgedLayout, BulgedSquareAgainstAPlainSquare) {
   r = Check(bulged + "," + Part("[[0.5,2.9],[1.5,2.9],[1.5,4],[0.5,4]]"));
   ASSERT_EQ(r.Overlaps.size(), 1u);
   EXPECT_NEAR(r.Overlaps[0].Area, std::acos(0.9) - 0.9 * std::sqrt(0.19), 0.9 * 3e-6);
-}
-
-TEST(BulgedLayout, BadBulgesAreRefusedAlikeByBothReaders) {
-  for (const char* outer : {"[[0,0],[1,0,0.5,2],[1,1]]", "[[0,0],[1,0,1e300],[1,1]]", "[[0,0],[1,0,1e400],[1,1]]",
-                            "[[0,0],[1,0,null],[1,1]]", "[[0,0,1],[1,0,-1]]", "[[0,0,0],[1,0]]"}) {
-    const std::string text = std::string("{\"parts\":[{\"outer\":") + outer + "}]}";
-    std::string fast, reference;
-    try {
-      ParseLayout(text, "bad");
-    } catch (const ELayoutError& e) {
-      fast = e.what();
-    }
-    try {
-      ParseLayoutWithNlohmann(text, "bad");
-    } catch (const ELayoutError& e) {
-      reference = e.what();
-    }
-    EXPECT_FALSE(fast.empty()) << outer;
-    EXPECT_EQ(fast, reference) << outer;
-    EXPECT_EQ(fast.find('\n'), std::string::npos) << fast;
-  }
-  // A bulge below 1e-6 is a straight edge: the part has no arcs.
-  EXPECT_FALSE(
-      ParseLayout("{\"parts\":[{\"outer\":[[0,0],[1,0,1e-300],[1,1,-9e-7]]}]}", "tiny").at(0).Parts[0].HasArcs());
 }
 
 }  // namespace

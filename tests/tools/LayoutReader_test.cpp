@@ -100,6 +100,11 @@ TEST(LayoutReader, DamagedAndOddDocumentsGetTheSameAnswer) {
       "{\"parts\":[{\"id\":" + std::string(61, '[') + std::string(61, ']') + ",\"outer\":" + sq + "}]}",
       "{\"parts\":[{\"id\":" + std::string(62, '[') + std::string(62, ']') + ",\"outer\":" + sq + "}]}",
       std::string("{\"parts\":[]}") + '\0',
+      // Bulges: a fourth element, beyond the limit or the double range, not a number, two arcs
+      // on one circle in opposite senses (no area).
+      "{\"parts\":[{\"outer\":[[0,0],[1,0,0.5,2],[1,1]]},{\"outer\":[[0,0],[1,0,1e300],[1,1]]}]}",
+      "{\"parts\":[{\"outer\":[[0,0],[1,0,1e400],[1,1]]}]}", "{\"parts\":[{\"outer\":[[0,0],[1,0,null],[1,1]]}]}",
+      "{\"parts\":[{\"outer\":[[0,0,1],[1,0,-1]]}]}",
   };
   for (std::size_t k = 0; k < odd.size(); ++k) ExpectSame(odd[k], "odd case " + std::to_string(k));
 
