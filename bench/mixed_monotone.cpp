@@ -6,6 +6,10 @@
 //          (1e-2 and 1e-4 mm)
 // Building each side's form is timed apart from the queries. Before anything is timed, the
 // answers are compared: they may differ only where the linearisation moves a contact.
+// A second mix asks about near misses, two per circle hole: does a disc inside the hole
+// that comes within 1e-3 of its edge overlap the sheet (Overlap against prepared
+// intersects), and does a disc in the material 1e-3 beyond its edge lie inside the sheet
+// (Contains against prepared containsProperly).
 
 #include <benchmark/benchmark.h>
 #include <geos_c.h>
@@ -18,6 +22,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <numbers>
 #include <random>
 #include <string>
 #include <vector>
@@ -57,8 +62,41 @@ TDynPoints2D Linearise(const TLABPolyline& P, double Sagitta) {
 struct TWorld {
   std::unique_ptr<TLABHPolygon> Sheet;
   std::vector<std::unique_ptr<TLABHPolygon>> Brackets;  // placed
+  std::vector<std::unique_ptr<TLABHPolygon>> Near;      // the near misses, the odd ones asked Contains
   bool Ok = false;
 };
+
+constexpr double kNearGap = 1e-3;
+
+std::unique_ptr<TLABHPolygon> Disc(const TPoint2D& C, double R) {
+  auto p = std::make_unique<TLABPolyline>();
+  p->Add(TLABSegline::CreateArc(TPoint2D(C.X + R, C.Y), TPoint2D(C.X - R, C.Y), C, 1.0));
+  p->Add(TLABSegline::CreateArc(TPoint2D(C.X - R, C.Y), TPoint2D(C.X + R, C.Y), C, 1.0));
+  auto d = std::make_unique<TLABHPolygon>();
+  d->Add(std::move(p));
+  return d;
+}
+
+// For each hole that is one circle: a disc inside it, kNearGap from its edge, and a disc
+// outside it, kNearGap beyond its edge, each in a direction of its own.
+void AddNearMisses(TWorld& W, std::mt19937& Rng) {
+  std::uniform_real_distribution<double> turn(0.0, 2.0 * std::numbers::pi);
+  for (int k = 1; k < W.Sheet->Count(); ++k) {
+    const TLABPolyline& hole = *(*W.Sheet)[k];
+    if (hole.Count() == 0 || hole[0].SegType != TSegType::stArc) continue;
+    const TPoint2D c = hole[0].P2;
+    const double r = hole[0].P1.DistanceTo(c);
+    bool circle = true;
+    for (const TLABSegline& s : hole) circle = circle && s.SegType == TSegType::stArc && s.P2.Equals(c, 1e-9);
+    if (!circle) continue;
+    const double a = turn(Rng);
+    const TPoint2D dir(std::cos(a), std::sin(a));
+    const double inner = 0.8 * r;
+    W.Near.push_back(Disc(c + dir * (r - inner - kNearGap), inner));
+    const double outer = 0.5 * r;
+    W.Near.push_back(Disc(c + dir * (r + outer + kNearGap), outer));
+  }
+}
 
 const TWorld& World() {
   static TWorld w = [] {
@@ -86,6 +124,7 @@ const TWorld& World() {
       }
       r.Brackets.push_back(std::move(placed));
     }
+    AddNearMisses(r, rng);
     r.Ok = true;
     return r;
   }();
@@ -95,9 +134,13 @@ const TWorld& World() {
 struct TOurs {
   std::unique_ptr<TMLABHPolygon> Sheet;
   std::vector<std::unique_ptr<TMLABHPolygon>> Brackets;
-  explicit TOurs(const TWorld& W) : Sheet(std::make_unique<TMLABHPolygon>(*W.Sheet, 1e-6)) {
+  std::vector<std::unique_ptr<TMLABHPolygon>> Near;
+  explicit TOurs(const TWorld& W, bool WithNear = false) : Sheet(std::make_unique<TMLABHPolygon>(*W.Sheet, 1e-6)) {
     for (const auto& b : W.Brackets) Brackets.push_back(std::make_unique<TMLABHPolygon>(*b, 1e-6));
+    if (WithNear)
+      for (const auto& n : W.Near) Near.push_back(std::make_unique<TMLABHPolygon>(*n, 1e-6));
   }
+  bool NearAnswer(std::size_t K) const { return K % 2 ? Sheet->Contains(*Near[K]) : Sheet->Overlap(*Near[K], 1e-6); }
 };
 
 GEOSGeometry* GeosPart(GEOSContextHandle_t H, const TLABHPolygon& Part, double Sagitta) {
@@ -116,15 +159,22 @@ struct TGeosSide {
   GEOSGeometry* Sheet = nullptr;
   const GEOSPreparedGeometry* Prepared = nullptr;
   std::vector<GEOSGeometry*> Brackets;
+  std::vector<GEOSGeometry*> Near;
   TGeosSide(const TWorld& W, double Sagitta) {
     Sheet = GeosPart(H, *W.Sheet, Sagitta);
     Prepared = GEOSPrepare_r(H, Sheet);
     for (const auto& b : W.Brackets) Brackets.push_back(GeosPart(H, *b, Sagitta));
+    for (const auto& n : W.Near) Near.push_back(GeosPart(H, *n, Sagitta));
     // Prepared geometry builds its index lazily: one query so that it is built here.
     GEOSPreparedIntersects_r(H, Prepared, Brackets[0]);
   }
+  bool NearAnswer(std::size_t K) const {
+    return (K % 2 ? GEOSPreparedContainsProperly_r(H, Prepared, Near[K])
+                  : GEOSPreparedIntersects_r(H, Prepared, Near[K])) == 1;
+  }
   ~TGeosSide() {
     for (GEOSGeometry* g : Brackets) GEOSGeom_destroy_r(H, g);
+    for (GEOSGeometry* g : Near) GEOSGeom_destroy_r(H, g);
     GEOSPreparedGeom_destroy_r(H, Prepared);
     GEOSGeom_destroy_r(H, Sheet);
     GEOS_finish_r(H);
@@ -132,19 +182,20 @@ struct TGeosSide {
 };
 
 // Both sides agree, except where a contact lies within the linearisation's reach.
-bool Agree(const TOurs& Ours, const TGeosSide& G, double Sagitta, std::string& Report) {
-  int overlaps = 0;
+template <class FOurs, class FGeos>
+bool Agree(const TGeosSide& G, std::size_t Count, const std::vector<GEOSGeometry*>& Queries, FOurs&& Ours, FGeos&& Geos,
+           double Sagitta, std::string& Report) {
+  int yes = 0;
   int differ = 0;
   int explained = 0;
   GEOSGeometry* edge = GEOSBoundary_r(G.H, G.Sheet);
   const GEOSPreparedGeometry* pEdge = GEOSPrepare_r(G.H, edge);
-  for (int k = 0; k < kBrackets; ++k) {
-    const bool ours = Ours.Sheet->Overlap(*Ours.Brackets[static_cast<std::size_t>(k)], 1e-6);
-    const bool geos = GEOSPreparedIntersects_r(G.H, G.Prepared, G.Brackets[static_cast<std::size_t>(k)]) == 1;
-    overlaps += ours ? 1 : 0;
-    if (ours == geos) continue;
+  for (std::size_t k = 0; k < Count; ++k) {
+    const bool ours = Ours(k);
+    yes += ours ? 1 : 0;
+    if (ours == Geos(k)) continue;
     ++differ;
-    GEOSGeometry* be = GEOSBoundary_r(G.H, G.Brackets[static_cast<std::size_t>(k)]);
+    GEOSGeometry* be = GEOSBoundary_r(G.H, Queries[k]);
     double d = 0.0;
     GEOSPreparedDistance_r(G.H, pEdge, be, &d);
     GEOSGeom_destroy_r(G.H, be);
@@ -153,8 +204,8 @@ bool Agree(const TOurs& Ours, const TGeosSide& G, double Sagitta, std::string& R
   GEOSPreparedGeom_destroy_r(G.H, pEdge);
   GEOSGeom_destroy_r(G.H, edge);
   char buf[200];
-  std::snprintf(buf, sizeof buf, "tol %g: %d of %d overlap; %d answers differ, %d of them within the chords' reach",
-                Sagitta, overlaps, kBrackets, differ, explained);
+  std::snprintf(buf, sizeof buf, "tol %g: %d of %d yes; %d answers differ, %d of them within the chords' reach",
+                Sagitta, yes, static_cast<int>(Count), differ, explained);
   Report = buf;
   return differ == explained;
 }
@@ -205,7 +256,9 @@ void BM_Geos_Query(benchmark::State& State) {
   static const TOurs ours(World());
   const TGeosSide g(World(), tol);
   std::string report;
-  if (!Agree(ours, g, tol, report)) {
+  const auto oursAnswer = [&](std::size_t K) { return ours.Sheet->Overlap(*ours.Brackets[K], 1e-6); };
+  const auto geosAnswer = [&](std::size_t K) { return GEOSPreparedIntersects_r(g.H, g.Prepared, g.Brackets[K]) == 1; };
+  if (!Agree(g, g.Brackets.size(), g.Brackets, oursAnswer, geosAnswer, tol, report)) {
     State.SkipWithError(("answers differ: " + report).c_str());
     return;
   }
@@ -218,11 +271,53 @@ void BM_Geos_Query(benchmark::State& State) {
   State.SetItemsProcessed(static_cast<std::int64_t>(State.iterations()));
 }
 
+// Near misses asked Overlap (argument 0: the discs inside holes) or Contains (1: the discs in
+// the material), every second one of the list.
+void BM_Ours_NearMiss(benchmark::State& State) {
+  if (!World().Ok) {
+    State.SkipWithError("no shared data");
+    return;
+  }
+  static const TOurs ours(World(), true);
+  std::size_t k = static_cast<std::size_t>(State.range(0));
+  for (auto _ : State) {
+    benchmark::DoNotOptimize(ours.NearAnswer(k));
+    k = k + 2 >= ours.Near.size() ? static_cast<std::size_t>(State.range(0)) : k + 2;
+  }
+  State.SetItemsProcessed(static_cast<std::int64_t>(State.iterations()));
+}
+
+void BM_Geos_NearMiss(benchmark::State& State) {
+  if (!World().Ok) {
+    State.SkipWithError("no shared data");
+    return;
+  }
+  const double tol = State.range(1) == 2 ? 1e-2 : 1e-4;
+  static const TOurs ours(World(), true);
+  const TGeosSide g(World(), tol);
+  std::string report;
+  const auto oursAnswer = [&](std::size_t K) { return ours.NearAnswer(K); };
+  const auto geosAnswer = [&](std::size_t K) { return g.NearAnswer(K); };
+  if (!Agree(g, g.Near.size(), g.Near, oursAnswer, geosAnswer, tol, report)) {
+    State.SkipWithError(("answers differ: " + report).c_str());
+    return;
+  }
+  State.SetLabel(report);
+  std::size_t k = static_cast<std::size_t>(State.range(0));
+  for (auto _ : State) {
+    benchmark::DoNotOptimize(g.NearAnswer(k));
+    k = k + 2 >= g.Near.size() ? static_cast<std::size_t>(State.range(0)) : k + 2;
+  }
+  State.SetItemsProcessed(static_cast<std::int64_t>(State.iterations()));
+}
+
 }  // namespace
 
 BENCHMARK(BM_Ours_Build)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Geos_Build)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Ours_Query)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Geos_Query)->Arg(2)->Arg(4)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Ours_NearMiss)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Geos_NearMiss)->Args({0, 2})->Args({0, 4})->Args({1, 2})->Args({1, 4})->Unit(benchmark::kMicrosecond);
 
 BENCHMARK_MAIN();

@@ -33,7 +33,8 @@ bool SameLayouts(const std::vector<TLayout>& A, const std::vector<TLayout>& B) {
                        a.Expected->MaxProtrusion != b.Expected->MaxProtrusion))
       return false;
     for (std::size_t i = 0; i < a.Parts.size(); ++i) {
-      if (a.Parts[i].Id != b.Parts[i].Id || a.Parts[i].Outer != b.Parts[i].Outer || a.Parts[i].Holes != b.Parts[i].Holes)
+      if (a.Parts[i].Id != b.Parts[i].Id || a.Parts[i].Outer != b.Parts[i].Outer ||
+          a.Parts[i].Holes != b.Parts[i].Holes || a.Parts[i].Bulges != b.Parts[i].Bulges)
         return false;
     }
   }

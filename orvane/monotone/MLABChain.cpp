@@ -147,6 +147,30 @@ void SegXRange(const TLABSegline& S, double& Lo, double& Hi) {
   if (side <= 0.0) Lo = std::min(Lo, m.X - r);
 }
 
+// The two pieces lie farther apart than Reach by their circles alone: an arc never leaves
+// its circle, so circles apart (outside each other, or one inside the other), or a line
+// wholly outside or wholly inside an arc's circle, settle a pair without any angle. Near
+// misses between round holes and round parts are mostly settled here.
+bool ApartByCircles(const TLABSegline& A, const TLABSegline& B, double Reach) {
+  const bool aArc = A.SegType == TSegType::stArc;
+  const bool bArc = B.SegType == TSegType::stArc;
+  if (aArc && bArc) {
+    const double ra = A.P1.DistanceTo(A.P2);
+    const double rb = B.P1.DistanceTo(B.P2);
+    const double d = A.P2.DistanceTo(B.P2);
+    // The differences cancel: leave them the rounding of the radii, which may be large.
+    const double slack = Reach + 1e-12 * (ra + rb + d);
+    return d - ra - rb > slack || std::abs(ra - rb) - d > slack;
+  }
+  if (aArc == bArc) return false;
+  const TLABSegline& arc = aArc ? A : B;
+  const TLABSegline& line = aArc ? B : A;
+  const double r = arc.P1.DistanceTo(arc.P2);
+  const double slack = Reach + 2e-12 * r;
+  if (PointSegDistance(arc.P2, line.P1, line.P4) - r > slack) return true;
+  return r - std::max(line.P1.DistanceTo(arc.P2), line.P4.DistanceTo(arc.P2)) > slack;
+}
+
 }  // namespace
 
 namespace internal {
@@ -257,6 +281,7 @@ bool TMLABChain::IsOverlap(const TMLABChain& Chain, double Tol) const {
       double bHi = 0.0;
       SegXRange(b, bLo, bHi);
       if (bLo > aHi + reach || aLo > bHi + reach) continue;
+      if (ApartByCircles(a, b, reach)) continue;
       if (internal::MLABSegDistance(a, b, reach) <= reach) return true;
     }
   }

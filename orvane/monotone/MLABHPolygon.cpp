@@ -16,6 +16,13 @@ bool OuterRef(const TMLABHPolygon& H, const TMLABPolygon*& Outer, TPoint2D& Ref)
   return Outer->ReferencePoint(Ref);
 }
 
+// Box grown by D on every side.
+TRect2D Grown(const TRect2D& Box, double D) { return TRect2D(Box.XMin - D, Box.YMin - D, Box.XMax + D, Box.YMax + D); }
+
+// The reach of the point tests' srOn, so that the holes passed over by box are those that
+// every test of Contains would pass over too.
+constexpr double PointReach = 1e-8;
+
 }  // namespace
 
 TMLABHPolygon::TMLABHPolygon(const TLABHPolygon& LABHPolygon, double Tol) : TMLABHPolygon(true) {
@@ -85,6 +92,8 @@ bool TMLABHPolygon::AnyHoleNear(const TRect2D& Box, F&& Visit) const {
     std::fill(g.Seen.begin(), g.Seen.end(), 0u);
     g.Query = 1;
   }
+  // This query's own mark, so that a query made from inside Visit leaves it intact.
+  const unsigned query = g.Query;
   const int x0 = std::clamp(static_cast<int>((Box.XMin - g.Box.XMin) / g.CellW), 0, g.Nx - 1);
   const int x1 = std::clamp(static_cast<int>((Box.XMax - g.Box.XMin) / g.CellW), 0, g.Nx - 1);
   const int y0 = std::clamp(static_cast<int>((Box.YMin - g.Box.YMin) / g.CellH), 0, g.Ny - 1);
@@ -93,9 +102,13 @@ bool TMLABHPolygon::AnyHoleNear(const TRect2D& Box, F&& Visit) const {
     for (int x = x0; x <= x1; ++x) {
       for (int h : g.Cells[static_cast<std::size_t>(y * g.Nx + x)]) {
         unsigned& seen = g.Seen[static_cast<std::size_t>(h)];
-        if (seen == g.Query) continue;
-        seen = g.Query;
-        if (Visit(*(*this)[h])) return true;
+        if (seen == query) continue;
+        seen = query;
+        const TMLABPolygon& hole = *(*this)[h];
+        // A cell is wider than the holes it lists: their own boxes sort out the rest.
+        const TRect2D hb = hole.BoundBox();
+        if (hb.XMin > Box.XMax || hb.XMax < Box.XMin || hb.YMin > Box.YMax || hb.YMax < Box.YMin) continue;
+        if (Visit(hole)) return true;
       }
     }
   }
@@ -162,26 +175,27 @@ bool TMLABHPolygon::Contains(const TMLABHPolygon& MLABHPolygon) const {
   if (!OuterRef(*this, o, oRef)) return false;
   if (o->IsCrossWith(*mo, 0.0)) return false;
   if (o->RelationWithPoint(moRef) != TShapeRelation::srIn) return false;
-  for (int h = 1; h < Count(); ++h) {
-    const TMLABPolygon& hole = *(*this)[h];
+  // Only a hole whose box meets M's outline can cross it, hold its reference point or lie
+  // inside it; and only M's holes whose boxes meet such a hole can hold it.
+  const bool fails = AnyHoleNear(Grown(mo->BoundBox(), PointReach), [&](const TMLABPolygon& hole) {
     TPoint2D hRef;
-    if (!hole.ReferencePoint(hRef)) continue;
-    if (mo->IsCrossWith(hole, 0.0)) return false;
-    if (hole.RelationWithPoint(moRef) != TShapeRelation::srOut) return false;
-    if (mo->RelationWithPoint(hRef) != TShapeRelation::srIn) continue;
+    if (!hole.ReferencePoint(hRef)) return false;
+    if (mo->IsCrossWith(hole, 0.0)) return true;
+    if (hole.RelationWithPoint(moRef) != TShapeRelation::srOut) return true;
+    if (mo->RelationWithPoint(hRef) != TShapeRelation::srIn) return false;
     // The hole lies inside M's outline: it must lie in one of M's holes.
     bool found = false;
-    for (int g = 1; g < MLABHPolygon.Count(); ++g) {
-      const TMLABPolygon& mHole = *MLABHPolygon[g];
+    const bool bad = MLABHPolygon.AnyHoleNear(Grown(hole.BoundBox(), PointReach), [&](const TMLABPolygon& mHole) {
       TPoint2D gRef;
-      if (!mHole.ReferencePoint(gRef)) continue;
-      if (hole.IsCrossWith(mHole, 0.0)) return false;
-      if (hole.RelationWithPoint(gRef) != TShapeRelation::srOut) return false;
+      if (!mHole.ReferencePoint(gRef)) return false;
+      if (hole.IsCrossWith(mHole, 0.0)) return true;
+      if (hole.RelationWithPoint(gRef) != TShapeRelation::srOut) return true;
       if (mHole.RelationWithPoint(hRef) == TShapeRelation::srIn) found = true;
-    }
-    if (!found) return false;
-  }
-  return true;
+      return false;
+    });
+    return bad || !found;
+  });
+  return !fails;
 }
 
 TMLABHPolygonList::TMLABHPolygonList(const TLABHPolygonList& LABHPolygons, double Tol) : TMLABHPolygonList(true) {

@@ -101,5 +101,42 @@ TEST(MLABHPolygon, RandomDiscsAgreeWithDistances) {
   }
 }
 
+// A plate of radius 40 with an 8 x 8 grid of holes of radius 1.5, 6 apart, against random
+// discs and annuli: Contains, through the holes' index, matches the circles' arithmetic.
+TEST(MLABHPolygon, ContainsThroughTheHolesIndexMatchesArithmetic) {
+  TLABHPolygon source;
+  std::vector<TPoint2D> centres;
+  for (int i = 0; i < 8; ++i)
+    for (int j = 0; j < 8; ++j) centres.emplace_back(6.0 * i - 21.0, 6.0 * j - 21.0);
+  auto circle = [](const TPoint2D& C, double R) {
+    auto p = std::make_unique<TLABPolyline>();
+    p->Add(TLABSegline::CreateArc(TPoint2D(C.X + R, C.Y), TPoint2D(C.X - R, C.Y), C, 1.0));
+    p->Add(TLABSegline::CreateArc(TPoint2D(C.X - R, C.Y), TPoint2D(C.X + R, C.Y), C, 1.0));
+    return p;
+  };
+  source.Add(circle(TPoint2D(0, 0), 40));
+  for (const TPoint2D& c : centres) source.Add(circle(c, 1.5));
+  const TMLABHPolygon plate(source, 1e-6);
+  std::mt19937 rng(11);
+  std::uniform_real_distribution<double> u(-30.0, 30.0);
+  int held = 0;
+  for (int round = 0; round < 300; ++round) {
+    const TPoint2D c(u(rng), u(rng));
+    const double ro = 0.5 + std::abs(u(rng)) / 6.0;
+    const double ri = round % 2 ? 0.0 : ro - 0.5;  // odd rounds: discs
+    bool expect = std::hypot(c.X, c.Y) + ro < 40;
+    bool nearContact = false;
+    for (const TPoint2D& h : centres) {
+      const double d = c.DistanceTo(h);
+      expect = expect && (d > ro + 1.5 || d + 1.5 < ri);
+      nearContact = nearContact || std::abs(d - ro - 1.5) < 1e-6 || std::abs(d + 1.5 - ri) < 1e-6;
+    }
+    if (nearContact) continue;
+    EXPECT_EQ(plate.Contains(*Rings(c.X, c.Y, ri > 0 ? std::vector{ro, ri} : std::vector{ro})), expect) << round;
+    held += expect ? 1 : 0;
+  }
+  EXPECT_GT(held, 30);
+}
+
 }  // namespace
 }  // namespace orvane

@@ -32,6 +32,10 @@ std::string Outcome(std::vector<TLayout> (*Parse)(const std::string&, const std:
           out << "/";
           for (const TPoint2D& p : hole) out << p.X << "," << p.Y << ";";
         }
+        for (const std::vector<double>& ring : part.Bulges) {
+          out << "~";
+          for (double b : ring) out << b << ";";
+        }
       }
       if (l.Expected)
         out << "\nexpected " << l.Expected->Clean << " " << l.Expected->OverlapMaxRelative << " "
@@ -96,6 +100,11 @@ TEST(LayoutReader, DamagedAndOddDocumentsGetTheSameAnswer) {
       "{\"parts\":[{\"id\":" + std::string(61, '[') + std::string(61, ']') + ",\"outer\":" + sq + "}]}",
       "{\"parts\":[{\"id\":" + std::string(62, '[') + std::string(62, ']') + ",\"outer\":" + sq + "}]}",
       std::string("{\"parts\":[]}") + '\0',
+      // Bulges: a fourth element, beyond the limit or the double range, not a number, two arcs
+      // on one circle in opposite senses (no area).
+      "{\"parts\":[{\"outer\":[[0,0],[1,0,0.5,2],[1,1]]},{\"outer\":[[0,0],[1,0,1e300],[1,1]]}]}",
+      "{\"parts\":[{\"outer\":[[0,0],[1,0,1e400],[1,1]]}]}", "{\"parts\":[{\"outer\":[[0,0],[1,0,null],[1,1]]}]}",
+      "{\"parts\":[{\"outer\":[[0,0,1],[1,0,-1]]}]}",
   };
   for (std::size_t k = 0; k < odd.size(); ++k) ExpectSame(odd[k], "odd case " + std::to_string(k));
 
@@ -110,12 +119,14 @@ TEST(LayoutReader, DamagedAndOddDocumentsGetTheSameAnswer) {
       "\"clean\":true,\"overlap_max_relative_to_smaller_part\":0,\"max_protrusion_outside_container\":0.5}}]}",
       "{\"shapes\":[{\"part\":1,\"outer\":[[0,0],[2,0],[2,1],[0,1]]}],\"placements\":[{\"part\":1,\"rotation_deg\":30,"
       "\"translation\":[1,1]},{\"part\":1,\"placed\":[[5,5],[7,5],[7,6],[5,6]]}],\"checks\":{\"clean\":false}}",
+      "{\"parts\":[{\"id\":1,\"outer\":[[0,0],[4,0,0.5],[4,3],[0,3,-0.25]],\"holes\":[[[1,1,1],[2,1,1]]]},{\"outer\":"
+      "[[5,0,1],[7,0,1]]}]}",
   };
   const std::string alphabet = "[]{},:\"0123456789.-+eE tfnrul\\x";
   std::mt19937 rng(20260315);
   int refused = 0;
   int read = 0;
-  for (int round = 0; round < 4000; ++round) {
+  for (int round = 0; round < 5000; ++round) {
     std::string text = seeds[static_cast<std::size_t>(round) % seeds.size()];
     const int edits = 1 + static_cast<int>(rng() % 3);
     for (int e = 0; e < edits && !text.empty(); ++e) {

@@ -386,3 +386,25 @@ TEST(LayoutCheck, ContactsAtEveryTolAreThePairsGeosFindsWithinIt) {
   EXPECT_GT(compared, 1000);
 }
 #endif
+
+// The bundled layout of parts with arcs, as the README shows it: the discs overlap, the
+// picture draws the arcs as arcs; a bad bulge is one line and exit code 2.
+TEST(LayoutCheck, BulgedExampleAndBadBulges) {
+  const std::string svg = WriteTemp("bulged.svg", "");
+  TRun r = RunTool("check " + std::string(ORVANE_SOURCE_DIR) + "/examples/bulged_parts.json --svg " + svg);
+  EXPECT_EQ(r.Code, 1);
+  EXPECT_NE(r.Out.find("pairs in contact: 3 "), std::string::npos) << r.Out;
+  EXPECT_NE(r.Out.find("#3 x #4: area 0.654"), std::string::npos) << r.Out;
+  std::ifstream in(svg);
+  std::stringstream picture;
+  picture << in.rdbuf();
+  // A quarter circle of plate A's corner, and a half circle of disc D.
+  EXPECT_NE(picture.str().find("L20 2 A2 2 0 0 1 22 4 "), std::string::npos);
+  EXPECT_NE(picture.str().find("M44 20 A2 2 0 0 1 48 20 "), std::string::npos);
+  const std::string bad = WriteTemp("bad-bulge.json", "{\"parts\":[{\"outer\":[[0,0],[1,0,1e9],[1,1]]}]}");
+  r = RunTool("check " + bad);
+  EXPECT_EQ(r.Code, 2);
+  EXPECT_EQ(r.Err, "orvane: " + bad +
+                       ": part 0 outer ring: point 1 has bulge 1e+09; a bulge lies within +-1e+06, "
+                       "an arc of less than a full turn\n");
+}

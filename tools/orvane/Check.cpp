@@ -9,6 +9,8 @@
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/Point2DUtils.h"
 #include "orvane/foundation/PointArray.h"
+#include "orvane/mixed/LABPolyline.h"
+#include "orvane/monotone/MLABHPolygon.h"
 #include "orvane/monotone/Monotone.h"
 #include "orvane/paths/Path64.h"
 #include "orvane/paths/clipping/Clipper.h"
@@ -79,23 +81,24 @@ class TSegmentIndex {
 
 struct TPart {
   const TLayoutPart* Source = nullptr;
-  std::vector<std::unique_ptr<TMPolygon>> Rings;  // outer first, then holes
+  std::vector<std::unique_ptr<TMPolygon>> Rings;  // outer first, then holes; none for a part with arcs
   TRect2D Box;
 
   // Net area, the rings at the working rate and the segment indexes, made only for the
-  // parts that take part in an area or a distance computation.
+  // parts that take part in an area or a distance computation. A part with arcs is
+  // measured on its chords.
   double Area() const {
     if (FArea < 0.0) {
-      FArea = std::fabs(PolyArea(Source->Outer));
-      for (const TDynPoints2D& hole : Source->Holes) FArea -= std::fabs(PolyArea(hole));
+      FArea = 0.0;
+      ForAreaRings(
+          [&](std::size_t K, const TDynPoints2D& Ring) { FArea += (K ? -1.0 : 1.0) * std::fabs(PolyArea(Ring)); });
     }
     return FArea;
   }
   const TPaths64& Paths() const {
-    if (FPaths.empty()) {
-      FPaths.push_back(TVPolyline2D(Source->Outer).ToPath(PathWorkingRate));
-      for (const TDynPoints2D& hole : Source->Holes) FPaths.push_back(TVPolyline2D(hole).ToPath(PathWorkingRate));
-    }
+    if (FPaths.empty())
+      ForAreaRings(
+          [&](std::size_t, const TDynPoints2D& Ring) { FPaths.push_back(TVPolyline2D(Ring).ToPath(PathWorkingRate)); });
     return FPaths;
   }
   const std::vector<TSegmentIndex>& Segments() const {
@@ -106,16 +109,39 @@ struct TPart {
     }
     return FSegments;
   }
+  // The region with its arcs exact: made with the part for a part with arcs, and for a part
+  // of straight edges when it meets one.
+  const TMLABHPolygon& Arcs() const {
+    if (!FArcs) {
+      FArcs = std::make_unique<TMLABHPolygon>(true);
+      for (std::size_t k = 0; k < Source->RingCount(); ++k)
+        FArcs->Add(std::make_unique<TMLABPolygon>(*ArcPolyline(Source->Ring(k), Source->RingBulges(k)), KernelTol));
+    }
+    return *FArcs;
+  }
 
  private:
+  // Each ring that areas are measured on, with its index (0 for the outer ring).
+  template <class F>
+  void ForAreaRings(F&& Visit) const {
+    if (Source->HasArcs() && FChords.empty()) FChords = LinearRings(*Source);
+    for (std::size_t k = 0; k < Source->RingCount(); ++k) Visit(k, Source->HasArcs() ? FChords[k] : Source->Ring(k));
+  }
+
   mutable double FArea = -1.0;
   mutable TPaths64 FPaths;
   mutable std::vector<TSegmentIndex> FSegments;
+  mutable std::vector<TDynPoints2D> FChords;
+  mutable std::unique_ptr<TMLABHPolygon> FArcs;
 };
 
 TPart BuildPart(const TLayoutPart& Source) {
   TPart part;
   part.Source = &Source;
+  if (Source.HasArcs()) {
+    part.Box = part.Arcs().First()->BoundBox();
+    return part;
+  }
   part.Rings.push_back(MonotoneRing(Source.Outer));
   for (const TDynPoints2D& hole : Source.Holes) part.Rings.push_back(MonotoneRing(hole));
   // The outline's chains already hold its extent.
@@ -147,6 +173,8 @@ bool BoundariesWithin(const TPart& A, const TPart& B, double Dist, std::vector<i
 // distance between the boundaries decides what lies between that and Tol, whichever is
 // larger. So a larger Tol never loses a contact, and coordinates are never scaled.
 bool BoundariesMeet(const TPart& A, const TPart& B, double Tol, std::vector<int>& Hits) {
+  // With an arc on either side, the exact distance between the arcs and lines decides.
+  if (A.Source->HasArcs() || B.Source->HasArcs()) return A.Arcs().IsCrossWith(B.Arcs(), std::max(Tol, 0.0));
   const bool kernel = KernelContact(A, B);
   if (Tol == KernelTol) return kernel;
   if (Tol < KernelTol) return kernel && BoundariesWithin(A, B, Tol, Hits);
@@ -156,6 +184,7 @@ bool BoundariesMeet(const TPart& A, const TPart& B, double Tol, std::vector<int>
 // Inner lies wholly inside Outer, given that their boundaries do not meet: one vertex of
 // Inner is inside Outer's outline and outside each of its holes.
 bool LiesInside(const TPart& Inner, const TPart& Outer) {
+  if (Inner.Source->HasArcs() || Outer.Source->HasArcs()) return Outer.Arcs().Contains(Inner.Arcs());
   const TPoint2D probe = Inner.Source->Outer.front();
   if (Outer.Rings.front()->PointIsIn(probe) != 1) return false;
   for (std::size_t h = 1; h < Outer.Rings.size(); ++h) {
@@ -372,8 +401,8 @@ class TChecker {
       if (rectangle) {
         out = std::max({0.0, cbox.XMin - part.Box.XMin, part.Box.XMax - cbox.XMax, cbox.YMin - part.Box.YMin,
                         part.Box.YMax - cbox.YMax});
-      } else if (part.Box.RelationWithRect(cbox, 0.0) != 3 || part.Rings.front()->TestOverlap(*cring) ||
-                 cring->PointIsIn(part.Source->Outer.front()) != 1) {
+      } else if (part.Source->HasArcs() || part.Box.RelationWithRect(cbox, 0.0) != 3 ||
+                 part.Rings.front()->TestOverlap(*cring) || cring->PointIsIn(part.Source->Outer.front()) != 1) {
         // The part's region outside the container; its farthest corner from the boundary.
         TPoint2D nearest;
         for (const TPath64& path : Clip(Clipper::TClipType::ctDifference, {part.Paths().front()}, cpaths)) {

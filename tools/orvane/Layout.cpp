@@ -8,9 +8,12 @@
 #include <nlohmann/json.hpp>
 #include <simdjson.h>
 
+#include "orvane/foundation/Arc2D.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/PointArray.h"
+#include "orvane/mixed/LABPolyline.h"
+#include "orvane/monotone/MLABPolygon.h"
 #include "orvane/monotone/MPolygon.h"
 #include "orvane/paths/Path64.h"
 #include "orvane/paths/clipping/Clipper.h"
@@ -59,6 +62,16 @@ class TNlohmannNode {
     if (!FJ->is_array() || FJ->size() < 2 || !(*FJ)[0].is_number() || !(*FJ)[1].is_number()) return false;
     X = (*FJ)[0].get<double>();
     Y = (*FJ)[1].get<double>();
+    return true;
+  }
+  // A vertex [x, y] or [x, y, bulge]: two or three numbers, Bulge 0 for two.
+  bool Vertex(double& X, double& Y, double& Bulge) const {
+    if (!FJ->is_array() || FJ->size() < 2 || FJ->size() > 3) return false;
+    for (const json& v : *FJ)
+      if (!v.is_number()) return false;
+    X = (*FJ)[0].get<double>();
+    Y = (*FJ)[1].get<double>();
+    Bulge = FJ->size() == 3 ? (*FJ)[2].get<double>() : 0.0;
     return true;
   }
   double ValueNumber(const char* Key, double Default) const { return FJ->value(Key, Default); }
@@ -118,7 +131,8 @@ class TSimdNode {
         throw TAskReference();
     }
   }
-  bool Point(double& X, double& Y) const {
+  // The reader's innermost step, once per vertex of every file: kept free of calls.
+  [[gnu::flatten]] bool Point(double& X, double& Y) const {
     if (!FE.is_array()) return false;
     const simdjson::dom::array a = Array();
     auto it = a.begin();
@@ -130,6 +144,20 @@ class TSimdNode {
     if (!x.is_number() || !y.is_number()) return false;
     X = x.get_double().value_unsafe();
     Y = y.get_double().value_unsafe();
+    return true;
+  }
+  bool Vertex(double& X, double& Y, double& Bulge) const {
+    if (!FE.is_array()) return false;
+    double v[3] = {0.0, 0.0, 0.0};
+    std::size_t n = 0;
+    for (const simdjson::dom::element item : Array()) {
+      if (n == 3 || !item.is_number()) return false;
+      v[n++] = item.get_double().value_unsafe();
+    }
+    if (n < 2) return false;
+    X = v[0];
+    Y = v[1];
+    Bulge = v[2];
     return true;
   }
   double ValueNumber(const char* Key, double Default) const {
@@ -191,14 +219,67 @@ TDynPoints2D ReadRing(const std::optional<N>& Ring, const std::string& What) {
   return pts;
 }
 
+// A part's ring, whose vertices may be [x, y, bulge]. Bulges gets one bulge per vertex
+// kept, or stays empty while every bulge is 0.
 template <class N>
-std::vector<TDynPoints2D> ReadHoles(const N& Owner, const std::string& What) {
+TDynPoints2D ReadRing(const std::optional<N>& Ring, const std::string& What, std::vector<double>& Bulges) {
+  if (!Ring || !Ring->IsArray()) throw ELayoutError(What + " is not an array of [x, y] points");
+  TDynPoints2D pts;
+  pts.reserve(Ring->Size());
+  Bulges.clear();
+  Ring->ForEach([&](std::size_t i, const N& p) {
+    double x = 0.0;
+    double y = 0.0;
+    double bulge = 0.0;
+    if (!p.Vertex(x, y, bulge))
+      throw ELayoutError(Format("%s: point %d is not [x, y] or [x, y, bulge]", What, static_cast<int>(i)));
+    if (!std::isfinite(x) || !std::isfinite(y)) {
+      throw ELayoutError(Format("%s: point %d has a coordinate that is not finite", What, static_cast<int>(i)));
+    }
+    if (!std::isfinite(bulge))
+      throw ELayoutError(Format("%s: point %d has a bulge that is not finite", What, static_cast<int>(i)));
+    if (std::fabs(bulge) > MaxBulge) {
+      throw ELayoutError(Format("%s: point %d has bulge %g; a bulge lies within +-%g, an arc of less than a full turn",
+                                What, static_cast<int>(i), bulge, MaxBulge));
+    }
+    if (std::fabs(bulge) < MinBulge) bulge = 0.0;
+    // A vertex given twice in a row adds no edge; the segment that starts at the second
+    // copy is the one that follows.
+    if (pts.empty() || !(pts.back() == TPoint2D(x, y))) {
+      pts.emplace_back(x, y);
+      if (!Bulges.empty()) Bulges.push_back(0.0);
+    }
+    if (bulge != 0.0 || !Bulges.empty()) {
+      if (Bulges.empty()) Bulges.assign(pts.size(), 0.0);
+      Bulges.back() = bulge;
+    }
+  });
+  if (pts.size() > 1 && pts.front() == pts.back()) {
+    pts.pop_back();
+    if (!Bulges.empty()) Bulges.pop_back();
+  }
+  const bool arcs = std::any_of(Bulges.begin(), Bulges.end(), [](double b) { return b != 0.0; });
+  if (!arcs) Bulges.clear();
+  // Two vertices joined by an arc and a line, or by two arcs, still enclose an area.
+  const std::size_t least = arcs ? 2 : 3;
+  if (pts.size() < least) {
+    throw ELayoutError(Format("%s has %d distinct vertices; a ring needs at least %d", What,
+                              static_cast<int>(pts.size()), static_cast<int>(least)));
+  }
+  return pts;
+}
+
+template <class N>
+std::vector<TDynPoints2D> ReadHoles(const N& Owner, const std::string& What,
+                                    std::vector<std::vector<double>>* Bulges = nullptr) {
   std::vector<TDynPoints2D> holes;
   const std::optional<N> h = Owner.Find("holes");
   if (!h) return holes;
   if (!h->IsArray()) throw ELayoutError(What + ": holes is not an array of rings");
   h->ForEach([&](std::size_t k, const N& ring) {
-    holes.push_back(ReadRing(std::optional<N>(ring), Format("%s hole %d", What, static_cast<int>(k))));
+    const std::string what = Format("%s hole %d", What, static_cast<int>(k));
+    holes.push_back(Bulges ? ReadRing(std::optional<N>(ring), what, Bulges->emplace_back())
+                           : ReadRing(std::optional<N>(ring), what));
   });
   return holes;
 }
@@ -314,8 +395,16 @@ std::vector<TLayout> ReadDocument(const N& Doc, const std::string& Name) {
       TLayoutPart part;
       const std::optional<N> id = p.Find("id");
       part.Id = id ? id->IdText() : std::to_string(i);
-      part.Outer = ReadRing(p.Find("outer"), what + " outer ring");
-      part.Holes = ReadHoles(p, what);
+      part.Bulges.resize(1);
+      part.Outer = ReadRing(p.Find("outer"), what + " outer ring", part.Bulges[0]);
+      part.Holes = ReadHoles(p, what, &part.Bulges);
+      // A part of straight edges keeps no bulges, and so is checked as a polygon; a part
+      // with an arc anywhere has a bulge for every vertex.
+      if (std::all_of(part.Bulges.begin(), part.Bulges.end(), [](const std::vector<double>& b) { return b.empty(); })) {
+        part.Bulges.clear();
+      } else {
+        for (std::size_t k = 0; k < part.RingCount(); ++k) part.Bulges[k].resize(part.Ring(k).size(), 0.0);
+      }
       base.Parts.push_back(std::move(part));
     });
     ValidateLayout(base);
@@ -384,9 +473,15 @@ void CheckJsonShape(const std::string& Text) {
 
 // Coordinates up to this size keep every vertex, scaled to the working rate of the integer
 // paths that the overlap areas are computed on, inside the clipping engine's range.
+// The tolerance of the kernel's contact tests, which also places the cuts of arcs at the
+// tops and bottoms of their circles.
+constexpr double KernelTol = 1e-6;
+
 constexpr double MaxCoordinate = static_cast<double>(Clipper::HiRange) / PathWorkingRate;
 
-void CheckRing(const TDynPoints2D& Ring, const std::string& What) {
+// The vertices inside the coordinate range; with Shape, also a ring of straight edges with
+// area that does not cross itself.
+void CheckRing(const TDynPoints2D& Ring, const std::string& What, bool Shape = true) {
   for (std::size_t i = 0; i < Ring.size(); ++i) {
     const TPoint2D& p = Ring[i];
     if (!(std::fabs(p.X) <= MaxCoordinate && std::fabs(p.Y) <= MaxCoordinate)) {
@@ -394,6 +489,7 @@ void CheckRing(const TDynPoints2D& Ring, const std::string& What) {
                                 What, static_cast<int>(i), p.X, p.Y, MaxCoordinate));
     }
   }
+  if (!Shape) return;
   const TPoint2D& o = Ring.front();
   const bool collinear = std::all_of(Ring.begin(), Ring.end(), [&](const TPoint2D& p) {
     return (Ring[1].X - o.X) * (p.Y - o.Y) == (Ring[1].Y - o.Y) * (p.X - o.X);
@@ -403,6 +499,24 @@ void CheckRing(const TDynPoints2D& Ring, const std::string& What) {
   if (PolyArea(Ring) == 0.0) throw ELayoutError(What + " has no area");
 }
 
+// A ring with arcs: its arcs inside the coordinate range, and on its chords, with area and
+// not crossing itself.
+void CheckArcRing(const TLayoutPart& Part, std::size_t K, const TDynPoints2D& Chords, const std::string& What) {
+  const TDynPoints2D& ring = Part.Ring(K);
+  const std::vector<double>& bulges = *Part.RingBulges(K);
+  for (std::size_t i = 0; i < ring.size(); ++i) {
+    if (bulges[i] == 0.0) continue;
+    const TRect2D b = TArc2D::CreateBulge(ring[i], ring[(i + 1) % ring.size()], bulges[i]).GetBoundBox();
+    if (!(std::max({-b.XMin, b.XMax, -b.YMin, b.YMax}) <= MaxCoordinate)) {
+      throw ELayoutError(
+          Format("%s: the arc from point %d reaches beyond +-%g, the coordinate range of the overlap areas", What,
+                 static_cast<int>(i), MaxCoordinate));
+    }
+  }
+  if (PolyArea(Chords) == 0.0) throw ELayoutError(What + " has no area");
+  if (ClosedPolyline(Chords).IsSelfIntersect(0.0)) throw ELayoutError(What + " crosses or touches itself");
+}
+
 // Rings the check can answer for: inside the coordinate range, with area, not crossing
 // themselves, holes within their outline.
 void ValidateLayout(const TLayout& Layout) {
@@ -410,6 +524,25 @@ void ValidateLayout(const TLayout& Layout) {
   for (std::size_t i = 0; i < Layout.Parts.size(); ++i) {
     const TLayoutPart& part = Layout.Parts[i];
     const std::string what = Format("part %d (id %s)", static_cast<int>(i), part.Id);
+    if (part.HasArcs()) {
+      const auto ring = [&](std::size_t K) {
+        return K ? Format("%s hole %d", what, static_cast<int>(K - 1)) : what + " outer ring";
+      };
+      // The vertices in range first: the chords are made from them.
+      for (std::size_t k = 0; k < part.RingCount(); ++k) CheckRing(part.Ring(k), ring(k), false);
+      const std::vector<TDynPoints2D> chords = LinearRings(part);
+      for (std::size_t k = 0; k < part.RingCount(); ++k) CheckArcRing(part, k, chords[k], ring(k));
+      if (part.Holes.empty()) continue;
+      // Holes by their vertices against the outline's exact arcs.
+      const TMLABPolygon outer(*ArcPolyline(part.Outer, part.RingBulges(0)), KernelTol);
+      for (std::size_t h = 0; h < part.Holes.size(); ++h) {
+        for (const TPoint2D& p : part.Holes[h]) {
+          if (outer.RelationWithPoint(p) == TShapeRelation::srOut)
+            throw ELayoutError(Format("%s hole %d reaches outside the part's outer ring", what, static_cast<int>(h)));
+        }
+      }
+      continue;
+    }
     CheckRing(part.Outer, what + " outer ring");
     if (part.Holes.empty()) continue;
     const TMPolygon outer(ClosedPolyline(part.Outer), nullptr);
@@ -424,6 +557,65 @@ void ValidateLayout(const TLayout& Layout) {
 }
 
 }  // namespace
+
+std::unique_ptr<TLABPolyline> ArcPolyline(const TDynPoints2D& Ring, const std::vector<double>* Bulges) {
+  auto out = std::make_unique<TLABPolyline>();
+  std::vector<TLABSegline> segs;
+  segs.reserve(Ring.size());
+  for (std::size_t i = 0; i < Ring.size(); ++i) {
+    const TPoint2D& a = Ring[i];
+    const TPoint2D& b = Ring[(i + 1) % Ring.size()];
+    const double bulge = Bulges ? (*Bulges)[i] : 0.0;
+    segs.push_back(bulge == 0.0 ? TLABSegline::CreateLine(a, b)
+                                : TLABSegline::CreateArc(TArc2D::CreateBulge(a, b, bulge)));
+  }
+  out->AddRange(segs);
+  return out;
+}
+
+TRect2D PartBox(const TLayoutPart& Part) {
+  TRect2D box = CalcAABB(Part.Outer);
+  if (!Part.HasArcs()) return box;
+  for (std::size_t i = 0; i < Part.Outer.size(); ++i) {
+    const double bulge = Part.Bulges[0][i];
+    if (bulge != 0.0)
+      box.Extend(TArc2D::CreateBulge(Part.Outer[i], Part.Outer[(i + 1) % Part.Outer.size()], bulge).GetBoundBox());
+  }
+  return box;
+}
+
+std::vector<TDynPoints2D> LinearRings(const TLayoutPart& Part) {
+  if (!Part.HasArcs()) {
+    std::vector<TDynPoints2D> rings{Part.Outer};
+    rings.insert(rings.end(), Part.Holes.begin(), Part.Holes.end());
+    return rings;
+  }
+  const TRect2D box = PartBox(Part);
+  const double sagitta = 1e-6 * std::max(box.Width(), box.Height());
+  std::vector<TDynPoints2D> rings;
+  rings.reserve(Part.RingCount());
+  for (std::size_t k = 0; k < Part.RingCount(); ++k) {
+    const TDynPoints2D& ring = Part.Ring(k);
+    const std::vector<double>& bulges = Part.Bulges[k];
+    TDynPoints2D& out = rings.emplace_back();
+    out.reserve(ring.size());
+    for (std::size_t i = 0; i < ring.size(); ++i) {
+      out.push_back(ring[i]);
+      if (bulges[i] == 0.0) continue;
+      const TArc2D arc = TArc2D::CreateBulge(ring[i], ring[(i + 1) % ring.size()], bulges[i]);
+      if (arc.IsLine || !(arc.Radius > 0.0)) continue;
+      // Chords of angle step stay within the sagitta of the arc; the count is bounded,
+      // as the reader bounds the bulge.
+      const double step = 2.0 * std::acos(1.0 - std::min(sagitta / arc.Radius, 1.0));
+      const int n = std::clamp(static_cast<int>(std::ceil(std::fabs(arc.SweepAngle) / step)), 1, 1 << 16);
+      for (int j = 1; j < n; ++j) {
+        const double t = arc.StartAngle + arc.SweepAngle * j / n;
+        out.emplace_back(arc.Center.X + arc.Radius * std::cos(t), arc.Center.Y + arc.Radius * std::sin(t));
+      }
+    }
+  }
+  return rings;
+}
 
 TVPolyline2D ClosedPolyline(const TDynPoints2D& Ring) {
   TDynPoints2D closed;

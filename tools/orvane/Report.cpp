@@ -1,6 +1,7 @@
 #include "Report.h"
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 
 #include "orvane/foundation/Exception.h"
@@ -147,9 +148,32 @@ std::string SvgPath(const TDynPoints2D& Ring) {
   return d + "Z";
 }
 
+// A ring whose segments may be arcs, drawn as SVG arcs: the circle's radius from the chord
+// and the bulge, the long way round beyond a half turn, and counter-clockwise (SVG's
+// positive angle, in the drawing's own y-up coordinates) for a positive bulge.
+std::string SvgPath(const TDynPoints2D& Ring, const std::vector<double>& Bulges) {
+  const std::size_t n = Ring.size();
+  std::string d = Format("M%.6g %.6g ", Ring[0].X, Ring[0].Y);
+  for (std::size_t k = 0; k < n; ++k) {
+    const TPoint2D& to = Ring[(k + 1) % n];
+    const double b = Bulges[k];
+    if (b == 0.0) {
+      if (k + 1 < n) d += Format("L%.6g %.6g ", to.X, to.Y);
+      continue;
+    }
+    const double radius = Ring[k].DistanceTo(to) * (1.0 + b * b) / (4.0 * std::fabs(b));
+    d += Format("A%.6g %.6g 0 %d %d %.6g %.6g ", radius, radius, std::fabs(b) > 1.0 ? 1 : 0, b > 0.0 ? 1 : 0, to.X,
+                to.Y);
+  }
+  return d + "Z";
+}
+
 std::string SvgPath(const TLayoutPart& Part) {
-  std::string d = SvgPath(Part.Outer);
-  for (const TDynPoints2D& hole : Part.Holes) d.append(" ").append(SvgPath(hole));
+  std::string d;
+  for (std::size_t k = 0; k < Part.RingCount(); ++k) {
+    if (k) d.append(" ");
+    d.append(Part.HasArcs() ? SvgPath(Part.Ring(k), Part.Bulges[k]) : SvgPath(Part.Ring(k)));
+  }
   return d;
 }
 
@@ -157,7 +181,7 @@ std::string SvgPath(const TLayoutPart& Part) {
 
 void WriteSvg(std::ostream& Out, const TLayout& Layout, const TCheckReport& R) {
   TRect2D parts = TRect2D::Invalid();
-  for (const TLayoutPart& p : Layout.Parts) parts.Extend(CalcAABB(p.Outer));
+  for (const TLayoutPart& p : Layout.Parts) parts.Extend(PartBox(p));
   TRect2D box = parts.ExtendedRect(CalcAABB(Layout.Container));
   // A strip whose length is open (a wide board) would dwarf the parts: show the used length.
   if (parts.IsValid() && box.Width() > 3.0 * parts.Width()) {
