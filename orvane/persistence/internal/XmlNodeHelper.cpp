@@ -89,6 +89,10 @@ double TXmlNodeHelper::ReadDoubleValue(const pugi::xml_node& ANode, const char* 
   return text == nullptr ? 0.0 : ParseDouble(child, Where, nullptr, text);
 }
 
+double TXmlNodeHelper::ReadDoubleText(const pugi::xml_node& ANode, const char* Where) {
+  return ParseDouble(ANode, Where, nullptr, ANode.child_value());
+}
+
 bool TXmlNodeHelper::ReadBoolValue(const pugi::xml_node& ANode, const char* Name, const char* Where) {
   pugi::xml_node child;
   const char* text = ValueText(ANode, Name, child);

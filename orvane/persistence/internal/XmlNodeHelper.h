@@ -27,6 +27,9 @@ class TXmlNodeHelper {
   static void WriteValue(pugi::xml_node& ANode, const char* Name, bool Value);
   static double ReadDoubleValue(const pugi::xml_node& ANode, const char* Name, const char* Where);
   static bool ReadBoolValue(const pugi::xml_node& ANode, const char* Name, const char* Where);
+  // The text of ANode itself as a double, for value children found by a walk over the
+  // children rather than by name.
+  static double ReadDoubleText(const pugi::xml_node& ANode, const char* Where);
 
   // Attributes of ANode itself.
   static void WriteAttr(pugi::xml_node& ANode, const char* Name, double Value);
