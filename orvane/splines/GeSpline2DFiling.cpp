@@ -154,9 +154,9 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
   Invalidate();
 }
 
-// Behind the fields of the record comes the periodic flag: a wrapped periodic spline spans
-// a shorter parameter range than its knots, so without the flag it would come back as
-// another curve.
+// Behind the fields of the record comes the periodic flag: a wrapped periodic spline does
+// not repeat its first control point at its end, so without the flag it would come back
+// open, and its stretches would no longer run through the seam.
 void TGeSpline2D::SaveGeoData(IFbsWriter& AWriter) const {
   TGeObject::SaveGeoData(AWriter);
   const TFbsRecord record = AWriter.BeginRecord(GetFilerName(), 1);
