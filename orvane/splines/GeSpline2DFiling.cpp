@@ -125,7 +125,7 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
   TFloatDynArray knots(static_cast<std::size_t>(k), 0.0);
   TDynPoints2D pts(static_cast<std::size_t>(n));
   TFloatDynArray weights(static_cast<std::size_t>(n), 0.0);
-  std::vector<bool> seen(static_cast<std::size_t>(k + n), false);
+  std::vector<bool> seen(static_cast<std::size_t>(k) + static_cast<std::size_t>(n), false);
   for (pugi::xml_node c = ANode.first_child(); c; c = c.next_sibling()) {
     if (c.type() != pugi::node_element) continue;
     const std::string_view name = c.name();
