@@ -6,6 +6,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <cstdint>
 #include <pugixml.hpp>
 #include <string>
@@ -111,9 +112,11 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
   const std::int32_t p = TXmlNodeHelper::ReadIntAttr(ANode, "Degree", Where);
   const std::int32_t k = TXmlNodeHelper::ReadIntAttr(ANode, "KnotCount", Where);
   if (const std::string fault = CountsFault(n, p, k); !fault.empty()) TXmlNodeHelper::Fail(ANode, Where, fault);
-  // A control point without its element would have weight 0, so each must be there; the
-  // knots are fewer than the points plus 5, so the elements present bound every array.
-  if (TXmlNodeHelper::CountChildren(ANode, "CtrlPoint", n) < n) {
+  // A control point without its element would have weight 0 and is refused below; the knots
+  // are fewer than the points plus 5. So the element children bound every array.
+  std::int64_t children = 0;
+  for (pugi::xml_node c = ANode.first_child(); c && children < n; c = c.next_sibling()) ++children;
+  if (children < n) {
     TXmlNodeHelper::Fail(ANode, Where, Format("the control point count %d exceeds the elements present", n));
   }
   const bool periodic = TXmlNodeHelper::ReadBoolAttr(ANode, "IsPeriodic", Where);
@@ -121,25 +124,32 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
   TXmlNodeHelper::ReadBoolAttr(ANode, "IsRational", Where);
 
   // One pass over the children; the first element of an index counts, a knot without its
-  // element is 0.0.
+  // element is 0.0. A control point's attributes are walked once rather than looked up.
   TFloatDynArray knots(static_cast<std::size_t>(k), 0.0);
   TDynPoints2D pts(static_cast<std::size_t>(n));
   TFloatDynArray weights(static_cast<std::size_t>(n), 0.0);
-  std::vector<bool> seen(static_cast<std::size_t>(k) + static_cast<std::size_t>(n), false);
+  std::vector<char> seen(static_cast<std::size_t>(k) + static_cast<std::size_t>(n), 0);
   for (pugi::xml_node c = ANode.first_child(); c; c = c.next_sibling()) {
     if (c.type() != pugi::node_element) continue;
     const std::string_view name = c.name();
     if (const std::int32_t i = IndexAfter(name, "Knot", k); i >= 0) {
       const auto at = static_cast<std::size_t>(i);
-      if (seen[at]) continue;
-      seen[at] = true;
+      if (seen[at] != 0) continue;
+      seen[at] = 1;
       knots[at] = TXmlNodeHelper::ReadDoubleText(c, Where);
     } else if (const std::int32_t j = IndexAfter(name, "CtrlPoint", n); j >= 0) {
       const auto at = static_cast<std::size_t>(j);
-      if (seen[static_cast<std::size_t>(k) + at]) continue;
-      seen[static_cast<std::size_t>(k) + at] = true;
-      pts[at] = {TXmlNodeHelper::ReadDoubleAttr(c, "X", Where), TXmlNodeHelper::ReadDoubleAttr(c, "Y", Where)};
-      weights[at] = TXmlNodeHelper::ReadDoubleAttr(c, "Wt", Where);
+      if (seen[static_cast<std::size_t>(k) + at] != 0) continue;
+      seen[static_cast<std::size_t>(k) + at] = 1;
+      double* slot[3] = {&pts[at].X, &pts[at].Y, &weights[at]};
+      bool got[3] = {false, false, false};
+      for (pugi::xml_attribute a = c.first_attribute(); a; a = a.next_attribute()) {
+        const char* an = a.name();
+        const int v = an[0] == 'X' && an[1] == 0 ? 0 : an[0] == 'Y' && an[1] == 0 ? 1 : std::strcmp(an, "Wt") == 0 ? 2 : -1;
+        if (v < 0 || got[v]) continue;
+        got[v] = true;
+        *slot[v] = TXmlNodeHelper::ReadDoubleAttr(c, a, Where);
+      }
     }
   }
   if (const std::string fault = ValuesFault(p, knots, pts, weights); !fault.empty()) {

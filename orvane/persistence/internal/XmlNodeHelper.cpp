@@ -113,6 +113,11 @@ void TXmlNodeHelper::WriteAttr(pugi::xml_node& ANode, const char* Name, bool Val
   ANode.append_attribute(Name).set_value(Value ? "true" : "false");
 }
 
+double TXmlNodeHelper::ReadDoubleAttr(const pugi::xml_node& ANode, const pugi::xml_attribute& Attr,
+                                      const char* Where) {
+  return ParseDouble(ANode, Where, Attr.name(), Attr.value());
+}
+
 double TXmlNodeHelper::ReadDoubleAttr(const pugi::xml_node& ANode, const char* Name, const char* Where) {
   const pugi::xml_attribute attr = ANode.attribute(Name);
   return attr ? ParseDouble(ANode, Where, Name, attr.value()) : 0.0;

@@ -36,6 +36,8 @@ class TXmlNodeHelper {
   static void WriteAttr(pugi::xml_node& ANode, const char* Name, std::int32_t Value);
   static void WriteAttr(pugi::xml_node& ANode, const char* Name, bool Value);
   static double ReadDoubleAttr(const pugi::xml_node& ANode, const char* Name, const char* Where);
+  // The value of Attr, an attribute of ANode that the caller found by a walk over them.
+  static double ReadDoubleAttr(const pugi::xml_node& ANode, const pugi::xml_attribute& Attr, const char* Where);
   static std::int32_t ReadIntAttr(const pugi::xml_node& ANode, const char* Name, const char* Where);
   static bool ReadBoolAttr(const pugi::xml_node& ANode, const char* Name, const char* Where);
 
