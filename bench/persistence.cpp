@@ -43,8 +43,8 @@
 #include "orvane/persistence/FbsStream.h"
 #include "orvane/persistence/GeCurve2DFiler.h"
 #include "orvane/splines/GeSpline2D.h"
-#include "splines/DxfSplines.h"
 #include "orvane/vertex/VPoint2DList.h"
+#include "splines/DxfSplines.h"
 
 namespace {
 
@@ -274,7 +274,7 @@ TSplines MakeSplines(int Kind) {
         drawn.push_back(std::move(s));
       }
     }
-    for (int i = 0; i < SplineCount; ++i) c.List.Add(drawn[static_cast<std::size_t>(i) % drawn.size()]->CloneAs<TGeCurve2D>());
+    for (std::size_t i = 0; i < SplineCount; ++i) c.List.Add(drawn[i % drawn.size()]->CloneAs<TGeCurve2D>());
   } else {
     std::mt19937_64 rng(7);
     std::uniform_real_distribution<double> u(-1000.0, 1000.0);

@@ -82,10 +82,7 @@ void IFbsReader::EnterObject() {
 // Writer ---------------------------------------------------------------------------------------
 
 TFbsStreamWriter::TFbsStreamWriter(std::ostream& AStream, std::string AStreamName)
-    : FStream(AStream),
-      FStreamName(std::move(AStreamName)),
-      FBuf(CBlock + 1024, '\0'),
-      FOpenRecord(std::string::npos) {
+    : FStream(AStream), FStreamName(std::move(AStreamName)), FBuf(CBlock + 1024, '\0'), FOpenRecord(std::string::npos) {
   std::memcpy(FBuf.data(), CSignature, CSignatureSize);
   FLen = CSignatureSize;
 }

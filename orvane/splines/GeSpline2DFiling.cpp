@@ -6,7 +6,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <cstdint>
 #include <pugixml.hpp>
 #include <string>
@@ -144,8 +143,8 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
       double* slot[3] = {&pts[at].X, &pts[at].Y, &weights[at]};
       bool got[3] = {false, false, false};
       for (pugi::xml_attribute a = c.first_attribute(); a; a = a.next_attribute()) {
-        const char* an = a.name();
-        const int v = an[0] == 'X' && an[1] == 0 ? 0 : an[0] == 'Y' && an[1] == 0 ? 1 : std::strcmp(an, "Wt") == 0 ? 2 : -1;
+        const std::string_view an = a.name();
+        const int v = an == "X" ? 0 : an == "Y" ? 1 : an == "Wt" ? 2 : -1;
         if (v < 0 || got[v]) continue;
         got[v] = true;
         *slot[v] = TXmlNodeHelper::ReadDoubleAttr(c, a, Where);

@@ -113,8 +113,7 @@ void TXmlNodeHelper::WriteAttr(pugi::xml_node& ANode, const char* Name, bool Val
   ANode.append_attribute(Name).set_value(Value ? "true" : "false");
 }
 
-double TXmlNodeHelper::ReadDoubleAttr(const pugi::xml_node& ANode, const pugi::xml_attribute& Attr,
-                                      const char* Where) {
+double TXmlNodeHelper::ReadDoubleAttr(const pugi::xml_node& ANode, const pugi::xml_attribute& Attr, const char* Where) {
   return ParseDouble(ANode, Where, Attr.name(), Attr.value());
 }
 
