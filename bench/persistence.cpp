@@ -8,6 +8,11 @@
 //     ours:  TGeCurve2DFiler::ReadCurveList (parse, then every curve built)
 //     pugixml: xml_document::load of the same text (the parse alone), and the parse with
 //              every number converted by pugixml (what a host reading it alone would do)
+//   splines, twice: the part drawings' splines taken in turn, and random cubics with every
+//   coordinate at full precision (argument 0 and 1)
+//     ours:  binary records of 10^5 of them, written and read as above; an XML curve file of
+//            10^4 of them read by TGeCurve2DFiler::ReadCurveList
+//     pugixml: xml_document::load of the same XML text
 //   a JSON point list of 10^6 points
 //     ours:  TVPoint2DList::ReadFrom (file read, parse, points stored)
 //     nlohmann: the same file read and nlohmann::json::parse into its tree
@@ -18,8 +23,10 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -35,7 +42,9 @@
 #include "orvane/curves/GePolyline2D.h"
 #include "orvane/persistence/FbsStream.h"
 #include "orvane/persistence/GeCurve2DFiler.h"
+#include "orvane/splines/GeSpline2D.h"
 #include "orvane/vertex/VPoint2DList.h"
+#include "splines/DxfSplines.h"
 
 namespace {
 
@@ -221,6 +230,167 @@ void BM_Pugixml_ParseAndConvert(benchmark::State& State) {
   State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Xml.size()));
 }
 
+constexpr int SplineCount = 100000;
+constexpr int XmlSplineCount = 10000;
+
+struct TSplines {
+  TObjectList<TGeCurve2D> List;
+  std::string Binary;
+  std::string Xml;
+};
+
+bool SameSpline(const TGeCurve2D* A, const TGeCurve2D* B) {
+  const auto* a = dynamic_cast<const TGeSpline2D*>(A);
+  const auto* b = dynamic_cast<const TGeSpline2D*>(B);
+  const auto same = [](const auto& U, const auto& V) {
+    return U.size() == V.size() && std::memcmp(U.data(), V.data(), U.size() * sizeof(U[0])) == 0;
+  };
+  return a != nullptr && b != nullptr && a->GetDegree() == b->GetDegree() &&
+         same(a->GetKnotVector(), b->GetKnotVector()) && same(a->GetCtrlPoints(), b->GetCtrlPoints()) &&
+         same(a->GetWeights(), b->GetWeights());
+}
+
+// Kind 0: the splines of the part drawings (coordinates of 6 to 9 digits, knots 0 and 1),
+// taken in turn until there are enough. Kind 1: random cubics of 8 control points with
+// every coordinate at full precision, half of them rational, on clamped uniform knots.
+// Empty without the drawings.
+TSplines MakeSplines(int Kind) {
+  TSplines c;
+  if (Kind == 0) {
+    std::vector<std::unique_ptr<TGeSpline2D>> drawn;
+    const std::filesystem::path dir = ORVANE_SHARED_DATA_DIR "/curves";
+    if (!std::filesystem::exists(dir)) return c;
+    for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+      if (entry.path().extension() != ".dxf") continue;
+      for (orvane::testing::TDxfSpline& d : orvane::testing::ReadDxfSplines(entry.path())) {
+        if (d.Weights.empty()) d.Weights.assign(d.Pts.size(), 1.0);
+        if (d.Flags & 2) {
+          drawn.push_back(internal::WrapPeriodicSpline(d.Pts, d.Weights, d.Knots, d.Degree));
+          continue;
+        }
+        auto s = std::make_unique<TGeSpline2D>(static_cast<int>(d.Pts.size()), d.Degree);
+        for (int k = 0; k < s->GetCtrlPointCount(); ++k) s->SetCtrlPoint(k, d.Pts[k]), s->SetWeight(k, d.Weights[k]);
+        for (int k = 0; k < s->GetKnotCount(); ++k) s->SetKnots(k, d.Knots[k]);
+        drawn.push_back(std::move(s));
+      }
+    }
+    for (std::size_t i = 0; i < SplineCount; ++i) c.List.Add(drawn[i % drawn.size()]->CloneAs<TGeCurve2D>());
+  } else {
+    std::mt19937_64 rng(7);
+    std::uniform_real_distribution<double> u(-1000.0, 1000.0);
+    std::uniform_real_distribution<double> w(0.5, 2.0);
+    constexpr int n = 8;
+    for (int i = 0; i < SplineCount; ++i) {
+      auto s = std::make_unique<TGeSpline2D>(n, 3);
+      for (int k = 0; k < n; ++k) {
+        s->SetCtrlPoint(k, {u(rng), u(rng)});
+        s->SetWeight(k, i % 2 == 0 ? w(rng) : 1.0);
+      }
+      for (int k = 0; k < n + 4; ++k) s->SetKnots(k, std::clamp(k - 3, 0, n - 3) / double(n - 3));
+      c.List.Add(std::move(s));
+    }
+  }
+  std::ostringstream bin;
+  {
+    TFbsStreamWriter w(bin, "bench");
+    for (const TGeCurve2D* curve : c.List) TGeObject::SaveGeObjToDb(*curve, w);
+    w.Flush();
+  }
+  c.Binary = bin.str();
+  TList<TGeCurve2D*> first;
+  for (int i = 0; i < XmlSplineCount; ++i) first.Add(c.List[i]);
+  std::ostringstream xml;
+  TGeCurve2DFiler::SaveCurveList(first, xml);
+  c.Xml = xml.str();
+
+  // Both forms give back the splines written, to the bit.
+  std::istringstream in(c.Binary);
+  TFbsStreamReader r(in, "bench");
+  for (int i = 0; i < SplineCount; ++i) {
+    if (!SameSpline(TGeObject::ReadFromGeoData<TGeCurve2D>(r).get(), c.List[i])) {
+      throw std::runtime_error("a spline does not read back from the binary form");
+    }
+  }
+  TObjectList<TGeCurve2D> fromXml;
+  std::istringstream xin(c.Xml);
+  TGeCurve2DFiler::ReadCurveList(fromXml, xin, "bench");
+  if (fromXml.Count() != XmlSplineCount) throw std::runtime_error("XML spline count differs");
+  for (int i = 0; i < XmlSplineCount; ++i) {
+    if (!SameSpline(fromXml[i], c.List[i])) throw std::runtime_error("a spline does not read back from XML");
+  }
+  pugi::xml_document doc;
+  if (!doc.load_buffer(c.Xml.data(), c.Xml.size())) throw std::runtime_error("pugixml refuses our file");
+  if (std::distance(doc.document_element().begin(), doc.document_element().end()) != XmlSplineCount) {
+    throw std::runtime_error("pugixml sees another number of splines");
+  }
+  return c;
+}
+
+// The splines of kind State.range(0), or nil (and the benchmark skipped) without them.
+const TSplines* Splines(benchmark::State& State) {
+  static const TSplines kinds[2] = {MakeSplines(0), MakeSplines(1)};
+  const TSplines& c = kinds[State.range(0)];
+  if (c.List.Count() == 0) {
+    State.SkipWithError("no part drawings at " ORVANE_SHARED_DATA_DIR "/curves");
+    return nullptr;
+  }
+  State.SetLabel(State.range(0) == 0 ? "drawings" : "random");
+  return &c;
+}
+
+void BM_Orvane_SplineBinaryWrite(benchmark::State& State) {
+  const TSplines* sp = Splines(State);
+  if (sp == nullptr) return;
+  const TSplines& c = *sp;
+  for (auto _ : State) {
+    std::ostringstream out;
+    TFbsStreamWriter w(out, "bench");
+    for (const TGeCurve2D* curve : c.List) TGeObject::SaveGeObjToDb(*curve, w);
+    w.Flush();
+    benchmark::DoNotOptimize(out.tellp());
+  }
+  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Binary.size()));
+}
+
+void BM_Orvane_SplineBinaryRead(benchmark::State& State) {
+  const TSplines* sp = Splines(State);
+  if (sp == nullptr) return;
+  const TSplines& c = *sp;
+  for (auto _ : State) {
+    std::istringstream in(c.Binary);
+    TFbsStreamReader r(in, "bench");
+    int n = 0;
+    while (!r.AtEnd()) n += TGeObject::ReadFromGeoData(r) != nullptr ? 1 : 0;
+    if (n != SplineCount) State.SkipWithError("count differs");
+  }
+  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Binary.size()));
+}
+
+void BM_Orvane_SplineXmlRead(benchmark::State& State) {
+  const TSplines* sp = Splines(State);
+  if (sp == nullptr) return;
+  const TSplines& c = *sp;
+  for (auto _ : State) {
+    std::istringstream in(c.Xml);
+    TObjectList<TGeCurve2D> list;
+    TGeCurve2DFiler::ReadCurveList(list, in, "bench");
+    benchmark::DoNotOptimize(list.Count());
+  }
+  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Xml.size()));
+}
+
+void BM_Pugixml_SplineParse(benchmark::State& State) {
+  const TSplines* sp = Splines(State);
+  if (sp == nullptr) return;
+  const TSplines& c = *sp;
+  for (auto _ : State) {
+    std::istringstream in(c.Xml);
+    pugi::xml_document doc;
+    benchmark::DoNotOptimize(doc.load(in));
+  }
+  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Xml.size()));
+}
+
 const std::string& PointsFile() {
   static const std::string file = [] {
     std::string name = "/tmp/orvane_bench_points_" + std::to_string(::getpid()) + ".json";
@@ -278,6 +448,10 @@ BENCHMARK(BM_Bare_RawWordsRead)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Orvane_XmlRead)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Pugixml_Parse)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Pugixml_ParseAndConvert)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Orvane_SplineBinaryWrite)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Orvane_SplineBinaryRead)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Orvane_SplineXmlRead)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Pugixml_SplineParse)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Orvane_JsonRead)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Nlohmann_JsonParse)->Unit(benchmark::kMillisecond);
 

@@ -10,7 +10,9 @@
 // steps; the tolerance 1e-6 belongs to the contact and point tests alone.
 
 #include <cstdint>
+#include <iosfwd>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "orvane/foundation/Matrix2D.h"
@@ -86,6 +88,9 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
   // polyline comes back as it was. With a single chain, its vertices in stored order.
   // EListError without chains.
   std::unique_ptr<TVPolyline2D> ToVPolyline2D() const;
+  // The text dump: each chain in list order as TVPolyline2D::WriteToFile writes it, a line
+  // break between chains and none after the last. EInOutError when the stream fails.
+  void WriteToFile(std::ostream& F, std::string_view Color, bool HighPrecision) const;
   // Moves every chain and the box. The sort by left edge survives, since all chains move
   // alike. The other bulk changes act on the chains only and keep neither the box nor the
   // chains' order in y: rebuild the polygon after them.

@@ -82,24 +82,22 @@ void IFbsReader::EnterObject() {
 // Writer ---------------------------------------------------------------------------------------
 
 TFbsStreamWriter::TFbsStreamWriter(std::ostream& AStream, std::string AStreamName)
-    : FStream(AStream),
-      FStreamName(std::move(AStreamName)),
-      FBuf(CSignature, CSignatureSize),
-      FOpenRecord(std::string::npos) {
-  FBuf.reserve(CBlock + 1024);
+    : FStream(AStream), FStreamName(std::move(AStreamName)), FBuf(CBlock + 1024, '\0'), FOpenRecord(std::string::npos) {
+  std::memcpy(FBuf.data(), CSignature, CSignatureSize);
+  FLen = CSignatureSize;
 }
 
 TFbsStreamWriter::~TFbsStreamWriter() {
   // Only closed records go out: an open one is incomplete.
   try {
-    Spill(FOpenRecord == std::string::npos ? FBuf.size() : FOpenRecord);
+    Spill(FOpenRecord == std::string::npos ? FLen : FOpenRecord);
     FStream.flush();
   } catch (...) {  // NOLINT(bugprone-empty-catch): a destructor cannot report
   }
 }
 
 std::string TFbsStreamWriter::Position() const {
-  return Format("stream \"%s\", byte %u", FStreamName, FSpilled + FBuf.size());
+  return Format("stream \"%s\", byte %u", FStreamName, FSpilled + FLen);
 }
 
 void TFbsStreamWriter::Spill(std::size_t Count) {
@@ -111,7 +109,8 @@ void TFbsStreamWriter::Spill(std::size_t Count) {
     throw EInOutError("[Error] TFbsStreamWriter: the stream refused the bytes (%s)", Position());
   }
   FSpilled += Count;
-  FBuf.erase(0, Count);
+  std::memmove(FBuf.data(), FBuf.data() + Count, FLen - Count);
+  FLen -= Count;
 }
 
 TFbsRecord TFbsStreamWriter::BeginRecord(std::string_view Name, std::int32_t Version) {
@@ -123,10 +122,9 @@ TFbsRecord TFbsStreamWriter::BeginRecord(std::string_view Name, std::int32_t Ver
     throw EParamError("[Error] TFbsStreamWriter.BeginRecord: the name \"%s\" is longer than 255 bytes",
                       std::string(Name));
   }
-  if (FBuf.size() >= CBlock) Spill(FBuf.size());
-  FOpenRecord = FBuf.size();
-  FBuf.resize(FOpenRecord + 2 + Name.size() + 8);
-  char* p = FBuf.data() + FOpenRecord;
+  if (FLen >= CBlock) Spill(FLen);
+  FOpenRecord = FLen;
+  char* p = Room(2 + Name.size() + 8);
   p[0] = 'R';
   p[1] = static_cast<char>(Name.size());
   std::memcpy(p + 2, Name.data(), Name.size());
@@ -138,46 +136,49 @@ TFbsRecord TFbsStreamWriter::BeginRecord(std::string_view Name, std::int32_t Ver
 void TFbsStreamWriter::ReleaseRecord() noexcept {
   if (FOpenRecord == std::string::npos) return;
   const std::size_t lengthAt = FOpenRecord + 6 + static_cast<unsigned char>(FBuf[FOpenRecord + 1]);
-  const std::size_t length = FBuf.size() - lengthAt - 4;
+  const std::size_t length = FLen - lengthAt - 4;
   // More than 4 GiB of fields cannot be counted: the stream is spoilt, and Flush says so.
   if (length > 0xFFFFFFFFu) FFailed = true;
   StoreU32(FBuf.data() + lengthAt, static_cast<std::uint32_t>(length));
   FOpenRecord = std::string::npos;
 }
 
-void TFbsStreamWriter::Field(const char* Bytes, std::size_t Size, const char* Op) {
+char* TFbsStreamWriter::Room(std::size_t Size) {
+  if (FBuf.size() - FLen < Size) FBuf.resize(std::max(2 * FBuf.size(), FLen + Size));
+  char* p = FBuf.data() + FLen;
+  FLen += Size;
+  return p;
+}
+
+char* TFbsStreamWriter::Field(char Tag, std::size_t Size, const char* Op) {
   if (FOpenRecord == std::string::npos) throw EInOutError("[Error] %s: no record is open (%s)", Op, Position());
-  FBuf.append(Bytes, Size);
+  char* p = Room(1 + Size);
+  p[0] = Tag;
+  return p + 1;
 }
 
 void TFbsStreamWriter::WriteBoolean(bool Value) {
-  const char field[2] = {'B', Value ? char(1) : char(0)};
-  Field(field, sizeof field, "TFbsStreamWriter.WriteBoolean");
+  *Field('B', 1, "TFbsStreamWriter.WriteBoolean") = Value ? char(1) : char(0);
 }
 
 void TFbsStreamWriter::WriteDouble(double Value) {
-  char field[9] = {'D'};
-  StoreU64(field + 1, std::bit_cast<std::uint64_t>(Value));
-  Field(field, sizeof field, "TFbsStreamWriter.WriteDouble");
+  StoreU64(Field('D', 8, "TFbsStreamWriter.WriteDouble"), std::bit_cast<std::uint64_t>(Value));
 }
 
 void TFbsStreamWriter::WriteInteger(std::int32_t Value) {
-  char field[5] = {'I'};
-  StoreU32(field + 1, static_cast<std::uint32_t>(Value));
-  Field(field, sizeof field, "TFbsStreamWriter.WriteInteger");
+  StoreU32(Field('I', 4, "TFbsStreamWriter.WriteInteger"), static_cast<std::uint32_t>(Value));
 }
 
 void TFbsStreamWriter::WritePoint(const TPoint2D& Value) {
-  char field[17] = {'P'};
-  StoreU64(field + 1, std::bit_cast<std::uint64_t>(Value.X));
-  StoreU64(field + 9, std::bit_cast<std::uint64_t>(Value.Y));
-  Field(field, sizeof field, "TFbsStreamWriter.WritePoint");
+  char* p = Field('P', 16, "TFbsStreamWriter.WritePoint");
+  StoreU64(p, std::bit_cast<std::uint64_t>(Value.X));
+  StoreU64(p + 8, std::bit_cast<std::uint64_t>(Value.Y));
 }
 
 void TFbsStreamWriter::Flush() {
   if (FOpenRecord != std::string::npos)
     throw EInOutError("[Error] TFbsStreamWriter.Flush: a record is open (%s)", Position());
-  Spill(FBuf.size());
+  Spill(FLen);
   FStream.flush();
   if (!FStream) {
     FFailed = true;

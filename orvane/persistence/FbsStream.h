@@ -120,13 +120,19 @@ class ORVANE_API TFbsStreamWriter final : public IFbsWriter {
   void Flush();
 
  private:
-  void Field(const char* Bytes, std::size_t Size, const char* Op);
+  // Size more bytes at the end of the buffer, for the caller to fill.
+  ORVANE_LOCAL char* Room(std::size_t Size);
+  // Room for a field of Tag and Size bytes of value, behind the tag; EInOutError when no
+  // record is open.
+  ORVANE_LOCAL char* Field(char Tag, std::size_t Size, const char* Op);
   void Spill(std::size_t Count);
   std::string Position() const;
 
   std::ostream& FStream;
   std::string FStreamName;
+  // The bytes not yet handed to the stream: the first FLen of FBuf.
   std::string FBuf;
+  std::size_t FLen = 0;
   // Offset in FBuf of the open record's start; npos when no record is open.
   std::size_t FOpenRecord;
   std::uint64_t FSpilled = 0;

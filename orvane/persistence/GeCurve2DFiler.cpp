@@ -85,6 +85,8 @@ void TGeCurve2DFiler::WriteCurve(pugi::xml_node& ANode, const TGeCurve2D& ACurve
     name = "Polygon2D";
   } else if (dynamic_cast<const TGePolyline2D*>(&ACurve) != nullptr) {
     name = "Polyline2D";
+  } else if (dynamic_cast<const TGeSpline2D*>(&ACurve) != nullptr) {
+    name = "Spline2D";
   } else if (dynamic_cast<const TGeCompositeCurve2D*>(&ACurve) != nullptr) {
     name = "CompositeCurve2D";
   }
@@ -125,6 +127,7 @@ std::unique_ptr<TGeCurve2D> TGeCurve2DFiler::ReadCurve(const pugi::xml_node& ANo
   if (internal::SameText(name, "CircularArc2D")) return ReadArc(ANode);
   if (internal::SameText(name, "Polyline2D")) return ReadPolyline(ANode);
   if (internal::SameText(name, "Polygon2D")) return ReadPolygon(ANode);
+  if (internal::SameText(name, "Spline2D")) return ReadSpline(ANode);
   if (internal::SameText(name, "CompositeCurve2D")) return ReadCompositeCurve(ANode);
   return nullptr;
 }
@@ -159,6 +162,12 @@ std::unique_ptr<TGePolyline2D> TGeCurve2DFiler::ReadPolyline(const pugi::xml_nod
 
 std::unique_ptr<TGePolygon2D> TGeCurve2DFiler::ReadPolygon(const pugi::xml_node& ANode) {
   return ReadVertices<TGePolygon2D>(ANode, "TGeCurve2DFiler.ReadPolygon");
+}
+
+std::unique_ptr<TGeSpline2D> TGeCurve2DFiler::ReadSpline(const pugi::xml_node& ANode) {
+  auto spline = std::make_unique<TGeSpline2D>();
+  spline->LoadFromXmlNode(ANode);
+  return spline;
 }
 
 std::unique_ptr<TGeCompositeCurve2D> TGeCurve2DFiler::ReadCompositeCurve(const pugi::xml_node& ANode) {

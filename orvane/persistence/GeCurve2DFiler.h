@@ -1,7 +1,7 @@
 #pragma once
 // TGeCurve2DFiler: whole XML files of curves. The root element "Curve2DList" holds one child
 // per curve, named by the curve's filer name ("Line2D", "CircularArc2D", "Polyline2D",
-// "Polygon2D", "CompositeCurve2D"). Sub-curves of a composite are children of its element.
+// "Polygon2D", "Spline2D", "CompositeCurve2D"). Sub-curves of a composite are children of its element.
 
 #include <iosfwd>
 #include <memory>
@@ -15,6 +15,7 @@
 #include "orvane/curves/GePolyline2D.h"
 #include "orvane/foundation/Export.h"
 #include "orvane/foundation/List.h"
+#include "orvane/splines/GeSpline2D.h"
 
 namespace pugi {
 class xml_node;
@@ -50,6 +51,9 @@ class ORVANE_API TGeCurve2DFiler {
   // Nil unless the element's "PointCount" is at least 1.
   static std::unique_ptr<TGePolyline2D> ReadPolyline(const pugi::xml_node& ANode);
   static std::unique_ptr<TGePolygon2D> ReadPolygon(const pugi::xml_node& ANode);
+  // Malformed splines (a degree outside 1..3 among them) are an EInOutError, not nil: a
+  // curve the file holds is never dropped without a word.
+  static std::unique_ptr<TGeSpline2D> ReadSpline(const pugi::xml_node& ANode);
   // Its children in order; a child of no known curve class is dropped.
   static std::unique_ptr<TGeCompositeCurve2D> ReadCompositeCurve(const pugi::xml_node& ANode);
 };

@@ -1,5 +1,6 @@
 // The text dump of points and polylines: a colour in front of each object, then its points.
-// Mixed polylines are dumped as the vertex polyline they flatten to.
+// Mixed polylines are dumped as the vertex polyline they flatten to, monotone polygons as
+// their chains.
 
 #include <ostream>
 
@@ -8,6 +9,7 @@
 #include "orvane/foundation/Point2DUtils.h"
 #include "orvane/mixed/LABPolyline.h"
 #include "orvane/mixed/LABPolylineList.h"
+#include "orvane/monotone/MPolygon.h"
 #include "orvane/vertex/VPolyline2D.h"
 #include "orvane/vertex/VPolyline2DList.h"
 
@@ -72,6 +74,15 @@ void TVPolyline2DList::WriteToFile(std::ostream& F, std::string_view Color, bool
     AppendPolyline(text, *(*this)[i], Color, HighPrecision);
   }
   Put(F, text, "TVPolyline2DList.WriteToFile");
+}
+
+void TMPolygon::WriteToFile(std::ostream& F, std::string_view Color, bool HighPrecision) const {
+  std::string text;
+  for (int i = 0; i < Count(); ++i) {
+    if (i > 0) text += '\n';
+    AppendPolyline(text, *(*this)[i], Color, HighPrecision);
+  }
+  Put(F, text, "TMPolygon.WriteToFile");
 }
 
 void TLABPolyline::WriteToFile(std::ostream& F, int /*Flag*/, std::string_view Color, bool HighPrecision) const {

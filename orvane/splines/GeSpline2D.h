@@ -75,6 +75,14 @@ class ORVANE_API TGeSpline2D final : public TGeCurve2D {
   std::string ClassName() const override;
   std::unique_ptr<TGeObject> CreateEmpty() const override;
   void AssignTo(TPersistent& Dest) const override;
+  // The XML element's content and the binary record's fields. Loading refuses, with an
+  // EInOutError that names the place and leaves the spline as it was, a degree outside 1..3,
+  // counts that do not fit one another or the data present, knots that fall or span no
+  // range, a weight not above 0 and any value that is not finite.
+  void LoadFromXmlNode(const pugi::xml_node& ANode) override;
+  void SaveToXmlNode(pugi::xml_node& ANode) const override;
+  void LoadGeoData(IFbsReader& AReader) override;
+  void SaveGeoData(IFbsWriter& AWriter) const override;
 
   // Sizes the arrays for CtrlCount points of degree Degree (KnotCount = CtrlCount + Degree + 1);
   // entries within the new sizes keep their values, new ones are zero.

@@ -1,7 +1,9 @@
-// The records of the polyline family, Beziers and composites in both formats.
+// The records of the polyline family, Beziers, splines and composites in both formats.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
+#include <filesystem>
 #include <pugixml.hpp>
 #include <sstream>
 
@@ -14,12 +16,21 @@
 #include "orvane/foundation/Exception.h"
 #include "orvane/persistence/FbsStream.h"
 #include "orvane/persistence/GeCurve2DFiler.h"
+#include "splines/DxfSplines.h"
 
 using namespace orvane;
 
 namespace {
 
 const double Third = 1.0 / 3.0;
+
+// Control points and weights as given, knots Lo times 0 then 1 to the end.
+std::unique_ptr<TGeSpline2D> Make(int Degree, const TDynPoints2D& Pts, const TFloatDynArray& W, int Lo) {
+  auto s = std::make_unique<TGeSpline2D>(static_cast<int>(Pts.size()), Degree);
+  for (int i = 0; i < s->GetCtrlPointCount(); ++i) s->SetCtrlPoint(i, Pts[i]), s->SetWeight(i, W[i]);
+  for (int i = Lo; i < s->GetKnotCount(); ++i) s->SetKnots(i, 1.0);
+  return s;
+}
 
 bool SameBits(const TPoint2D& A, const TPoint2D& B) {
   return std::bit_cast<std::uint64_t>(A.X) == std::bit_cast<std::uint64_t>(B.X) &&
@@ -57,11 +68,12 @@ std::vector<std::unique_ptr<TGeObject>> ReadBin(const std::string& Bytes) {
   return objs;
 }
 
-// line -> composite(polyline, composite(polygon, poly-Bezier), arc): three levels.
+// line -> composite(polyline, composite(polygon, poly-Bezier, spline), arc): three levels.
 std::unique_ptr<TGeCompositeCurve2D> ThreeLevels() {
   auto inner = std::make_unique<TGeCompositeCurve2D>();
   inner->AddCurve(std::make_unique<TGePolygon2D>(TDynPoints2D{{2, 0}, {3, 0}, {3, 1e-300}}));
   inner->AddCurve(std::make_unique<TGePolyBezier2D>(TDynPoints2D{{3, 1}, {Third, -0.0}, {4, 2}, {5, 5e-324}}));
+  inner->AddCurve(Make(2, {{5, 5e-324}, {6, 1e-300}, {7, -0.0}}, {1, Third, 1}, 3));
   auto mid = std::make_unique<TGeCompositeCurve2D>();
   mid->AddCurve(std::make_unique<TGePolyline2D>(TDynPoints2D{{1, 0}, {-0.0, Third}, {2, 0}}));
   mid->AddCurve(std::move(inner));
@@ -151,7 +163,7 @@ TEST(CurveRecords, EveryClassAndNestedCompositesRoundTripBitForBitInBothFormats)
   ReadXml(text, xml);
   ASSERT_EQ(xml.Count(), 2);
   EXPECT_EQ(SaveXml({xml[0], xml[1]}), text);
-  EXPECT_EQ(Shape(*xml[0]), "C(Line2D,C(Polyline2D,C(Polygon2D,PolyBezier2D)),CircularArc2D)");
+  EXPECT_EQ(Shape(*xml[0]), "C(Line2D,C(Polyline2D,C(Polygon2D,PolyBezier2D,Spline2D)),CircularArc2D)");
   EXPECT_EQ(xml[1]->ClassName(), "TGePolygon2D");
   EXPECT_TRUE(SameBits(static_cast<TGePolygon2D*>(xml[1])->GetPoint(0), {-0.0, 5e-324}));
   EXPECT_TRUE(SameBits(static_cast<TGePolygon2D*>(xml[1])->GetPoint(1), {Third, 1e-300}));
@@ -302,4 +314,130 @@ TEST(CurveRecords, XmlCountsNamesAndNesting) {
     }
     EXPECT_EQ(keep.Count(), 0);
   }
+}
+
+// Splines: written text and bytes are injective in every double (shortest round-trip digits,
+// raw words), so equal rewrites mean equal bits.
+TEST(SplineRecords, GoldenXmlAndAHandWorkedPointAfterReading) {
+  const auto s = Make(2, {{1, 0}, {1, 1}, {-0.0, 1}}, {1, 0.5, 1}, 3);
+  const std::string text = SaveXml({s.get()});
+  EXPECT_EQ(text,
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Curve2DList>\n"
+            "  <Spline2D CtrlCount=\"3\" Degree=\"2\" KnotCount=\"6\" IsPeriodic=\"false\" IsRational=\"true\">\n"
+            "    <Knot0>0</Knot0>\n    <Knot1>0</Knot1>\n    <Knot2>0</Knot2>\n"
+            "    <Knot3>1</Knot3>\n    <Knot4>1</Knot4>\n    <Knot5>1</Knot5>\n"
+            "    <CtrlPoint0 X=\"1\" Y=\"0\" Wt=\"1\" />\n"
+            "    <CtrlPoint1 X=\"1\" Y=\"1\" Wt=\"0.5\" />\n"
+            "    <CtrlPoint2 X=\"-0\" Y=\"1\" Wt=\"1\" />\n"
+            "  </Spline2D>\n</Curve2DList>\n");
+  // At 1/2 the basis is 1/4, 1/2, 1/4 and each weighted term 1/4: the point (2/3, 2/3).
+  // "IsRational" does not decide: equal weights read back as not rational.
+  std::string flagged = SaveXml({Make(1, {{0, 0}, {1, 0}}, {2, 2}, 2).get()});
+  flagged.replace(flagged.find("IsRational=\"false\""), 18, "IsRational=\"true\"");
+  TObjectList<TGeCurve2D> back;
+  ReadXml(text, back);
+  ReadXml(flagged, back);
+  ASSERT_EQ(back.Count(), 2);
+  const auto& r = dynamic_cast<const TGeSpline2D&>(*back[0]);
+  EXPECT_NEAR(r.EvalPoint(0.5).X, 2.0 / 3.0, 1e-15);
+  EXPECT_NEAR(r.EvalPoint(0.5).Y, 2.0 / 3.0, 1e-15);
+  EXPECT_FALSE(dynamic_cast<const TGeSpline2D&>(*back[1]).GetIsRational());
+}
+
+TEST(SplineRecords, DrawingSplinesRoundTripBitForBitAloneAndInComposites) {
+  const std::filesystem::path dir = ORVANE_SHARED_DATA_DIR "/curves";
+  if (!std::filesystem::exists(dir)) GTEST_SKIP() << "no shared data at " << dir;
+  TGeCompositeCurve2D all;
+  std::vector<const TGeCurve2D*> top{&all};
+  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+    if (entry.path().extension() != ".dxf") continue;
+    for (orvane::testing::TDxfSpline& d : orvane::testing::ReadDxfSplines(entry.path())) {
+      if (d.Weights.empty()) d.Weights.assign(d.Pts.size(), 1.0);
+      std::unique_ptr<TGeSpline2D> s;
+      if (!(d.Flags & 2)) {
+        s = Make(d.Degree, d.Pts, d.Weights, 0);
+        for (int i = 0; i < s->GetKnotCount(); ++i) s->SetKnots(i, d.Knots[i]);
+      } else {
+        s = internal::WrapPeriodicSpline(d.Pts, d.Weights, d.Knots, d.Degree);
+        // Why the binary record keeps the flag: without it the wrapped curve is not closed.
+        const auto plain = s->CloneAs<TGeSpline2D>();
+        plain->SetPeriodic(false);
+        EXPECT_TRUE(s->GetIsClosed() && !plain->GetIsClosed());
+      }
+      top.push_back(s.get());
+      all.AddCurve(std::move(s));
+    }
+  }
+  ASSERT_GT(all.GetCurveCount(), 200);
+  const std::string text = SaveXml(top);
+  TObjectList<TGeCurve2D> xml;
+  ReadXml(text, xml);
+  ASSERT_EQ(xml.Count(), static_cast<int>(top.size()));
+  EXPECT_EQ(SaveXml({xml.begin(), xml.end()}), text);
+  const std::string bytes = WriteBin({&all});
+  std::istringstream in(bytes);
+  TFbsStreamReader reader(in, "mem");
+  const auto bin = TGeObject::ReadFromGeoData<TGeCompositeCurve2D>(reader);
+  ASSERT_NE(bin, nullptr);
+  EXPECT_EQ(WriteBin({bin.get()}), bytes);
+  EXPECT_EQ(SaveXml({bin.get()}), SaveXml({&all}));
+}
+
+TEST(SplineRecords, MalformedRecordsAreReadErrorsThatLeaveTheSplineAsItWas) {
+  const std::string good = SaveXml({Make(2, {{1, 0}, {1, 1}, {0, 1}}, {1, 0.5, 1}, 3).get()});
+  const auto edit = [&](const std::string& From, const std::string& To) {
+    std::string t = good;
+    return t.replace(t.find(From), From.size(), To);
+  };
+  const auto target = Make(1, {{0, 0}, {1, 0}}, {1, 1}, 2);
+  const std::string before = SaveXml({target.get()});
+  for (const std::string& b : {
+           edit("Degree=\"2\" KnotCount=\"6\"", "Degree=\"0\" KnotCount=\"4\""),
+           edit("CtrlCount=\"3\" Degree=\"2\" KnotCount=\"6\"", "CtrlCount=\"5\" Degree=\"4\" KnotCount=\"10\""),
+           edit("Degree=\"2\"", "Degree=\"3\""), edit("KnotCount=\"6\"", "KnotCount=\"7\""),
+           edit("CtrlCount=\"3\" Degree=\"2\" KnotCount=\"6\"", "CtrlCount=\"2147483646\" Degree=\"1\" KnotCount=\"0\""),
+           edit("<Knot1>0", "<Knot1>2"), edit("<Knot3>1", "<Knot3>0"), edit("<Knot4>1", "<Knot4>nan"),
+           edit("Wt=\"0.5\"", "Wt=\"0\""), edit("Wt=\"0.5\"", "Wt=\"-1\""), edit("Wt=\"0.5\"", ""),
+           edit("Y=\"1\" Wt=\"0.5\"", "Y=\"1e999\" Wt=\"0.5\""), edit("<CtrlPoint2", "<CtrlPoint02")}) {
+    TObjectList<TGeCurve2D> list;
+    try {
+      ReadXml(b, list);
+      ADD_FAILURE() << b;
+    } catch (const EInOutError& e) {
+      EXPECT_NE(e.Message.find("/Curve2DList/Spline2D"), std::string::npos) << e.Message;
+    }
+    pugi::xml_document doc;
+    ASSERT_TRUE(doc.load_string(b.c_str()));
+    EXPECT_THROW(target->LoadFromXmlNode(doc.document_element().first_child()), EInOutError);
+    EXPECT_EQ(SaveXml({target.get()}), before);
+  }
+
+  // The binary record: counts n, p, k; k knots; n points with weights; the periodic flag.
+  const auto record = [](int N, int P, std::vector<double> Knots, double W, bool Cut = false, int K = -1) {
+    std::ostringstream out;
+    TFbsStreamWriter w(out, "mem");
+    w.BeginRecord("Spline2D", 1).Release();
+    TFbsRecord r = w.BeginRecord("Spline2D", 1);
+    w.WriteInteger(N), w.WriteInteger(P), w.WriteInteger(K < 0 ? static_cast<int>(Knots.size()) : K);
+    for (double k : Knots) w.WriteDouble(k);
+    for (int i = 0; i < std::min(N, 9); ++i) w.WritePoint({double(i), 0}), w.WriteDouble(i == 1 ? W : 1.0);
+    if (!Cut) w.WriteBoolean(true);
+    r.Release();
+    w.Flush();
+    return out.str();
+  };
+  for (const std::string& bytes :
+       {record(2, 0, {0, 0, 1}, 1), record(5, 4, {0, 0, 0, 0, 0, 1, 1, 1, 1, 1}, 1), record(2, 1, {0, 0, 1}, 1),
+        record(2, 1, {0, 1, 0, 1}, 1), record(2, 1, {0, 0, 0, 0}, 1), record(2, 1, {0, 0, 1, 1}, 0),
+        record(2, 1, {0, 0, 1, 1}, -1e-300), record(2, 1, {0, 0, 1, 1e308 * 10}, 1), record(2, 1, {0, 0, 1, 1}, 1, true),
+        record(0x7ffffff0, 1, {}, 1, true, 0x7ffffff2)}) {
+    std::istringstream in(bytes);
+    TFbsStreamReader r(in, "mem");
+    EXPECT_THROW(target->LoadGeoData(r), EInOutError);
+    EXPECT_EQ(SaveXml({target.get()}), before);
+  }
+  std::istringstream in(record(2, 1, {0, 0, 1, 1}, 1));
+  TFbsStreamReader r(in, "mem");
+  target->LoadGeoData(r);
+  EXPECT_TRUE(target->GetIsPeriodic());
 }

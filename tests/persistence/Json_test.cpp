@@ -9,6 +9,7 @@
 
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Point2DUtils.h"
+#include "orvane/monotone/MPolygon.h"
 #include "orvane/vertex/VHPolygon.h"
 #include "orvane/vertex/VPolyline2DList.h"
 
@@ -198,6 +199,19 @@ TEST(TextDump, ExactForms) {
   out.str("");
   list.WriteToFile(out, "c", false);
   EXPECT_EQ(out.str(), "c((0.000000, 0.000000))\nc()");
+
+  // A monotone polygon: its chains in list order, each climbing, black written as no colour.
+  // The rectangle from its lower left corner, counter-clockwise: the climbing right side,
+  // then the chain that holds both level edges and the left side.
+  const TMPolygon rect(TVPolyline2D{{0, 0}, {2, 0}, {2, 1}, {0, 1}, {0, 0}}, nullptr);
+  out.str("");
+  rect.WriteToFile(out, "#000000", false);
+  EXPECT_EQ(out.str(),
+            "((2.000000, 0.000000), (0.000000, 0.000000), (0.000000, 1.000000), (2.000000, 1.000000))\n"
+            "((2.000000, 0.000000), (2.000000, 1.000000))");
+  out.str("");
+  TMPolygon().WriteToFile(out, "c", false);
+  EXPECT_EQ(out.str(), "");
 
   std::ostringstream broken;
   broken.setstate(std::ios::badbit);

@@ -89,6 +89,10 @@ double TXmlNodeHelper::ReadDoubleValue(const pugi::xml_node& ANode, const char* 
   return text == nullptr ? 0.0 : ParseDouble(child, Where, nullptr, text);
 }
 
+double TXmlNodeHelper::ReadDoubleText(const pugi::xml_node& ANode, const char* Where) {
+  return ParseDouble(ANode, Where, nullptr, ANode.child_value());
+}
+
 bool TXmlNodeHelper::ReadBoolValue(const pugi::xml_node& ANode, const char* Name, const char* Where) {
   pugi::xml_node child;
   const char* text = ValueText(ANode, Name, child);
@@ -107,6 +111,10 @@ void TXmlNodeHelper::WriteAttr(pugi::xml_node& ANode, const char* Name, std::int
 
 void TXmlNodeHelper::WriteAttr(pugi::xml_node& ANode, const char* Name, bool Value) {
   ANode.append_attribute(Name).set_value(Value ? "true" : "false");
+}
+
+double TXmlNodeHelper::ReadDoubleAttr(const pugi::xml_node& ANode, const pugi::xml_attribute& Attr, const char* Where) {
+  return ParseDouble(ANode, Where, Attr.name(), Attr.value());
 }
 
 double TXmlNodeHelper::ReadDoubleAttr(const pugi::xml_node& ANode, const char* Name, const char* Where) {

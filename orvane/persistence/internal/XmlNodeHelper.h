@@ -27,12 +27,17 @@ class TXmlNodeHelper {
   static void WriteValue(pugi::xml_node& ANode, const char* Name, bool Value);
   static double ReadDoubleValue(const pugi::xml_node& ANode, const char* Name, const char* Where);
   static bool ReadBoolValue(const pugi::xml_node& ANode, const char* Name, const char* Where);
+  // The text of ANode itself as a double, for value children found by a walk over the
+  // children rather than by name.
+  static double ReadDoubleText(const pugi::xml_node& ANode, const char* Where);
 
   // Attributes of ANode itself.
   static void WriteAttr(pugi::xml_node& ANode, const char* Name, double Value);
   static void WriteAttr(pugi::xml_node& ANode, const char* Name, std::int32_t Value);
   static void WriteAttr(pugi::xml_node& ANode, const char* Name, bool Value);
   static double ReadDoubleAttr(const pugi::xml_node& ANode, const char* Name, const char* Where);
+  // The value of Attr, an attribute of ANode that the caller found by a walk over them.
+  static double ReadDoubleAttr(const pugi::xml_node& ANode, const pugi::xml_attribute& Attr, const char* Where);
   static std::int32_t ReadIntAttr(const pugi::xml_node& ANode, const char* Name, const char* Where);
   static bool ReadBoolAttr(const pugi::xml_node& ANode, const char* Name, const char* Where);
 

@@ -1,0 +1,216 @@
+// The spline's XML element and binary record. Both readers build the arrays aside, check the
+// whole spline, and only then take it, so that a bad file never leaves a spline that
+// evaluation would refuse, nor changes the spline it was loaded into.
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <pugixml.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "orvane/foundation/Exception.h"
+#include "orvane/foundation/Format.h"
+#include "orvane/persistence/FbsStream.h"
+#include "orvane/persistence/internal/XmlNodeHelper.h"
+#include "orvane/splines/GeSpline2D.h"
+
+namespace orvane {
+
+namespace {
+
+// Evaluation and the Bezier conversions serve degrees 1 to 3.
+constexpr std::int32_t CMinDegree = 1;
+constexpr std::int32_t CMaxDegree = 3;
+
+// What is wrong with the counts of a record, or an empty text.
+std::string CountsFault(std::int32_t CtrlCount, std::int32_t Degree, std::int32_t KnotCount) {
+  if (Degree < CMinDegree || Degree > CMaxDegree) {
+    return Format("the degree %d lies outside %d..%d", Degree, CMinDegree, CMaxDegree);
+  }
+  if (CtrlCount < Degree + 1) return Format("%d control points are too few for degree %d", CtrlCount, Degree);
+  if (static_cast<std::int64_t>(KnotCount) != static_cast<std::int64_t>(CtrlCount) + Degree + 1) {
+    return Format("%d knots do not fit %d control points of degree %d", KnotCount, CtrlCount, Degree);
+  }
+  return {};
+}
+
+// What is wrong with the values, or an empty text. The counts are those CountsFault passed.
+std::string ValuesFault(int Degree, const TFloatDynArray& Knots, const TDynPoints2D& Pts,
+                        const TFloatDynArray& Weights) {
+  for (std::size_t i = 0; i < Knots.size(); ++i) {
+    if (!std::isfinite(Knots[i])) return Format("knot %d is not finite", static_cast<std::int64_t>(i));
+    if (i > 0 && Knots[i] < Knots[i - 1]) return Format("the knots fall at knot %d", static_cast<std::int64_t>(i));
+  }
+  const std::size_t n = Pts.size();
+  const std::size_t p = static_cast<std::size_t>(Degree);
+  if (!(Knots[p] < Knots[n])) return "the knots span no parameter range";
+  for (std::size_t i = 0; i < n; ++i) {
+    if (!std::isfinite(Pts[i].X) || !std::isfinite(Pts[i].Y)) {
+      return Format("control point %d is not finite", static_cast<std::int64_t>(i));
+    }
+    if (!(Weights[i] > 0.0) || !std::isfinite(Weights[i])) {
+      return Format("weight %d is not a positive number", static_cast<std::int64_t>(i));
+    }
+  }
+  return {};
+}
+
+// The index behind Prefix in an element name such as "Knot12": canonical decimal (no sign,
+// no leading zero) below Count; -1 for any other name.
+std::int32_t IndexAfter(std::string_view Name, std::string_view Prefix, std::int32_t Count) {
+  if (!Name.starts_with(Prefix) || Name.size() == Prefix.size()) return -1;
+  Name.remove_prefix(Prefix.size());
+  if (Name[0] == '0' && Name.size() > 1) return -1;
+  std::int32_t idx = 0;
+  const char* end = Name.data() + Name.size();
+  const auto [ptr, ec] = std::from_chars(Name.data(), end, idx);
+  if (ec != std::errc() || ptr != end || idx < 0 || idx >= Count) return -1;
+  return idx;
+}
+
+// "Knot7" and the like without a heap allocation per element.
+struct TIndexedName {
+  std::array<char, 24> Buf{};
+  const char* Make(std::string_view Prefix, std::size_t Idx) {
+    std::copy(Prefix.begin(), Prefix.end(), Buf.begin());
+    char* end = std::to_chars(Buf.data() + Prefix.size(), Buf.data() + Buf.size() - 1, Idx).ptr;
+    *end = '\0';
+    return Buf.data();
+  }
+};
+
+}  // namespace
+
+void TGeSpline2D::SaveToXmlNode(pugi::xml_node& ANode) const {
+  using internal::TXmlNodeHelper;
+  TGeCurve2D::SaveToXmlNode(ANode);
+  TXmlNodeHelper::WriteAttr(ANode, "CtrlCount", static_cast<std::int32_t>(FCtrlPoints.size()));
+  TXmlNodeHelper::WriteAttr(ANode, "Degree", static_cast<std::int32_t>(FDegree));
+  TXmlNodeHelper::WriteAttr(ANode, "KnotCount", static_cast<std::int32_t>(FKnots.size()));
+  TXmlNodeHelper::WriteAttr(ANode, "IsPeriodic", FPeriodic);
+  TXmlNodeHelper::WriteAttr(ANode, "IsRational", GetIsRational());
+  TIndexedName name;
+  for (std::size_t i = 0; i < FKnots.size(); ++i) TXmlNodeHelper::WriteValue(ANode, name.Make("Knot", i), FKnots[i]);
+  for (std::size_t i = 0; i < FCtrlPoints.size(); ++i) {
+    pugi::xml_node child = ANode.append_child(name.Make("CtrlPoint", i));
+    TXmlNodeHelper::WriteAttr(child, "X", FCtrlPoints[i].X);
+    TXmlNodeHelper::WriteAttr(child, "Y", FCtrlPoints[i].Y);
+    TXmlNodeHelper::WriteAttr(child, "Wt", i < FWeights.size() ? FWeights[i] : 0.0);
+  }
+}
+
+void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
+  using internal::TXmlNodeHelper;
+  static constexpr const char* Where = "TGeSpline2D.LoadFromXmlNode";
+  TGeCurve2D::LoadFromXmlNode(ANode);
+  const std::int32_t n = TXmlNodeHelper::ReadIntAttr(ANode, "CtrlCount", Where);
+  const std::int32_t p = TXmlNodeHelper::ReadIntAttr(ANode, "Degree", Where);
+  const std::int32_t k = TXmlNodeHelper::ReadIntAttr(ANode, "KnotCount", Where);
+  if (const std::string fault = CountsFault(n, p, k); !fault.empty()) TXmlNodeHelper::Fail(ANode, Where, fault);
+  // A control point without its element would have weight 0 and is refused below; the knots
+  // are fewer than the points plus 5. So the element children bound every array.
+  std::int64_t children = 0;
+  for (pugi::xml_node c = ANode.first_child(); c && children < n; c = c.next_sibling()) ++children;
+  if (children < n) {
+    TXmlNodeHelper::Fail(ANode, Where, Format("the control point count %d exceeds the elements present", n));
+  }
+  const bool periodic = TXmlNodeHelper::ReadBoolAttr(ANode, "IsPeriodic", Where);
+  // Checked for form only: the weights decide rationality, whatever the flag says.
+  TXmlNodeHelper::ReadBoolAttr(ANode, "IsRational", Where);
+
+  // One pass over the children; the first element of an index counts, a knot without its
+  // element is 0.0. A control point's attributes are walked once rather than looked up.
+  TFloatDynArray knots(static_cast<std::size_t>(k), 0.0);
+  TDynPoints2D pts(static_cast<std::size_t>(n));
+  TFloatDynArray weights(static_cast<std::size_t>(n), 0.0);
+  std::vector<char> seen(static_cast<std::size_t>(k) + static_cast<std::size_t>(n), 0);
+  for (pugi::xml_node c = ANode.first_child(); c; c = c.next_sibling()) {
+    if (c.type() != pugi::node_element) continue;
+    const std::string_view name = c.name();
+    if (const std::int32_t i = IndexAfter(name, "Knot", k); i >= 0) {
+      const auto at = static_cast<std::size_t>(i);
+      if (seen[at] != 0) continue;
+      seen[at] = 1;
+      knots[at] = TXmlNodeHelper::ReadDoubleText(c, Where);
+    } else if (const std::int32_t j = IndexAfter(name, "CtrlPoint", n); j >= 0) {
+      const auto at = static_cast<std::size_t>(j);
+      if (seen[static_cast<std::size_t>(k) + at] != 0) continue;
+      seen[static_cast<std::size_t>(k) + at] = 1;
+      double* slot[3] = {&pts[at].X, &pts[at].Y, &weights[at]};
+      bool got[3] = {false, false, false};
+      for (pugi::xml_attribute a = c.first_attribute(); a; a = a.next_attribute()) {
+        const std::string_view an = a.name();
+        const int v = an == "X" ? 0 : an == "Y" ? 1 : an == "Wt" ? 2 : -1;
+        if (v < 0 || got[v]) continue;
+        got[v] = true;
+        *slot[v] = TXmlNodeHelper::ReadDoubleAttr(c, a, Where);
+      }
+    }
+  }
+  if (const std::string fault = ValuesFault(p, knots, pts, weights); !fault.empty()) {
+    TXmlNodeHelper::Fail(ANode, Where, fault);
+  }
+  FDegree = p;
+  FKnots = std::move(knots);
+  FCtrlPoints = std::move(pts);
+  FWeights = std::move(weights);
+  FPeriodic = periodic;
+  FIsDerivative = false;
+  Invalidate();
+}
+
+// Behind the fields of the record comes the periodic flag: a wrapped periodic spline does
+// not repeat its first control point at its end, so without the flag it would come back
+// open, and its stretches would no longer run through the seam.
+void TGeSpline2D::SaveGeoData(IFbsWriter& AWriter) const {
+  TGeObject::SaveGeoData(AWriter);
+  const TFbsRecord record = AWriter.BeginRecord(GetFilerName(), 1);
+  AWriter.WriteInteger(static_cast<std::int32_t>(FCtrlPoints.size()));
+  AWriter.WriteInteger(static_cast<std::int32_t>(FDegree));
+  AWriter.WriteInteger(static_cast<std::int32_t>(FKnots.size()));
+  for (const double knot : FKnots) AWriter.WriteDouble(knot);
+  for (std::size_t i = 0; i < FCtrlPoints.size(); ++i) {
+    AWriter.WritePoint(FCtrlPoints[i]);
+    AWriter.WriteDouble(i < FWeights.size() ? FWeights[i] : 0.0);
+  }
+  AWriter.WriteBoolean(FPeriodic);
+}
+
+void TGeSpline2D::LoadGeoData(IFbsReader& AReader) {
+  static constexpr const char* Where = "TGeSpline2D.LoadGeoData";
+  TGeObject::LoadGeoData(AReader);
+  const TFbsRecord record = AReader.NextRecord();
+  const std::int32_t n = AReader.ReadInteger();
+  const std::int32_t p = AReader.ReadInteger();
+  const std::int32_t k = AReader.ReadInteger();
+  if (const std::string fault = CountsFault(n, p, k); !fault.empty()) {
+    throw EInOutError("[Error] %s: %s (%s)", Where, fault, AReader.GetPosition());
+  }
+  // A knot is 8 bytes of value, a control point with its weight 24.
+  AReader.CheckCount(static_cast<std::int64_t>(k) + 3 * static_cast<std::int64_t>(n), 8);
+  TFloatDynArray knots(static_cast<std::size_t>(k));
+  for (double& knot : knots) knot = AReader.ReadDouble();
+  TDynPoints2D pts(static_cast<std::size_t>(n));
+  TFloatDynArray weights(static_cast<std::size_t>(n));
+  for (std::size_t i = 0; i < pts.size(); ++i) {
+    pts[i] = AReader.ReadPoint();
+    weights[i] = AReader.ReadDouble();
+  }
+  const bool periodic = AReader.ReadBoolean();
+  if (const std::string fault = ValuesFault(p, knots, pts, weights); !fault.empty()) {
+    throw EInOutError("[Error] %s: %s (%s)", Where, fault, AReader.GetPosition());
+  }
+  FDegree = p;
+  FKnots = std::move(knots);
+  FCtrlPoints = std::move(pts);
+  FWeights = std::move(weights);
+  FPeriodic = periodic;
+  FIsDerivative = false;
+  Invalidate();
+}
+
+}  // namespace orvane
