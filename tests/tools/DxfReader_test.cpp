@@ -13,6 +13,7 @@
 #include "DxfDrawing.h"
 #include "orvane/curves/GeCircularArc2D.h"
 #include "orvane/curves/GeCompositeCurve2D.h"
+#include "orvane/curves/GePolyline2D.h"
 #include "orvane/splines/GeSpline2D.h"
 
 using namespace orvane;
@@ -57,9 +58,11 @@ TEST(DxfReader, ReadsEntitiesWithTheirFrames) {
       "|0 SPLINE|70 12|71 2|72 6|73 3|40 0|40 0|40 0|40 1|40 1|40 1|10 1|20 0|41 1|10 1|20 1"
       "|41 0.70710678118654757|10 0|20 1|41 1"
       "|0 ELLIPSE|10 1|20 1|11 2|21 0|40 0.5|41 0|42 1.5707963267948966"
-      "|0 ELLIPSE|10 1|20 1|11 2|21 0|40 0.5|41 0|42 1.5707963267948966|230 -1|0 TEXT|10 0|20 0|1 a");
+      "|0 ELLIPSE|10 1|20 1|11 2|21 0|40 0.5|41 0|42 1.5707963267948966|230 -1|0 TEXT|10 0|20 0|1 a"
+      // a bulge of rounding noise is a straight segment
+      "|0 LWPOLYLINE|90 2|10 0|20 0|42 1e-12|10 1|20 0");
   const TDxfDrawing d = ReadDxfText(text);
-  ASSERT_EQ(d.Pieces.size(), 6u);
+  ASSERT_EQ(d.Pieces.size(), 7u);
   EXPECT_EQ(d.UnitsName, "millimeters");
   EXPECT_EQ(d.Ignored.at("TEXT"), 1);
   EXPECT_EQ(d.Pieces[0].Layer, "Cut");
@@ -86,6 +89,7 @@ TEST(DxfReader, ReadsEntitiesWithTheirFrames) {
   ExpectNear(d.Pieces[4].Curve->GetEndPoint(), TPoint2D(1, 2));
   ExpectNear(d.Pieces[5].Curve->GetEndPoint(), TPoint2D(1, 0));
   ExpectNear(d.Pieces[5].Curve->GetStartPoint(), TPoint2D(3, 1));
+  EXPECT_NE(dynamic_cast<const TGePolyline2D*>(d.Pieces[6].Curve.get()), nullptr);
 }
 
 TEST(DxfReader, ExpandsNestedMirroredAndStretchedInsertions) {
