@@ -106,7 +106,10 @@ TEST(DxfReader, ExpandsNestedMirroredAndStretchedInsertions) {
   ExpectNear(d.Pieces[0].Curve->GetStartPoint(), TPoint2D(9, 10));
   ExpectNear(d.Pieces[0].Curve->GetEndPoint(), TPoint2D(9, 12));
   EXPECT_EQ(d.Pieces[0].Layer, "Parts");
-  EXPECT_NEAR(d.Pieces[1].Curve->GetCurveLength(), 4 * kPi, 1e-12);  // the circle, radius 2
+  const auto* circle = dynamic_cast<const TGeCircularArc2D*>(d.Pieces[1].Curve.get());
+  ASSERT_NE(circle, nullptr);
+  EXPECT_NEAR(circle->GetRadius(), 2.0, 1e-15);
+  EXPECT_GT(circle->GetSweepAngle(), 0.0);  // mirrored, still counter-clockwise
   // The stretched unit circle: x^2 / 4 + y^2 = 1 all round.
   const TGeCurve2D& ellipse = *d.Pieces[3].Curve;
   EXPECT_NE(dynamic_cast<const TGeSpline2D*>(&ellipse), nullptr);

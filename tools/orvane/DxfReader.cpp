@@ -246,9 +246,9 @@ std::vector<TEntity> ReadEntities(const std::vector<TGroup>& G, std::size_t& i,
     if (G[i].Value == "ENDSEC" || G[i].Value == "EOF" || G[i].Value == "SECTION")
       Fail(G[i].Line, "unexpected " + std::string(G[i].Value) + " inside a list of entities");
     TEntity e = readOne(i);
-    // A POLYLINE owns the VERTEXes up to its SEQEND; an INSERT with attributes owns the
-    // ATTRIBs up to its SEQEND.
-    const bool owns = e.Type == "POLYLINE" || (e.Type == "INSERT" && e.Int(66) == 1);
+    // A POLYLINE owns the VERTEXes up to its SEQEND, an INSERT the ATTRIBs up to its SEQEND
+    // (some writers leave out the flag 66 that announces them).
+    const bool owns = e.Type == "POLYLINE" || e.Type == "INSERT";
     if (owns) {
       while (i < G.size() && G[i].Code == 0 && (G[i].Value == "VERTEX" || G[i].Value == "ATTRIB"))
         e.Children.push_back(readOne(i));
@@ -487,7 +487,10 @@ class TReader {
       a0 = s * kPi / 180.0;
       sweep = d * kPi / 180.0;
     }
-    Add(Arc(c, r, a0, sweep, m), E, Layer, TMatrix2D());
+    auto curve = Arc(c, r, a0, sweep, m);
+    // A mirrored circle still runs counter-clockwise, as every circle read does.
+    if (E.Type == "CIRCLE" && m.M11 * m.M22 - m.M12 * m.M21 < 0.0) curve->ReverseDir();
+    Add(std::move(curve), E, Layer, TMatrix2D());
   }
 
   // A polyline through Pts with Bulges[i] on the segment from point i; Closed adds the
