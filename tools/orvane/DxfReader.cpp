@@ -161,8 +161,7 @@ std::vector<TGroup> Tokenize(std::string_view Text) {
         Fail(line, "the value " + Quoted(g.Value) + " is not an integer");
       }
     }
-    if (groups.empty() && !(g.Code == 0 && g.Value == "SECTION") && g.Code != 999)
-      throw EDxfError("not a DXF file");
+    if (groups.empty() && !(g.Code == 0 && g.Value == "SECTION") && g.Code != 999) throw EDxfError("not a DXF file");
     groups.push_back(g);
   }
   if (groups.empty()) throw EDxfError("not a DXF file (empty)");
@@ -313,8 +312,10 @@ TFile Structure(std::string_view Text) {
       bool insUnits = false;
       while (i < G.size() && !(G[i].Code == 0 && (G[i].Value == "ENDSEC" || G[i].Value == "EOF"))) {
         if (name == "HEADER") {
-          if (G[i].Code == 9) insUnits = G[i].Value == "$INSUNITS";
-          else if (insUnits && G[i].Code == 70) f.InsUnits = G[i].Integer;
+          if (G[i].Code == 9)
+            insUnits = G[i].Value == "$INSUNITS";
+          else if (insUnits && G[i].Code == 70)
+            f.InsUnits = G[i].Integer;
         }
         ++i;
       }
@@ -328,12 +329,10 @@ TFile Structure(std::string_view Text) {
 }
 
 const char* UnitsName(long long Code) {
-  static const char* const kNames[] = {"unitless",    "inches",      "feet",        "miles",
-                                       "millimeters", "centimeters", "meters",      "kilometers",
-                                       "microinches", "mils",        "yards",       "angstroms",
-                                       "nanometers",  "microns",     "decimeters",  "decameters",
-                                       "hectometers", "gigameters",  "astronomical units", "light years",
-                                       "parsecs"};
+  static const char* const kNames[] = {
+      "unitless",   "inches",      "feet",        "miles",      "millimeters",        "centimeters", "meters",
+      "kilometers", "microinches", "mils",        "yards",      "angstroms",          "nanometers",  "microns",
+      "decimeters", "decameters",  "hectometers", "gigameters", "astronomical units", "light years", "parsecs"};
   if (Code < 0 || Code > 20) return "unknown";
   return kNames[Code];
 }
@@ -449,12 +448,18 @@ class TReader {
         Insert(E, Parent, layer, Depth);
         return;
       }
-      if (t == "LINE") Line(E, Parent, layer);
-      else if (t == "ARC" || t == "CIRCLE") ArcOrCircle(E, Parent, layer);
-      else if (t == "LWPOLYLINE") LwPolyline(E, Parent, layer);
-      else if (t == "POLYLINE") Polyline(E, Parent, layer);
-      else if (t == "SPLINE") Spline(E, Parent, layer);
-      else Ellipse(E, Parent, layer);
+      if (t == "LINE")
+        Line(E, Parent, layer);
+      else if (t == "ARC" || t == "CIRCLE")
+        ArcOrCircle(E, Parent, layer);
+      else if (t == "LWPOLYLINE")
+        LwPolyline(E, Parent, layer);
+      else if (t == "POLYLINE")
+        Polyline(E, Parent, layer);
+      else if (t == "SPLINE")
+        Spline(E, Parent, layer);
+      else
+        Ellipse(E, Parent, layer);
     } catch (const orvane::Exception& x) {
       // The kernel refused a value the file gave; say where.
       Fail(E.Line, std::string(t) + ": " + x.what());
@@ -529,8 +534,8 @@ class TReader {
       } else {
         // Under a scale that is not even the arc is an ellipse arc: its exact spline.
         const TGeCircularArc2D arc(a, Bulges[i], b);
-        composite->AddCurve(TGeSpline2D::CreateArc(arc.GetCenter(), arc.GetRadius(), arc.GetStartAngle(),
-                                                   arc.GetSweepAngle()));
+        composite->AddCurve(
+            TGeSpline2D::CreateArc(arc.GetCenter(), arc.GetRadius(), arc.GetStartAngle(), arc.GetSweepAngle()));
       }
     }
     Add(std::move(composite), E, Layer, M);
@@ -579,11 +584,16 @@ class TReader {
     TFloatDynArray weights;
     int fit = 0;
     for (const TGroup* g = E.Begin; g != E.End; ++g) {
-      if (g->Code == 10) ctrl.emplace_back(g->Number, 0.0);
-      else if (g->Code == 20 && !ctrl.empty()) ctrl.back().Y = g->Number;
-      else if (g->Code == 40) knots.push_back(g->Number);
-      else if (g->Code == 41) weights.push_back(g->Number);
-      else if (g->Code == 11) ++fit;
+      if (g->Code == 10)
+        ctrl.emplace_back(g->Number, 0.0);
+      else if (g->Code == 20 && !ctrl.empty())
+        ctrl.back().Y = g->Number;
+      else if (g->Code == 40)
+        knots.push_back(g->Number);
+      else if (g->Code == 41)
+        weights.push_back(g->Number);
+      else if (g->Code == 11)
+        ++fit;
     }
     const std::string what = "SPLINE: ";
     if (ctrl.empty() && fit > 0) {
@@ -596,8 +606,8 @@ class TReader {
     const auto declared = [&](int Code, std::size_t Actual, const char* Name) {
       const TGroup* g = E.Find(Code);
       if (g && g->Integer != static_cast<long long>(Actual))
-        Fail(E.Line, what + "declares " + std::to_string(g->Integer) + " " + Name + " but has " +
-                         std::to_string(Actual));
+        Fail(E.Line,
+             what + "declares " + std::to_string(g->Integer) + " " + Name + " but has " + std::to_string(Actual));
     };
     declared(72, knots.size(), "knots");
     declared(73, ctrl.size(), "control points");
