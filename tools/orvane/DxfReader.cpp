@@ -35,9 +35,11 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 // Block insertions multiply: nested arrays of a few lines can stand for billions of
-// entities. Past this many block entities and array cells the drawing is refused rather
-// than expanded; the model's own entities do not count.
-constexpr long kMaxExpanded = 1000000;
+// entities. The work of expanding them is counted in group values read (an array cell
+// counts as kCellCost) and the drawing is refused past this many, about what a 100 MB file
+// holds; the model's own entities do not count.
+constexpr long long kMaxExpanded = 10000000;
+constexpr long long kCellCost = 4;
 constexpr int kMaxNesting = 64;
 
 std::string LineText(int Line) {
@@ -283,7 +285,8 @@ TFile Structure(std::string_view Text) {
       ++i;
       while (true) {
         if (name == "ENTITIES") {
-          f.Model = ReadEntities(G, i, {"ENDSEC"});
+          std::vector<TEntity> more = ReadEntities(G, i, {"ENDSEC"});
+          std::move(more.begin(), more.end(), std::back_inserter(f.Model));
           break;
         }
         // BLOCKS: BLOCK header, entities, ENDBLK; up to ENDSEC.
@@ -384,11 +387,13 @@ class TReader {
   TDxfDrawing& FOut;
   std::vector<std::string> FLayers;
   std::vector<std::string> FStack;  // the blocks being expanded, outermost first
-  long FExpanded = 0;
+  long long FExpanded = 0;
 
   void Expand(const TEntity& E) {
-    if (++FExpanded > kMaxExpanded)
-      Fail(E.Line, "block insertions expand to more than " + std::to_string(kMaxExpanded) + " entities");
+    FExpanded += 1 + (E.End - E.Begin);
+    for (const TEntity& c : E.Children) FExpanded += 1 + (c.End - c.Begin);
+    if (FExpanded > kMaxExpanded)
+      Fail(E.Line, "block insertions expand to more than " + std::to_string(kMaxExpanded) + " values");
   }
 
   bool LayerWanted(const std::string& Layer) const {
@@ -691,20 +696,22 @@ class TReader {
     const double rot = E.Real(50) * kPi / 180.0;
     const long long cols = std::max(1LL, E.Int(70, 1));
     const long long rows = std::max(1LL, E.Int(71, 1));
-    if (cols > kMaxExpanded || rows > kMaxExpanded || cols * rows > kMaxExpanded)
+    if (cols > kMaxExpanded || rows > kMaxExpanded || cols * rows * kCellCost > kMaxExpanded)
       Fail(E.Line, "INSERT: an array of " + std::to_string(cols) + " x " + std::to_string(rows) + " is too large");
     const double dc = E.Real(44);
     const double dr = E.Real(45);
+    const TPoint2D at(E.Real(10), E.Real(20));
     FStack.push_back(it->first);
     for (long long r = 0; r < rows; ++r) {
       for (long long c = 0; c < cols; ++c) {
-        Expand(E);
+        if ((FExpanded += kCellCost) > kMaxExpanded)
+          Fail(E.Line, "block insertions expand to more than " + std::to_string(kMaxExpanded) + " values");
         TMatrix2D m;
         m.Translate(-block.Base.X, -block.Base.Y);
         m.Scale(sx, sy);
         m.Translate(static_cast<double>(c) * dc, static_cast<double>(r) * dr);
         m.Rotate(rot);
-        m.Translate(E.Real(10), E.Real(20));
+        m.Translate(at);
         m = m.Multiply(ocs).Multiply(Parent);
         for (const TEntity& e : block.Entities) Entity(e, m, Layer, Depth + 1);
       }
