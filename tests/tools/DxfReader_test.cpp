@@ -146,6 +146,8 @@ TEST(DxfReader, RefusesBadInputWithOneLineMessages) {
       {"line 16: INSERT of the missing block \"B\"", Doc("0 INSERT|2 B")},
       {"line 20: the block \"A\" inserts itself", Doc("0 INSERT|2 A", "0 BLOCK|2 A|0 INSERT|2 A|0 ENDBLK")},
       {"line 16: SPLINE: 5 knots where 3 control points of degree 2 need 6", Doc(spline + "|40 0|40 0|40 0|40 1|40 1")},
+      {"line 42: block insertions expand to more than 5000000 values",
+       Doc("0 INSERT|2 B|70 1000", "0 BLOCK|2 B|0 INSERT|2 A|70 1000|71 1000|0 ENDBLK|0 BLOCK|2 A|0 ENDBLK")},
       {"SPLINE: the knots decrease", Doc(spline + "|40 0|40 0|40 0|40 2|40 1|40 1")},
       {"SPLINE: a weight is not positive", Doc(spline + "|40 0|40 0|40 0|40 1|40 1|40 1|41 1|41 0|41 1")},
       {"SPLINE: degree 0 is not in 1..25", Doc("0 SPLINE|71 0|10 0|20 0|40 0|40 1")},

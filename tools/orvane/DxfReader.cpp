@@ -35,10 +35,10 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 // Block insertions multiply: nested arrays of a few lines can stand for billions of
-// entities. The work of expanding them is counted in group values read (an array cell
-// counts as kCellCost) and the drawing is refused past this many, about what a 100 MB file
-// holds; the model's own entities do not count.
-constexpr long long kMaxExpanded = 10000000;
+// entities. Their expansion is measured before any is built, in group values read (an
+// array cell counts as kCellCost), and the drawing is refused past this many, about what
+// a 50 MB file holds; the model's own entities do not count.
+constexpr long long kMaxExpanded = 5000000;
 constexpr long long kCellCost = 4;
 constexpr int kMaxNesting = 64;
 
@@ -375,6 +375,13 @@ class TReader {
   }
 
   void ReadModel() {
+    long long expanded = 0;
+    for (const TEntity& e : FFile.Model) {
+      if (e.Type != "INSERT" || e.Int(67) == 1) continue;
+      expanded = Capped(expanded + InsertCost(e, 0));
+      if (expanded > kMaxExpanded)
+        Fail(e.Line, "block insertions expand to more than " + std::to_string(kMaxExpanded) + " values");
+    }
     for (const TEntity& e : FFile.Model) {
       // Paper-space entities (group 67 = 1) are not part of the model.
       if (e.Int(67) == 1) continue;
@@ -386,14 +393,51 @@ class TReader {
   const TFile& FFile;
   TDxfDrawing& FOut;
   std::vector<std::string> FLayers;
-  std::vector<std::string> FStack;  // the blocks being expanded, outermost first
-  long long FExpanded = 0;
+  std::vector<std::string> FStack;                        // the blocks being expanded, outermost first
+  std::unordered_map<std::string, long long> FBlockCost;  // by upper-case name
 
-  void Expand(const TEntity& E) {
-    FExpanded += 1 + (E.End - E.Begin);
-    for (const TEntity& c : E.Children) FExpanded += 1 + (c.End - c.Begin);
-    if (FExpanded > kMaxExpanded)
-      Fail(E.Line, "block insertions expand to more than " + std::to_string(kMaxExpanded) + " values");
+  static long long Capped(long long V) { return std::min(V, kMaxExpanded + 1); }
+
+  // The block an INSERT names, after the checks that it exists, is not being expanded
+  // already and is not nested too deep.
+  const std::pair<const std::string, TBlock>& BlockOf(const TEntity& E, int Depth) const {
+    const std::string name(Trim(E.Text(2)));
+    const auto it = FFile.Blocks.find(Upper(name));
+    if (it == FFile.Blocks.end()) Fail(E.Line, "INSERT of the missing block " + Quoted(name));
+    for (const std::string& open : FStack)
+      if (open == it->first) Fail(E.Line, "the block " + Quoted(name) + " inserts itself");
+    if (Depth >= kMaxNesting) Fail(E.Line, "blocks nested deeper than " + std::to_string(kMaxNesting));
+    return *it;
+  }
+
+  static void ArraySize(const TEntity& E, long long& Cols, long long& Rows) {
+    Cols = std::max(1LL, E.Int(70, 1));
+    Rows = std::max(1LL, E.Int(71, 1));
+    if (Cols > kMaxExpanded || Rows > kMaxExpanded || Cols * Rows * kCellCost > kMaxExpanded)
+      Fail(E.Line, "INSERT: an array of " + std::to_string(Cols) + " x " + std::to_string(Rows) + " is too large");
+  }
+
+  // The values an INSERT expands to, counted once per block; at most kMaxExpanded + 1.
+  long long InsertCost(const TEntity& E, int Depth) {
+    const auto& [key, block] = BlockOf(E, Depth);
+    long long cols = 0;
+    long long rows = 0;
+    ArraySize(E, cols, rows);
+    auto known = FBlockCost.find(key);
+    if (known == FBlockCost.end()) {
+      FStack.push_back(key);
+      long long cost = 0;
+      for (const TEntity& e : block.Entities) {
+        cost += 1 + (e.End - e.Begin);
+        for (const TEntity& c : e.Children) cost += 1 + (c.End - c.Begin);
+        if (e.Type == "INSERT") cost += InsertCost(e, Depth + 1);
+        cost = Capped(cost);
+      }
+      FStack.pop_back();
+      known = FBlockCost.emplace(key, cost).first;
+    }
+    const long long perCell = kCellCost + known->second;
+    return perCell > (kMaxExpanded + 1) / (cols * rows) ? kMaxExpanded + 1 : cols * rows * perCell;
   }
 
   bool LayerWanted(const std::string& Layer) const {
@@ -436,7 +480,6 @@ class TReader {
   }
 
   void Entity(const TEntity& E, const TMatrix2D& Parent, const std::string& ParentLayer, int Depth) {
-    if (Depth > 0) Expand(E);
     std::string layer(Trim(E.Text(8, "0")));
     // Entities of a block on layer 0 take the layer of their insertion.
     if (Depth > 0 && layer == "0") layer = ParentLayer;
@@ -680,13 +723,7 @@ class TReader {
   void Insert(const TEntity& E, const TMatrix2D& Parent, const std::string& Layer, int Depth) {
     TMatrix2D ocs;
     if (!OcsMatrix(E, ocs)) return Ignore(E.Type);
-    const std::string name(Trim(E.Text(2)));
-    const auto it = FFile.Blocks.find(Upper(name));
-    if (it == FFile.Blocks.end()) Fail(E.Line, "INSERT of the missing block " + Quoted(name));
-    const TBlock& block = it->second;
-    for (const std::string& open : FStack)
-      if (open == it->first) Fail(E.Line, "the block " + Quoted(name) + " inserts itself");
-    if (Depth >= kMaxNesting) Fail(E.Line, "blocks nested deeper than " + std::to_string(kMaxNesting));
+    const auto& [key, block] = BlockOf(E, Depth);
     Counted(E);
     for (const TEntity& a : E.Children)
       if (a.Type == "ATTRIB") Ignore(a.Type);
@@ -694,18 +731,15 @@ class TReader {
     const double sy = E.Real(42, 1.0);
     if (sx == 0.0 || sy == 0.0) return;  // a flattened insertion draws nothing in the plane
     const double rot = E.Real(50) * kPi / 180.0;
-    const long long cols = std::max(1LL, E.Int(70, 1));
-    const long long rows = std::max(1LL, E.Int(71, 1));
-    if (cols > kMaxExpanded || rows > kMaxExpanded || cols * rows * kCellCost > kMaxExpanded)
-      Fail(E.Line, "INSERT: an array of " + std::to_string(cols) + " x " + std::to_string(rows) + " is too large");
+    long long cols = 0;
+    long long rows = 0;
+    ArraySize(E, cols, rows);
     const double dc = E.Real(44);
     const double dr = E.Real(45);
     const TPoint2D at(E.Real(10), E.Real(20));
-    FStack.push_back(it->first);
+    FStack.push_back(key);
     for (long long r = 0; r < rows; ++r) {
       for (long long c = 0; c < cols; ++c) {
-        if ((FExpanded += kCellCost) > kMaxExpanded)
-          Fail(E.Line, "block insertions expand to more than " + std::to_string(kMaxExpanded) + " values");
         TMatrix2D m;
         m.Translate(-block.Base.X, -block.Base.Y);
         m.Scale(sx, sy);
