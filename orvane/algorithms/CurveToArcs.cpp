@@ -1,0 +1,163 @@
+#include "orvane/algorithms/CurveToArcs.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "orvane/algorithms/CadBasicAlgo.h"
+#include "orvane/foundation/Exception.h"
+
+namespace orvane {
+
+namespace {
+
+constexpr int kFitSamples = 64;
+
+TPoint2D Unit(const TPoint2D& V) {
+  const double l = std::hypot(V.X, V.Y);
+  return l > 0.0 ? TPoint2D(V.X / l, V.Y / l) : TPoint2D(0.0, 0.0);
+}
+
+// The unit tangent at T, looking a little inside [From, To] where the derivative vanishes
+// (a cusp or a collapsed control point at the end of a spline).
+TPoint2D TangentAt(const TGeCurve2D& Curve, double T, double From, double To) {
+  TPoint2D d;
+  const TPoint2D p = Curve.EvalPoint(T, d);
+  TPoint2D u = Unit(d);
+  if (u.X != 0.0 || u.Y != 0.0) return u;
+  const double h = (To - From) * 1e-6;
+  const bool atEnd = T >= To;
+  const TPoint2D q = Curve.EvalPoint(atEnd ? T - h : T + h);
+  return atEnd ? Unit(p - q) : Unit(q - p);
+}
+
+TArc2D Piece(const TPoint2D& From, const TPoint2D& To, const TPoint2D& StartTangent) {
+  TArc2D arc;
+  const TPoint2D chord = To - From;
+  const double len = std::hypot(chord.X, chord.Y);
+  TPoint2D center;
+  // A tangent along the chord (within a relative 1e-9) is a straight piece.
+  if (len == 0.0 || std::fabs(StartTangent.CrossMul(chord)) <= 1e-9 * len ||
+      !TCadBasicAlgo::CalCenter(From, To, StartTangent, center)) {
+    arc.DegradeLine(From, To);
+    return arc;
+  }
+  return TArc2D::CreateCenter(center, From, To, StartTangent.CrossMul(chord) > 0.0);
+}
+
+// The biarc from P0 (tangent T0) to P1 (tangent T1) with equal tangent lengths; false where
+// there is none (the tangents turn away from the chord).
+bool Biarc(const TPoint2D& P0, const TPoint2D& T0, const TPoint2D& P1, const TPoint2D& T1, TArc2D& A1, TArc2D& A2) {
+  const TPoint2D v = P1 - P0;
+  const TPoint2D t = T0 + T1;
+  const double a = t.DotMul(t) - 4.0, b = -2.0 * v.DotMul(t), c = v.DotMul(v);
+  if (c == 0.0) return false;
+  double d;
+  if (std::fabs(a) < 1e-12) {
+    if (b >= 0.0) return false;
+    d = -c / b;
+  } else {
+    const double disc = b * b - 4.0 * a * c;
+    if (disc < 0.0) return false;
+    d = (-b - std::sqrt(disc)) / (2.0 * a);  // a < 0: this root is the positive one
+  }
+  if (!(d > 0.0) || !std::isfinite(d)) return false;
+  const TPoint2D j = ((P0 + T0 * d) + (P1 - T1 * d)) * 0.5;
+  A1 = Piece(P0, j, T0);
+  // The second arc is the one that leaves P1 along -T1 towards j, run backwards.
+  A2 = Piece(P1, j, TPoint2D(-T1.X, -T1.Y));
+  A2.ReverseDir();
+  return true;
+}
+
+// One fitted stretch: its parameters and its one or two elements.
+struct TStretch {
+  double From, To;
+  std::vector<TArc2D> Arcs;
+};
+
+void FitRange(const TGeCurve2D& Curve, double From, double To, double Tol, int Depth, std::vector<TStretch>& Out) {
+  const TPoint2D p0 = Curve.EvalPoint(From), p1 = Curve.EvalPoint(To);
+  std::vector<TArc2D> trial;
+  // A stretch whose samples all lie on its chord is one straight piece.
+  TArc2D chord;
+  chord.DegradeLine(p0, p1);
+  trial.push_back(chord);
+  if (TCurveToArcs::Deviation(Curve, From, To, trial, kFitSamples) <= Tol) {
+    Out.push_back({From, To, trial});
+    return;
+  }
+  TArc2D a1, a2;
+  trial.clear();
+  if (Biarc(p0, TangentAt(Curve, From, From, To), p1, TangentAt(Curve, To, From, To), a1, a2)) {
+    trial = {a1, a2};
+    if (TCurveToArcs::Deviation(Curve, From, To, trial, kFitSamples) <= Tol) {
+      Out.push_back({From, To, trial});
+      return;
+    }
+  }
+  if (Depth >= TCurveToArcs::MaxDepth) {
+    Out.push_back({From, To, {chord}});
+    return;
+  }
+  const double mid = 0.5 * (From + To);
+  FitRange(Curve, From, mid, Tol, Depth + 1, Out);
+  FitRange(Curve, mid, To, Tol, Depth + 1, Out);
+}
+
+double SegmentDistance(const TPoint2D& P, const TPoint2D& A, const TPoint2D& B) {
+  const TPoint2D ab = B - A;
+  const double l2 = ab.DotMul(ab);
+  double t = l2 > 0.0 ? (P - A).DotMul(ab) / l2 : 0.0;
+  t = std::clamp(t, 0.0, 1.0);
+  const TPoint2D q = A + ab * t;
+  return std::hypot(P.X - q.X, P.Y - q.Y);
+}
+
+}  // namespace
+
+double TCurveToArcs::Distance(const TArc2D& Arc, const TPoint2D& P) {
+  if (Arc.IsLine) return SegmentDistance(P, Arc.StartPoint(), Arc.EndPoint());
+  double prm = 0.0;
+  const TPoint2D q = Arc.GetClosedPointTo(P, prm);
+  return std::hypot(P.X - q.X, P.Y - q.Y);
+}
+
+double TCurveToArcs::Deviation(const TGeCurve2D& Curve, double From, double To, const std::vector<TArc2D>& Arcs,
+                               int Samples) {
+  Samples = std::max(Samples, 2);
+  std::vector<TPoint2D> pts(static_cast<std::size_t>(Samples) + 1);
+  for (int i = 0; i <= Samples; ++i)
+    pts[static_cast<std::size_t>(i)] = Curve.EvalPoint(i == Samples ? To : From + (To - From) * i / Samples);
+  double worst = 0.0;
+  for (const TPoint2D& p : pts) {
+    double best = HUGE_VAL;
+    for (const TArc2D& a : Arcs) best = std::min(best, Distance(a, p));
+    worst = std::max(worst, best);
+  }
+  const int perArc = std::max(4, Samples / std::max<int>(1, static_cast<int>(Arcs.size())));
+  for (const TArc2D& a : Arcs) {
+    for (int k = 1; k < perArc; ++k) {
+      const TPoint2D q = a.EvalPoint(static_cast<double>(k) / perArc);
+      double best = HUGE_VAL;
+      for (std::size_t i = 0; i + 1 < pts.size(); ++i) best = std::min(best, SegmentDistance(q, pts[i], pts[i + 1]));
+      worst = std::max(worst, best);
+    }
+  }
+  return worst;
+}
+
+double TCurveToArcs::Fit(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TArc2D>& Arcs) {
+  if (!(Tol > 0.0) || !std::isfinite(Tol)) throw EParamError("TCurveToArcs.Fit: the tolerance must be a finite number above 0");
+  if (!(From < To)) throw EParamError("TCurveToArcs.Fit: the stretch must run from a lower to a higher parameter");
+  std::vector<TStretch> fitted;
+  FitRange(Curve, From, To, Tol, 0, fitted);
+  // The fit checked each stretch coarsely; the answer is measured again, densely.
+  double worst = 0.0;
+  for (const TStretch& s : fitted) {
+    worst = std::max(worst, Deviation(Curve, s.From, s.To, s.Arcs, 256));
+    Arcs.insert(Arcs.end(), s.Arcs.begin(), s.Arcs.end());
+  }
+  return worst;
+}
+
+}  // namespace orvane
