@@ -134,7 +134,8 @@ double TCurveToArcs::Deviation(const TGeCurve2D& Curve, double From, double To, 
     for (const TArc2D& a : Arcs) best = std::min(best, Distance(a, p));
     worst = std::max(worst, best);
   }
-  const int perArc = std::max(4, Samples / std::max<int>(1, static_cast<int>(Arcs.size())));
+  // The chain between the samples: a few points per element find an arc that bulges away.
+  const int perArc = std::clamp(Samples / std::max<int>(1, static_cast<int>(Arcs.size())), 4, 16);
   for (const TArc2D& a : Arcs) {
     for (int k = 1; k < perArc; ++k) {
       const TPoint2D q = a.EvalPoint(static_cast<double>(k) / perArc);

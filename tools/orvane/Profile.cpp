@@ -48,6 +48,14 @@ std::vector<double> SmoothBreaks(const TGeCurve2D& C) {
   return b;
 }
 
+// The box of the control points, which holds the spline. (Built here from an empty box: the
+// spline's own CtrlPointsBoundBlock starts from the origin.)
+TRect2D CtrlBox(const TGeSpline2D& S) {
+  TRect2D r = TRect2D::Invalid();
+  for (const TPoint2D& c : S.GetCtrlPoints()) r.Extend(c);
+  return r;
+}
+
 // ---- Recognition: every call that asks whether a spline is a line or an arc is here.
 
 // The line or arc that Spline is within Tol, measured on dense samples of the spline, or nil.
@@ -101,7 +109,15 @@ void AddElements(const TGeCurve2D& C, std::vector<TCurvePtr>& Out, double RecTol
   if (const auto* sp = dynamic_cast<const TGeSpline2D*>(&C)) {
     ++R.SplinesRead;
     double dev = 0.0;
-    if (TCurvePtr simple = RecogniseSpline(*sp, RecTol, dev)) {
+    // Without a tolerance asked for, a spline is the arc it stands for within a thousandth of
+    // its own size: what arcs exported as single cubics need (3e-4 of the radius), whatever
+    // the drawing's scale.
+    double tol = RecTol;
+    if (!(tol > 0.0)) {
+      const TRect2D b = CtrlBox(*sp);
+      tol = 1e-3 * std::hypot(b.Width(), b.Height());
+    }
+    if (TCurvePtr simple = RecogniseSpline(*sp, tol, dev)) {
       (dynamic_cast<TGeLine2D*>(simple.get()) ? R.SplinesAsLines : R.SplinesAsArcs)++;
       R.MaxDeviation = std::max(R.MaxDeviation, dev);
       Out.push_back(std::move(simple));
@@ -269,8 +285,7 @@ std::string ElementKind(const TGeCurve2D& C) {
 }
 
 int TProfileResult::ExitCode() const {
-  const double tol = ArcTol > 0.0 ? ArcTol : RecognitionTol;
-  return Open.empty() && MaxDeviation <= tol ? 0 : 1;
+  return Open.empty() && !Strayed ? 0 : 1;
 }
 
 TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions& Options, double ParseSeconds) {
@@ -287,8 +302,7 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
     if (!p.Curve) continue;
     if (dynamic_cast<const TGeSpline2D*>(p.Curve.get())) {
       // The control polygon holds a spline; its box needs no measuring of the curve.
-      const auto& s = static_cast<const TGeSpline2D&>(*p.Curve);
-      for (const TPoint2D& c : s.GetCtrlPoints()) R.Box.Extend(c);
+      R.Box.Extend(CtrlBox(static_cast<const TGeSpline2D&>(*p.Curve)));
     } else {
       R.Box.Extend(p.Curve->BoundBlock());
     }
@@ -296,10 +310,10 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
   const double diag = R.Box.IsValid() ? std::hypot(R.Box.Width(), R.Box.Height()) : 0.0;
   const double size = diag > 0.0 ? diag : 1.0;
   R.JoinTol = Options.JoinTol > 0.0 ? Options.JoinTol : 1e-6 * size;
-  // Arcs exported as single cubics stray from their circle by up to 3e-4 of the radius:
-  // 1e-4 of the drawing's diagonal takes those and stays far below any cutting kerf.
-  R.RecognitionTol = Options.ArcTol > 0.0 ? Options.ArcTol : 1e-4 * size;
-  R.ArcTol = Options.ArcTol;
+  R.RecognitionTol = Options.ArcTol;  // 0: relative to each spline
+  // An output DXF of lines and arcs alone, without a tolerance asked for: 1e-5 of the
+  // drawing's diagonal, far below any cutting kerf.
+  R.ArcTol = Options.ArcTol > 0.0 ? Options.ArcTol : (Options.WantArcs ? 1e-5 * size : 0.0);
 
   // Recognition turns splines into lines and arcs before joining, so that their ends match
   // exactly the curves they replace.
@@ -345,7 +359,7 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
 
   // Free-form curves into lines and arcs.
   t = TClock::now();
-  const double fitTol = Options.ArcTol > 0.0 ? Options.ArcTol : (Options.WantArcs ? R.RecognitionTol : 0.0);
+  const double fitTol = R.ArcTol;
   if (fitTol > 0.0) {
     for (TProfileContour& k : R.Contours) {
       std::vector<TCurvePtr> out;
@@ -360,6 +374,7 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
         ++R.CurvesFitted;
         R.FitElements += static_cast<int>(out.size() - before);
         R.MaxDeviation = std::max(R.MaxDeviation, dev);
+        R.Strayed = R.Strayed || dev > fitTol;
       }
       k.Elements = std::move(out);
     }
@@ -478,7 +493,8 @@ void WriteProfileText(std::ostream& Out, const TProfileResult& R) {
   Out << "entities read: " << Counts(R.Read) << "\n";
   Out << "entities ignored: " << Counts(R.Ignored) << "\n";
   Out << Format("units: %s ($INSUNITS %d)\n", R.Units.empty() ? "unitless" : R.Units, R.InsUnits);
-  Out << Format("tolerances: join %g, recognition %g, arcs %s\n", R.JoinTol, R.RecognitionTol,
+  Out << Format("tolerances: join %g, recognition %s, arcs %s\n", R.JoinTol,
+                R.RecognitionTol > 0.0 ? Format("%g", R.RecognitionTol) : std::string("1e-3 of each spline's size"),
                 R.ArcTol > 0.0 ? Format("%g", R.ArcTol) : std::string("not asked"));
   Out << Format("contours: %d, %d closed, %d open\n", static_cast<int>(R.Contours.size()),
                 static_cast<int>(R.Contours.size() - R.Open.size()), static_cast<int>(R.Open.size()));
@@ -508,7 +524,7 @@ void WriteProfileText(std::ostream& Out, const TProfileResult& R) {
   }
   Out << "time: " << times << Format("; total %.3f ms\n", total * 1e3);
   Out << "verdict: "
-      << (R.ExitCode() == 0 ? "every contour closed" : (R.Open.empty() ? "a conversion strayed" : "open contours remain"))
+      << (R.ExitCode() == 0 ? "every contour closed" : (R.Open.empty() ? "a conversion strayed beyond its tolerance" : "open contours remain"))
       << "\n";
 }
 

@@ -21,7 +21,7 @@ struct TProfileOptions {
   double JoinTol = 0.0;  // 0: 1e-6 of the drawing's box diagonal
   double ArcTol = 0.0;   // 0: free-form curves stay as they are
   // The output DXF holds lines and arcs only: with it asked for and no ArcTol, the curves are
-  // turned into arcs at the recognition tolerance.
+  // turned into arcs within 1e-5 of the drawing's diagonal.
   bool WantArcs = false;
 };
 
@@ -56,13 +56,16 @@ struct TProfileResult {
   int InsUnits = 0;
   std::string Units;
   TRect2D Box = TRect2D::Invalid();
-  double JoinTol = 0.0, RecognitionTol = 0.0, ArcTol = 0.0;
+  double JoinTol = 0.0;
+  double RecognitionTol = 0.0;  // 0: a thousandth of each spline's own size
+  double ArcTol = 0.0;          // free-form curves were turned into arcs within it (0: they were not)
   std::vector<TProfileContour> Contours;
   std::vector<TProfilePart> Parts;  // largest net area first
   std::vector<TOpenContour> Open;
   int SplinesRead = 0, SplinesAsLines = 0, SplinesAsArcs = 0;
   int CurvesFitted = 0, FitElements = 0;  // free-form curves turned into arcs, and the elements made
   double MaxDeviation = 0.0;              // recognition and fitting, as measured
+  bool Strayed = false;                   // a fit measured beyond its tolerance
   std::vector<std::pair<std::string, double>> Seconds;  // per phase, in order
 
   // 0: every contour closed and every conversion within its tolerance; 1 otherwise.
