@@ -125,22 +125,46 @@ double TCurveToArcs::Distance(const TArc2D& Arc, const TPoint2D& P) {
 double TCurveToArcs::Deviation(const TGeCurve2D& Curve, double From, double To, const std::vector<TArc2D>& Arcs,
                                int Samples) {
   Samples = std::max(Samples, 2);
-  std::vector<TPoint2D> pts(static_cast<std::size_t>(Samples) + 1);
-  for (int i = 0; i <= Samples; ++i)
-    pts[static_cast<std::size_t>(i)] = Curve.EvalPoint(i == Samples ? To : From + (To - From) * i / Samples);
+  const std::size_t n = static_cast<std::size_t>(Samples) + 1;
+  std::vector<double> prm(n);
+  std::vector<TPoint2D> pts(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    prm[i] = i + 1 == n ? To : From + (To - From) * static_cast<double>(i) / Samples;
+    pts[i] = Curve.EvalPoint(prm[i]);
+  }
   double worst = 0.0;
   for (const TPoint2D& p : pts) {
     double best = HUGE_VAL;
     for (const TArc2D& a : Arcs) best = std::min(best, Distance(a, p));
     worst = std::max(worst, best);
   }
-  // The chain between the samples: a few points per element find an arc that bulges away.
+  // The other way: points of each element against the curve, from the nearest sample by a
+  // few Gauss-Newton steps kept between that sample's neighbours.
   const int perArc = std::clamp(Samples / std::max<int>(1, static_cast<int>(Arcs.size())), 4, 16);
   for (const TArc2D& a : Arcs) {
     for (int k = 1; k < perArc; ++k) {
       const TPoint2D q = a.EvalPoint(static_cast<double>(k) / perArc);
+      std::size_t near = 0;
       double best = HUGE_VAL;
-      for (std::size_t i = 0; i + 1 < pts.size(); ++i) best = std::min(best, SegmentDistance(q, pts[i], pts[i + 1]));
+      for (std::size_t i = 0; i < n; ++i) {
+        const double d = std::hypot(q.X - pts[i].X, q.Y - pts[i].Y);
+        if (d < best) {
+          best = d;
+          near = i;
+        }
+      }
+      const double lo = prm[near > 0 ? near - 1 : 0], hi = prm[std::min(near + 1, n - 1)];
+      double t = prm[near];
+      for (int it = 0; it < 6; ++it) {
+        TPoint2D d;
+        const TPoint2D c = Curve.EvalPoint(t, d);
+        const double dd = d.DotMul(d);
+        best = std::min(best, std::hypot(q.X - c.X, q.Y - c.Y));
+        if (!(dd > 0.0)) break;
+        t = std::clamp(t - (c - q).DotMul(d) / dd, lo, hi);
+      }
+      const TPoint2D c = Curve.EvalPoint(t);
+      best = std::min(best, std::hypot(q.X - c.X, q.Y - c.Y));
       worst = std::max(worst, best);
     }
   }

@@ -26,8 +26,8 @@ class ORVANE_API TCurveToArcs {
 
   // The largest distance between the stretch From..To of Curve and the chain Arcs, both ways:
   // Samples points of the stretch (evenly in parameter, ends included) against the nearest
-  // chain element, and points of every element against the polyline of those samples (which
-  // can only overstate the distance, by the polyline's sag).
+  // chain element, and points of every element against the curve (their nearest points found
+  // from the nearest sample).
   static double Deviation(const TGeCurve2D& Curve, double From, double To, const std::vector<TArc2D>& Arcs,
                           int Samples);
   // Distance from P to the arc (or straight piece).
