@@ -210,6 +210,22 @@ bool InsidePolygon(const TDynPoints2D& Poly, const TPoint2D& P) {
   return in;
 }
 
+// Count points along the polyline at the middles of Count equal stretches of its length.
+TDynPoints2D SpreadPoints(const TDynPoints2D& Poly, int Count) {
+  std::vector<double> at(Poly.size(), 0.0);
+  for (std::size_t i = 1; i < Poly.size(); ++i) at[i] = at[i - 1] + Dist(Poly[i - 1], Poly[i]);
+  TDynPoints2D out;
+  std::size_t seg = 1;
+  for (int k = 0; k < Count && at.back() > 0.0; ++k) {
+    const double s = (k + 0.5) / Count * at.back();
+    while (seg + 1 < Poly.size() && at[seg] < s) ++seg;
+    const double len = at[seg] - at[seg - 1];
+    const double f = len > 0.0 ? (s - at[seg - 1]) / len : 0.0;
+    out.push_back(Poly[seg - 1] + (Poly[seg] - Poly[seg - 1]) * f);
+  }
+  return out;
+}
+
 // ---- Free-form curves into lines and arcs
 
 // Lines and arcs for one free-form element within Tol; Deviation receives what was measured.
@@ -321,6 +337,14 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
   pieces.reserve(Drawing.Pieces.size());
   for (const TDxfPiece& p : Drawing.Pieces) {
     if (!p.Curve) continue;
+    // A line of no length, or a circle that is a point, closes nothing: dropped and counted.
+    const TRect2D pb = dynamic_cast<const TGeSpline2D*>(p.Curve.get())
+                           ? CtrlBox(static_cast<const TGeSpline2D&>(*p.Curve))
+                           : p.Curve->BoundBlock();
+    if (std::hypot(pb.Width(), pb.Height()) <= R.JoinTol) {
+      ++R.Degenerate;
+      continue;
+    }
     std::vector<TCurvePtr> one;
     AddElements(*p.Curve, one, R.RecognitionTol, R);
     if (!one.empty()) pieces.push_back(std::move(one));
@@ -409,14 +433,16 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
   for (std::size_t i = 0; i < closed.size(); ++i) {
     TProfileContour& k = R.Contours[static_cast<std::size_t>(closed[i])];
     if (k.Flat.size() < 2) continue;
-    // A point within the contour's first element, away from the joints where contours touch.
-    const TPoint2D inner = k.Elements.front()->EvalPoint(0.5 * (k.Elements.front()->GetStartParam() + k.Elements.front()->GetEndParam()));
+    // Points evenly spread by length, off the joints where contours touch: a contour that
+    // crosses another lies inside it when most of its length does.
+    const TDynPoints2D probes = SpreadPoints(k.Flat, 16);
     for (std::size_t j = i; j-- > 0;) {
       const TProfileContour& o = R.Contours[static_cast<std::size_t>(closed[j])];
-      if (o.Box.XMin > k.Box.XMin || o.Box.YMin > k.Box.YMin || o.Box.XMax < k.Box.XMax || o.Box.YMax < k.Box.YMax)
+      if (o.Box.XMin > k.Box.XMax || o.Box.YMin > k.Box.YMax || o.Box.XMax < k.Box.XMin || o.Box.YMax < k.Box.YMin)
         continue;
       if (std::fabs(o.Area) <= std::fabs(k.Area)) continue;
-      if (InsidePolygon(o.Flat, inner)) {
+      const auto in = std::count_if(probes.begin(), probes.end(), [&](const TPoint2D& p) { return InsidePolygon(o.Flat, p); });
+      if (2 * static_cast<std::size_t>(in) > probes.size()) {
         // The smallest enclosing contour is the direct parent: scanned from the smallest up.
         k.Parent = closed[j];
         k.Depth = o.Depth + 1;
@@ -496,6 +522,7 @@ void WriteProfileText(std::ostream& Out, const TProfileResult& R) {
   Out << Format("tolerances: join %g, recognition %s, arcs %s\n", R.JoinTol,
                 R.RecognitionTol > 0.0 ? Format("%g", R.RecognitionTol) : std::string("1e-3 of each spline's size"),
                 R.ArcTol > 0.0 ? Format("%g", R.ArcTol) : std::string("not asked"));
+  if (R.Degenerate) Out << Format("pieces of no size dropped: %d\n", R.Degenerate);
   Out << Format("contours: %d, %d closed, %d open\n", static_cast<int>(R.Contours.size()),
                 static_cast<int>(R.Contours.size() - R.Open.size()), static_cast<int>(R.Open.size()));
   Out << Format("parts: %d\n", static_cast<int>(R.Parts.size()));
@@ -556,6 +583,7 @@ nlohmann::json ProfileToJson(const TProfileResult& R) {
                   {"fitted", R.CurvesFitted},
                   {"elements", R.FitElements}};
   j["max_deviation"] = R.MaxDeviation;
+  j["dropped"] = R.Degenerate;
   json secs = json::object();
   for (const auto& [phase, s] : R.Seconds) secs[phase] = s;
   j["seconds"] = secs;

@@ -62,6 +62,7 @@ struct TProfileResult {
   std::vector<TProfileContour> Contours;
   std::vector<TProfilePart> Parts;  // largest net area first
   std::vector<TOpenContour> Open;
+  int Degenerate = 0;  // pieces no larger than the join tolerance, dropped
   int SplinesRead = 0, SplinesAsLines = 0, SplinesAsArcs = 0;
   int CurvesFitted = 0, FitElements = 0;  // free-form curves turned into arcs, and the elements made
   double MaxDeviation = 0.0;              // recognition and fitting, as measured
