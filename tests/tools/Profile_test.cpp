@@ -190,14 +190,14 @@ TEST(Profile, SharedDrawingsAgainstTheOracle) {
     if (entry.path().extension() != ".dxf") continue;
     ++files;
     const std::string in = entry.path().string();
-    const std::string json = WriteTemp("profile.json", ""), out = WriteTemp("profile-out.dxf", "");
-    const TRun r = RunCommand(Tool() + in + " --json --dxf " + out + " >" + json);
+    const std::string out = WriteTemp("profile-out.dxf", "");
+    const TRun r = RunCommand(Tool() + in + " --json --dxf " + out);
     ASSERT_NE(r.Code, 2) << in << ": " << r.Err;
+    const std::string json = WriteTemp("profile.json", r.Out);
     const TRun o = RunCommand("/usr/bin/python3 " + oracle + " " + in + " " + json + " " + out);
     EXPECT_EQ(o.Code, 0) << in << "\n" << o.Out << o.Err;
     if (entry.path().filename().string().rfind("laser4diy", 0) == 0) {
-      std::ifstream js(json);
-      const nlohmann::json j = nlohmann::json::parse(js);
+      const nlohmann::json j = nlohmann::json::parse(r.Out);
       EXPECT_EQ(j["splines"]["as_arcs"], j["splines"]["read"]) << in;
     }
   }
