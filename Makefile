@@ -25,6 +25,8 @@ demo: deps
 	cmake -S . -B build $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORVANE_WERROR=ON $(DEV_OPTS)
 	cmake --build build -j $(JOBS) --target orvane_tool
 	build/tools/orvane check examples/sparrow_swim.json --svg build/demo.svg
+	@echo
+	build/tools/orvane profile examples/laser4diy_shim.dxf --arc-tol 0.01 --dxf build/demo-profile.dxf --svg build/demo-profile.svg
 
 bench: deps
 	cmake -S . -B build-bench $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Release -DORVANE_BUILD_TESTS=OFF -DORVANE_BUILD_TOOLS=ON -DORVANE_BUILD_BENCH=ON

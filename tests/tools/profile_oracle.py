@@ -2,6 +2,7 @@
 """An independent check of `orvane profile` on one drawing, with ezdxf and shapely.
 
 usage: profile_oracle.py DRAWING.dxf REPORT.json OUT.dxf
+       profile_oracle.py --areas DRAWING.dxf   (the pipeline alone, for the benchmark)
 
 Flattens every model-space entity with ezdxf (blocks through their virtual entities), snaps
 end points that lie within the join tolerance the report states, merges the lines into rings
@@ -97,7 +98,20 @@ def far(points, rings):
     return max((tree.nearest(Point(p)).distance(Point(p)) for p in points), default=0.0)
 
 
+def areas_only(drawing):
+    """The peer pipeline alone (for the benchmark): parts, holes and net areas as JSON."""
+    doc = ezdxf.readfile(drawing)
+    paths = [ezpath.make_path(e) for e in entities(doc.modelspace())]
+    xs, ys = zip(*[(v.x, v.y) for p in paths for v in p.control_vertices()])
+    diag = math.hypot(max(xs) - min(xs), max(ys) - min(ys)) or 1.0
+    areas, holes, _ = nest(flat_pieces(doc, 1e-5 * diag), 1e-6 * diag)
+    print(json.dumps({"parts": len(areas), "holes": holes, "areas": areas}))
+    return 0
+
+
 def main():
+    if sys.argv[1] == "--areas":
+        return areas_only(sys.argv[2])
     drawing, report_path, out_path = sys.argv[1:4]
     report = json.load(open(report_path))
     problems = []
