@@ -23,9 +23,12 @@ namespace fs = std::filesystem;
 using namespace orvane;
 using namespace orvane::tool;
 
-// Our tool beside this program (build-bench/tools/orvane) and the oracle in the sources.
-const std::string Tool = (fs::read_symlink("/proc/self/exe").parent_path().parent_path() / "tools" / "orvane").string();
-const std::string Oracle = (fs::path(__FILE__).parent_path().parent_path() / "tests" / "tools" / "profile_oracle.py").string();
+// Our tool beside this program (build-bench/tools/orvane) and the oracle in the sources
+// (__FILE__ is relative to the build folder when the build runs there).
+const fs::path BuildDir = fs::read_symlink("/proc/self/exe").parent_path().parent_path();
+const std::string Tool = (BuildDir / "tools" / "orvane").string();
+const std::string Oracle =
+    (BuildDir / fs::path(__FILE__).parent_path().parent_path() / "tests" / "tools" / "profile_oracle.py").lexically_normal().string();
 
 std::string LargestDrawing() {
   std::string best;
