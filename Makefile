@@ -44,11 +44,11 @@ FUZZ_SECONDS ?= 60
 fuzz: deps
 	CXX=clang++-14 cmake -S . -B build-fuzz $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORVANE_FUZZ=ON \
 	  -DORVANE_BUILD_TESTS=OFF -DORVANE_BUILD_BENCH=OFF
-	cmake --build build-fuzz -j $(JOBS) --target fuzz_layout fuzz_xml fuzz_binary fuzz_json
+	cmake --build build-fuzz -j $(JOBS) --target fuzz_layout fuzz_xml fuzz_binary fuzz_json fuzz_dxf
 	mkdir -p build-fuzz/corpus build-fuzz/findings
 	build-fuzz/fuzz/fuzz_layout build-fuzz/corpus fuzz/seeds -max_total_time=$(FUZZ_SECONDS) -timeout=10 \
 	  -rss_limit_mb=4096 -max_len=65536 -artifact_prefix=build-fuzz/findings/ -print_final_stats=1
-	@set -e; for t in xml binary json; do \
+	@set -e; for t in xml binary json dxf; do \
 	  mkdir -p build-fuzz/corpus-$$t; \
 	  build-fuzz/fuzz/fuzz_$$t build-fuzz/corpus-$$t fuzz/seeds-$$t -max_total_time=$(FUZZ_SECONDS) -timeout=10 \
 	    -rss_limit_mb=4096 -max_len=65536 -artifact_prefix=build-fuzz/findings/$$t- -print_final_stats=1; \

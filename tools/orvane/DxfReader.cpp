@@ -35,7 +35,8 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 // Block insertions multiply: nested arrays of a few lines can stand for billions of
-// entities. Past this many the drawing is refused rather than expanded.
+// entities. Past this many block entities and array cells the drawing is refused rather
+// than expanded; the model's own entities do not count.
 constexpr long kMaxExpanded = 1000000;
 constexpr int kMaxNesting = 64;
 
@@ -245,9 +246,9 @@ std::vector<TEntity> ReadEntities(const std::vector<TGroup>& G, std::size_t& i,
     if (G[i].Value == "ENDSEC" || G[i].Value == "EOF" || G[i].Value == "SECTION")
       Fail(G[i].Line, "unexpected " + std::string(G[i].Value) + " inside a list of entities");
     TEntity e = readOne(i);
-    // A POLYLINE owns the VERTEXes up to its SEQEND; an INSERT with attributes owns the
-    // ATTRIBs up to its SEQEND.
-    const bool owns = e.Type == "POLYLINE" || (e.Type == "INSERT" && e.Int(66) == 1);
+    // A POLYLINE owns the VERTEXes up to its SEQEND, an INSERT the ATTRIBs up to its SEQEND
+    // (some writers leave out the flag 66 that announces them).
+    const bool owns = e.Type == "POLYLINE" || e.Type == "INSERT";
     if (owns) {
       while (i < G.size() && G[i].Code == 0 && (G[i].Value == "VERTEX" || G[i].Value == "ATTRIB"))
         e.Children.push_back(readOne(i));
@@ -386,6 +387,11 @@ class TReader {
   std::vector<std::string> FStack;  // the blocks being expanded, outermost first
   long FExpanded = 0;
 
+  void Expand(const TEntity& E) {
+    if (++FExpanded > kMaxExpanded)
+      Fail(E.Line, "block insertions expand to more than " + std::to_string(kMaxExpanded) + " entities");
+  }
+
   bool LayerWanted(const std::string& Layer) const {
     return FLayers.empty() || std::find(FLayers.begin(), FLayers.end(), Upper(Layer)) != FLayers.end();
   }
@@ -414,20 +420,26 @@ class TReader {
       if (!IsIdentity(M)) a->TransformBy(M);
       return a;
     }
+    if (std::fabs(Sweep) < 1e-6) {
+      // Too short for the spline form; the chord is within R * 1.3e-13 of the arc.
+      const TPoint2D a = C + TPoint2D(std::cos(A0), std::sin(A0)) * R;
+      const TPoint2D b = C + TPoint2D(std::cos(A0 + Sweep), std::sin(A0 + Sweep)) * R;
+      return std::make_unique<TGeLine2D>(M.Transform(a), M.Transform(b));
+    }
     auto s = TGeSpline2D::CreateArc(C, R, A0, Sweep);
     s->TransformBy(M);
     return s;
   }
 
   void Entity(const TEntity& E, const TMatrix2D& Parent, const std::string& ParentLayer, int Depth) {
-    if (++FExpanded > kMaxExpanded)
-      Fail(E.Line, "block insertions expand to more than " + std::to_string(kMaxExpanded) + " entities");
+    if (Depth > 0) Expand(E);
     std::string layer(Trim(E.Text(8, "0")));
     // Entities of a block on layer 0 take the layer of their insertion.
     if (Depth > 0 && layer == "0") layer = ParentLayer;
     const std::string_view t = E.Type;
     const bool curve = t == "LINE" || t == "ARC" || t == "CIRCLE" || t == "LWPOLYLINE" || t == "POLYLINE" ||
                        t == "SPLINE" || t == "ELLIPSE" || t == "INSERT";
+    // An insertion on a layer not chosen hides its whole block, as a frozen layer does.
     if (!curve || !LayerWanted(layer)) {
       Ignore(t);
       return;
@@ -475,7 +487,10 @@ class TReader {
       a0 = s * kPi / 180.0;
       sweep = d * kPi / 180.0;
     }
-    Add(Arc(c, r, a0, sweep, m), E, Layer, TMatrix2D());
+    auto curve = Arc(c, r, a0, sweep, m);
+    // A mirrored circle still runs counter-clockwise, as every circle read does.
+    if (E.Type == "CIRCLE" && m.M11 * m.M22 - m.M12 * m.M21 < 0.0) curve->ReverseDir();
+    Add(std::move(curve), E, Layer, TMatrix2D());
   }
 
   // A polyline through Pts with Bulges[i] on the segment from point i; Closed adds the
@@ -487,7 +502,8 @@ class TReader {
     if (n < 2) return;
     const std::size_t segs = Closed ? n : n - 1;
     bool anyBulge = false;
-    for (std::size_t i = 0; i < segs; ++i) anyBulge = anyBulge || (Bulges[i] != 0.0 && Pts[i] != Pts[(i + 1) % n]);
+    for (std::size_t i = 0; i < segs; ++i)
+      anyBulge = anyBulge || (std::fabs(Bulges[i]) >= 1e-9 && Pts[i] != Pts[(i + 1) % n]);
     if (!anyBulge) {
       TDynPoints2D pts;
       for (std::size_t i = 0; i <= segs; ++i) {
@@ -504,7 +520,9 @@ class TReader {
       const TPoint2D& a = Pts[i];
       const TPoint2D& b = Pts[(i + 1) % n];
       if (a == b) continue;
-      if (Bulges[i] == 0.0) {
+      // A bulge below 1e-9 bows the segment by less than 1e-9 of its length: exporters'
+      // rounding noise, and too flat an arc to construct. It is read as the straight segment.
+      if (std::fabs(Bulges[i]) < 1e-9) {
         composite->AddCurve(std::make_unique<TGeLine2D>(a, b));
       } else if (conformal) {
         composite->AddCurve(std::make_unique<TGeCircularArc2D>(a, Bulges[i], b));
@@ -663,13 +681,14 @@ class TReader {
     const double rot = E.Real(50) * kPi / 180.0;
     const long long cols = std::max(1LL, E.Int(70, 1));
     const long long rows = std::max(1LL, E.Int(71, 1));
-    if (cols * rows > kMaxExpanded)
+    if (cols > kMaxExpanded || rows > kMaxExpanded || cols * rows > kMaxExpanded)
       Fail(E.Line, "INSERT: an array of " + std::to_string(cols) + " x " + std::to_string(rows) + " is too large");
     const double dc = E.Real(44);
     const double dr = E.Real(45);
     FStack.push_back(it->first);
     for (long long r = 0; r < rows; ++r) {
       for (long long c = 0; c < cols; ++c) {
+        Expand(E);
         TMatrix2D m;
         m.Translate(-block.Base.X, -block.Base.Y);
         m.Scale(sx, sy);
