@@ -12,6 +12,7 @@
 #include "orvane/foundation/Triangle2D.h"
 #include "orvane/persistence/FbsStream.h"
 #include "orvane/persistence/internal/XmlNodeHelper.h"
+#include "orvane/splines/GeSpline2D.h"
 
 namespace orvane {
 
@@ -180,9 +181,12 @@ bool TGeCircularArc2D::Contains(const TGeCurve2D& ACurve) const {
 }
 
 bool TGeCircularArc2D::CheckEqual(const TGeCurve2D& ACurve, bool CheckDir) const {
-  // A spline that is an arc compares as that arc once splines exist; every other kind of
-  // curve differs from an arc.
+  // A spline that is an arc compares as that arc; every other kind of curve differs from an
+  // arc.
   const auto* arc = dynamic_cast<const TGeCircularArc2D*>(&ACurve);
+  std::unique_ptr<TGeCircularArc2D> recognised;
+  if (const auto* spline = dynamic_cast<const TGeSpline2D*>(&ACurve); spline != nullptr && spline->IsArc(recognised))
+    arc = recognised.get();
   if (arc == nullptr) return false;
   const double r = arc->GetRadius();
   if (!NearLength(r, GetRadius(), r) || !NearLength(arc->GetCenter().DistanceTo(GetCenter()), 0.0, r)) return false;

@@ -186,6 +186,7 @@ void TGeSpline2D::Invalidate() {
   FRationalValid = false;
   FCheckedOk = false;
   FHomValid = false;
+  FQuery.reset();
 }
 
 namespace {
@@ -257,7 +258,9 @@ TPoint2D TGeSpline2D::PointH(const TPoint3D& Pw) {
 }
 
 TRect2D TGeSpline2D::CtrlPointsBoundBlock() const {
-  TRect2D r;
+  if (FCtrlPoints.empty()) return {};
+  // From the first point, so that the origin does not join the box.
+  TRect2D r(FCtrlPoints.front());
   for (const TPoint2D& p : FCtrlPoints) r.Extend(p);
   return r;
 }
@@ -1056,31 +1059,6 @@ std::string TGeSpline2D::ToString() const {
     s += eol + Format("%8.3f, %8.3f (w: %4f)", FCtrlPoints[i].X, FCtrlPoints[i].Y, FWeights[i]);
   return s;
 }
-
-// ---------------------------------------------------------------------------------------
-// Queries that come later
-
-namespace {
-[[noreturn]] void NotYet(const char* Where) {
-  throw EAbstractError(std::string("[Error] TGeSpline2D.") + Where + ": spline measuring is not available");
-}
-}  // namespace
-
-double TGeSpline2D::GetCurveLength() const { NotYet("GetCurveLength"); }
-double TGeSpline2D::LengthAt(double) const { NotYet("LengthAt"); }
-TRect2D TGeSpline2D::BoundBlock() const { NotYet("BoundBlock"); }
-TPoint2D TGeSpline2D::GetClosedPointTo(const TPoint2D&, const TGeTolerance&, double&) const {
-  NotYet("GetClosedPointTo");
-}
-int TGeSpline2D::GetSamplePointsByChord(double, TDynPoints2D&, TFloatDynArray&) const {
-  NotYet("GetSamplePointsByChord");
-}
-int TGeSpline2D::GetSamplePointsByChord(double, double, double, TDynPoints2D&, TFloatDynArray&) const {
-  NotYet("GetSamplePointsByChord");
-}
-bool TGeSpline2D::IsOn(const TPoint2D&, const TGeTolerance&, double&) const { NotYet("IsOn"); }
-double TGeSpline2D::ParamOfLength(double, double, const TGeTolerance&) const { NotYet("ParamOfLength"); }
-double TGeSpline2D::ParamOfPoint(const TPoint2D&, const TGeTolerance&) const { NotYet("ParamOfPoint"); }
 
 namespace internal {
 

@@ -32,6 +32,12 @@ using TPoint3DLists = std::vector<TDynPoints3D>;
 ORVANE_API TFullMatrix GetBSpilineClampingMatrix(int Degree, const TFloatDynArray& Knots, bool AtStart);
 
 class TGeSpline2D;
+class TGeLine2D;
+class TGeCircularArc2D;
+class TLengthSamples;
+namespace internal {
+struct TSplineQueryCache;
+}
 using TGeSpline2DList = std::vector<std::unique_ptr<TGeSpline2D>>;
 
 class ORVANE_API TGeSpline2D final : public TGeCurve2D {
@@ -164,18 +170,58 @@ class ORVANE_API TGeSpline2D final : public TGeCurve2D {
   // The control points' box: the curve lies in it, since the weights are positive.
   TRect2D GetRoughBoundBlock() const override;
 
-  // Measuring and searching come with the spline queries; until then these raise
-  // EAbstractError.
+  // Measuring and searching. Lengths are integrated on the Bezier pieces (to about 1e-13
+  // relative), not summed from chords. The pieces are kept between calls until Invalidate.
+  // EGeometry for a malformed spline.
   double GetCurveLength() const override;
+  // The length from the start to Param (held to the interval).
   double LengthAt(double Param) const override;
+  // The exact box of the curve on its interval.
   TRect2D BoundBlock() const override;
+  // The global nearest point and its parameter (on a tie, the smaller parameter). Tol is
+  // read only by the search of a spline without pieces. EParamError for a point that is
+  // not finite.
   TPoint2D GetClosedPointTo(const TPoint2D& Pnt, const TGeTolerance& Tol, double& Param) const override;
+  // Points with strictly rising parameters whose chords stay within EpsChord of the curve,
+  // ends included; returns their number. EParamError for an EpsChord that is not a positive
+  // number.
   int GetSamplePointsByChord(double EpsChord, TDynPoints2D& Points, TFloatDynArray& Params) const override;
+  // The same on the stretch (through the seam of a closed spline when paramFrom is above
+  // paramTo; nothing on an open one).
   int GetSamplePointsByChord(double paramFrom, double paramTo, double epsChord, TDynPoints2D& points,
                              TFloatDynArray& params) const override;
   bool IsOn(const TPoint2D& Pnt, const TGeTolerance& Tol, double& Param) const override;
+  // The parameter at the length Len past ParamStart (backward for a negative Len); a closed
+  // spline wraps once, an open one stops at its ends. Tol is not read.
   double ParamOfLength(double ParamStart, double Len, const TGeTolerance& Tol) const override;
   double ParamOfPoint(const TPoint2D& Pnt, const TGeTolerance& Tol) const override;
+  // (parameter, length) pairs from start to end that keep linear interpolation within 0.01
+  // of the true length; the lengths at the samples are exact.
+  const TLengthSamples& GetLengthSamples() const;
+
+  // Recognition. The tolerance-free forms are relative to the curve's size, so the answer
+  // does not depend on drawing units. Out parameters are reset to nil first.
+  // The line if the spline is one, else the arc if it is one; nil: keep the spline.
+  std::unique_ptr<TGeCurve2D> CalcDegradeCurve() const override;
+  // Every control point lies on the segment from the first to the last (within 1e-9 of its
+  // length); Line is that segment.
+  bool IsLine(std::unique_ptr<TGeLine2D>& Line) const;
+  // The curve runs along the segment between its end points, never back, and no point of
+  // it lies farther than Tol (absolute) from the segment.
+  bool IsLine(std::unique_ptr<TGeLine2D>& Line, double Tol) const;
+  // An exact arc or circle in any rational or polynomial form (within 1e-9 of its radius),
+  // or a chain of cubics that CAD systems write for an arc (IsCombinedBezierArc).
+  bool IsArc(std::unique_ptr<TGeCircularArc2D>& Arc) const;
+  // The curve turns one way around the fitted circle, at most once, and no point of it lies
+  // farther than Tol (absolute) from that circle.
+  bool IsArc(std::unique_ptr<TGeCircularArc2D>& Arc, double Tol) const;
+  // A non-rational cubic whose every piece is a standard cubic arc (within 1e-4 of the
+  // radius beyond the standard cubic's own deviation) about one centre, turning one way.
+  bool IsCombinedBezierArc(std::unique_ptr<TGeCircularArc2D>& Arc) const;
+  // Chord samples at 1e-4 of the curve's size lie within 1e-3 of the fitted radius.
+  bool IsSampleArc(std::unique_ptr<TGeCircularArc2D>& Arc) const;
+  // All control points lie within Tol of one line.
+  bool CheckCtrlPointsCollinear(double Tol) const;
 
  private:
   // EGeometry unless the arrays match, knots rise and everything is finite (and, except on
@@ -189,6 +235,8 @@ class ORVANE_API TGeSpline2D final : public TGeCurve2D {
   TPoint3D EvalW(double Param, TPoint3D* DerivW = nullptr) const;
   void FillDervSpline() const;
   std::unique_ptr<TGeSpline2D> CopySpline() const;
+  // The Bezier pieces with their spans, kept until the next change.
+  internal::TSplineQueryCache& QueryCache() const;
 
   TDynPoints2D FCtrlPoints;
   int FDegree = 0;
@@ -207,6 +255,7 @@ class ORVANE_API TGeSpline2D final : public TGeCurve2D {
   mutable bool FHomValid = false;
   mutable bool FHomUnit = false;  // all weights equal: FHom runs on weight 1
   mutable TDynPoints3D FHom;
+  mutable std::shared_ptr<internal::TSplineQueryCache> FQuery;
 };
 
 namespace internal {

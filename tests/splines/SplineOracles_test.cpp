@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "orvane/curves/GeCircularArc2D.h"
+#include "orvane/curves/GeLine2D.h"
 #include "orvane/splines/GeSpline2D.h"
 #include "DxfSplines.h"
 
@@ -19,7 +21,12 @@ extern "C" {
 }
 #endif
 #ifdef ORVANE_HAVE_OCCT
+#include <Convert_ParameterisationType.hxx>
+#include <GCPnts_AbscissaPoint.hxx>
+#include <Geom2dAdaptor_Curve.hxx>
 #include <Geom2dConvert.hxx>
+#include <Geom2d_Circle.hxx>
+#include <Geom2d_TrimmedCurve.hxx>
 #include <Geom2dConvert_BSplineCurveToBezierCurve.hxx>
 #include <Geom2d_BSplineCurve.hxx>
 #include <Geom2d_BezierCurve.hxx>
@@ -313,11 +320,138 @@ TEST(SplineOracles, DrawingSplinesIncludingAPeriodicOne) {
         EXPECT_TRUE(Close(pt, {po.X(), po.Y()}, scale)) << entry.path() << " u=" << u << " " << pt.ToString();
         EXPECT_TRUE(Close(dv, {vo.X(), vo.Y()}, scale * 10)) << entry.path() << " u=" << u;
       }
+      // The nearest point is the global one, also near the seam of the periodic spline.
+      const TRect2D box = ours->GetRoughBoundBlock();
+      for (int k = 0; ours->GetIsPeriodic() && k < 25; ++k) {
+        const TPoint2D q(box.XMin + box.Width() * (k % 5) / 4, box.YMin + box.Height() * (k / 5) / 4);
+        double u = 0, grid = 1e300;
+        for (int i = 0; i <= 4000; ++i) grid = std::min(grid, ours->EvalPoint(lo + (hi - lo) * i / 4000).DistanceTo(q));
+        EXPECT_LE(ours->GetClosedPointTo(q, DefTol, u).DistanceTo(q), grid + 1e-12) << q.ToString();
+      }
     }
   }
   EXPECT_EQ(plain, 243);
   EXPECT_EQ(periodic, 1);
 #endif
+}
+
+TEST(SplineOracles, NearestPointAndLengthOfRandomSplines) {
+#if !defined(ORVANE_HAVE_SISL) || !defined(ORVANE_HAVE_OCCT)
+  GTEST_SKIP() << "SISL (libsisl-dev) and OCCT are needed for this cross-check";
+#else
+  std::mt19937_64 rng(7);
+  std::uniform_real_distribution<double> coord(-15, 15);
+  int bad = 0, sislRuns = 0;
+  for (int trial = 0; trial < 300 && bad < 10; ++trial) {
+    const TRandomSpline r = RandomSpline(rng);
+    auto ours = Ours(r);
+    TSislCurve sisl = MakeSisl(r);
+    const double lo = ours->GetStartParam(), hi = ours->GetEndParam();
+    const bool clamped = r.Knots.front() == lo && r.Knots.back() == hi;
+    // Length: OCCT's adaptive integration to 1e-12 against ours.
+    Geom2dAdaptor_Curve occt(MakeOcct(r));
+    const double len = GCPnts_AbscissaPoint::Length(occt, lo, hi, 1e-13);
+    if (std::fabs(ours->GetCurveLength() - len) > 1e-9 * len && ++bad < 10)
+      ADD_FAILURE() << "trial " << trial << " length " << ours->GetCurveLength() << " occt " << len;
+    for (int k = 0; k < 5; ++k) {
+      const TPoint2D q(coord(rng), coord(rng));
+      double u = 0;
+      const double d = ours->GetClosedPointTo(q, DefTol, u).DistanceTo(q);
+      double grid = ours->GetStartPoint().DistanceTo(q);
+      for (int i = 0; i <= 4000; ++i) grid = std::min(grid, ours->EvalPoint(lo + (hi - lo) * i / 4000).DistanceTo(q));
+      double pt[2] = {q.X, q.Y}, *pars = nullptr;
+      int npar = 0, ncr = 0, stat = 0;
+      SISLIntcurve** crv = nullptr;
+      // SISL's search takes clamped splines only.
+      if (clamped) s1953(sisl.C, pt, 2, 1e-15, 1e-12, &npar, &pars, &ncr, &crv, &stat);
+      sislRuns += npar > 0;
+      double sislBest = 1e300;
+      TPoint2D dv;
+      for (int i = 0; i < npar; ++i) sislBest = std::min(sislBest, SislEval(sisl.C, pars[i], dv).DistanceTo(q));
+      if (pars) free(pars);
+      if (crv) freeIntcrvlist(crv, ncr);
+      const bool ok = d <= grid + 1e-12 && (npar == 0 || d <= sislBest + 1e-12) &&
+                      ours->EvalPoint(u).DistanceTo(q) <= d + 1e-12;
+      if (!ok && ++bad < 10)
+        ADD_FAILURE() << "trial " << trial << " ours " << d << " grid " << grid << " sisl " << sislBest;
+    }
+  }
+  EXPECT_EQ(bad, 0);
+  EXPECT_GT(sislRuns, 300);
+#endif
+}
+
+// Arcs written by OCCT and by us with random centres, radii from 0.01 to 1000 and sweeps up to a
+// full turn either way, are recognised as the same arc.
+TEST(SplineOracles, ArcsRoundTripThroughRecognition) {
+#ifndef ORVANE_HAVE_OCCT
+  GTEST_SKIP() << "OCCT is needed for this cross-check";
+#else
+  std::mt19937_64 rng(11);
+  std::uniform_real_distribution<double> unit(0, 1), coord(-100, 100);
+  // OCCT's rational forms: tangent-half-angle quadratics in 3, 4 or a chosen number of
+  // spans, and its quasi-angular and C1 rational forms of higher degree.
+  const Convert_ParameterisationType kinds[] = {Convert_TgtThetaOver2, Convert_TgtThetaOver2_3,
+                                                Convert_TgtThetaOver2_4, Convert_QuasiAngular, Convert_RationalC1};
+  for (int trial = 0; trial < 200; ++trial) {
+    // Centres within 100 R: farther off, the rounding of the coordinates alone moves the
+    // centre of a short arc by more than 1e-9 R.
+    const double r = 0.01 * std::pow(1e5, unit(rng)), a0 = 6.3 * unit(rng);
+    const TPoint2D c(coord(rng) * r, coord(rng) * r);
+    const double sweep = (trial % 2 ? -1 : 1) * (trial % 10 == 0 ? 2 * std::acos(-1.0) : 0.05 + 6.2 * unit(rng));
+    Handle(Geom2d_Circle) circle = new Geom2d_Circle(gp_Ax2d(gp_Pnt2d(c.X, c.Y), gp_Dir2d(1, 0)), r, sweep > 0);
+    Handle(Geom2d_BSplineCurve) bs = Geom2dConvert::CurveToBSplineCurve(
+        new Geom2d_TrimmedCurve(circle, sweep > 0 ? a0 : -a0, (sweep > 0 ? a0 : -a0) + std::fabs(sweep)),
+        kinds[trial % 5]);
+    TRandomSpline fromOcct{bs->Degree(), {}, {}, {}};
+    for (int i = 1; i <= bs->NbPoles(); ++i) {
+      fromOcct.Pts.push_back({bs->Pole(i).X(), bs->Pole(i).Y()});
+      fromOcct.Weights.push_back(bs->Weight(i));
+    }
+    for (int i = 1; i <= bs->NbKnots(); ++i)
+      for (int m = 0; m < bs->Multiplicity(i); ++m) fromOcct.Knots.push_back(bs->Knot(i));
+    for (const auto& s : {Ours(fromOcct), TGeSpline2D::CreateArc(c, r, a0, sweep)}) {
+      std::unique_ptr<TGeCircularArc2D> arc;
+      ASSERT_TRUE(s->IsArc(arc)) << trial << " r " << r << " sweep " << sweep;
+      EXPECT_LE(arc->GetCenter().DistanceTo(c), 1e-9 * r) << trial;
+      EXPECT_NEAR(arc->GetRadius(), r, 1e-9 * r) << trial;
+      EXPECT_NEAR(arc->GetSweepAngle(), sweep, 1e-9) << trial;
+      EXPECT_LE(arc->GetStartPoint().DistanceTo(s->GetStartPoint()), 1e-9 * r) << trial;
+    }
+  }
+#endif
+}
+
+// Every spline of the laser4diy drawings is an arc written as cubics, or a straight one.
+TEST(SplineOracles, DrawingSplinesAreArcsOrLines) {
+  const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "curves";
+  if (!std::filesystem::exists(dir)) GTEST_SKIP() << "no shared data at " << dir;
+  int arcs = 0, lines = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+    if (entry.path().filename().string().rfind("laser4diy", 0) != 0 || entry.path().extension() != ".dxf") continue;
+    for (const testing::TDxfSpline& d : testing::ReadDxfSplines(entry.path())) {
+      TRandomSpline r{d.Degree, d.Pts, d.Weights, d.Knots};
+      if (r.Weights.empty()) r.Weights.assign(r.Pts.size(), 1.0);
+      auto s = Ours(r);
+      std::unique_ptr<TGeCircularArc2D> arc, measured;
+      std::unique_ptr<TGeLine2D> line;
+      if (s->IsArc(arc)) {
+        ++arcs;
+        const double tol = 1e-3 * arc->GetRadius();
+        EXPECT_TRUE(s->IsArc(measured, tol)) << entry.path();
+        for (int i = 0; i <= 64; ++i) {
+          const TPoint2D p = s->EvalPoint(s->GetStartParam() + (s->GetEndParam() - s->GetStartParam()) * i / 64);
+          EXPECT_LE(std::fabs(p.DistanceTo(arc->GetCenter()) - arc->GetRadius()), tol) << entry.path();
+        }
+        EXPECT_LE(s->GetEndPoint().DistanceTo(arc->GetEndPoint()), tol) << entry.path();
+      } else {
+        EXPECT_TRUE(s->IsLine(line, 1e-9 * s->GetStartPoint().DistanceTo(s->GetEndPoint()))) << entry.path();
+        ++lines;
+      }
+    }
+  }
+  EXPECT_EQ(arcs + lines, 243);
+  EXPECT_GT(arcs, 200);
 }
 
 }  // namespace
