@@ -58,33 +58,35 @@ TRect2D CtrlBox(const TGeSpline2D& S) {
 
 // ---- Recognition: every call that asks whether a spline is a line or an arc is here.
 
-// The line or arc that Spline is within Tol, measured on dense samples of the spline, or nil.
-// Deviation receives the measured distance of the answer.
+// The line or arc that Spline is, or nil: within Tol where one is given, else as the
+// spline's own recognition judges without one (relative to its size, and the standard cubics
+// that CAD systems write for arcs). The element returned starts and ends exactly where the
+// spline does, so that joining sees the same ends. Deviation receives the distance between
+// the spline and the element, measured on dense samples.
 TCurvePtr RecogniseSpline(const TGeSpline2D& Spline, double Tol, double& Deviation) {
   const TGeInterval iv = Spline.GetInterval();
   const double t0 = iv.Lower, t1 = iv.Upper;
   const int samples = 32 * std::max<int>(1, static_cast<int>(SmoothBreaks(Spline).size()) - 1);
   const TPoint2D p0 = Spline.EvalPoint(t0), p1 = Spline.EvalPoint(t1);
-  const bool closed = Dist(p0, p1) <= Tol;
-  std::vector<TArc2D> candidate(1);
-  if (!closed) {
-    candidate[0].DegradeLine(p0, p1);
-    Deviation = TCurveToArcs::Deviation(Spline, t0, t1, candidate, samples);
-    if (Deviation <= Tol) return std::make_unique<TGeLine2D>(p0, p1);
-    candidate[0] = TArc2D::CreateCross(p0, Spline.EvalPoint(0.5 * (t0 + t1)), p1);
+  std::vector<TArc2D> element(1);
+  std::unique_ptr<TGeLine2D> line;
+  std::unique_ptr<TGeCircularArc2D> arc;
+  if (Tol > 0.0 ? Spline.IsLine(line, Tol) : Spline.IsLine(line)) {
+    if (p0 == p1) return nullptr;
+    element[0].DegradeLine(p0, p1);
+  } else if (Tol > 0.0 ? Spline.IsArc(arc, Tol) : Spline.IsArc(arc)) {
+    if (arc->IsFullCircle() || p0.DistanceTo(p1) <= 1e-9 * arc->GetRadius()) {
+      TPoint2D d;
+      Spline.EvalPoint(t0, d);
+      element[0] = TArc2D::CreateCircle(arc->GetCenter(), p0, (p0 - arc->GetCenter()).CrossMul(d) < 0.0);
+    } else {
+      element[0] = TArc2D::CreateCross(p0, Spline.EvalPoint(0.5 * (t0 + t1)), p1);
+    }
   } else {
-    // A closed spline can only be a full circle: through three points a third of the way apart.
-    const TArc2D through = TArc2D::CreateCross(p0, Spline.EvalPoint(t0 + (t1 - t0) / 3.0),
-                                               Spline.EvalPoint(t0 + 2.0 * (t1 - t0) / 3.0));
-    if (through.IsLine) return nullptr;
-    TPoint2D d;
-    Spline.EvalPoint(t0, d);
-    candidate[0] = TArc2D::CreateCircle(through.Center, p0, (p0 - through.Center).CrossMul(d) < 0.0);
+    return nullptr;
   }
-  if (candidate[0].IsLine) return nullptr;
-  Deviation = TCurveToArcs::Deviation(Spline, t0, t1, candidate, samples);
-  if (Deviation > Tol) return nullptr;
-  return ArcElement(candidate[0]);
+  Deviation = TCurveToArcs::Deviation(Spline, t0, t1, element, samples);
+  return ArcElement(element[0]);
 }
 
 // ---- Pieces to elements
@@ -109,15 +111,7 @@ void AddElements(const TGeCurve2D& C, std::vector<TCurvePtr>& Out, double RecTol
   if (const auto* sp = dynamic_cast<const TGeSpline2D*>(&C)) {
     ++R.SplinesRead;
     double dev = 0.0;
-    // Without a tolerance asked for, a spline is the arc it stands for within a thousandth of
-    // its own size: what arcs exported as single cubics need (3e-4 of the radius), whatever
-    // the drawing's scale.
-    double tol = RecTol;
-    if (!(tol > 0.0)) {
-      const TRect2D b = CtrlBox(*sp);
-      tol = 1e-3 * std::hypot(b.Width(), b.Height());
-    }
-    if (TCurvePtr simple = RecogniseSpline(*sp, tol, dev)) {
+    if (TCurvePtr simple = RecogniseSpline(*sp, RecTol, dev)) {
       (dynamic_cast<TGeLine2D*>(simple.get()) ? R.SplinesAsLines : R.SplinesAsArcs)++;
       R.MaxDeviation = std::max(R.MaxDeviation, dev);
       Out.push_back(std::move(simple));
@@ -326,7 +320,7 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
   const double diag = R.Box.IsValid() ? std::hypot(R.Box.Width(), R.Box.Height()) : 0.0;
   const double size = diag > 0.0 ? diag : 1.0;
   R.JoinTol = Options.JoinTol > 0.0 ? Options.JoinTol : 1e-6 * size;
-  R.RecognitionTol = Options.ArcTol;  // 0: relative to each spline
+  R.RecognitionTol = Options.ArcTol;  // 0: the spline's own judgement, relative to its size
   // An output DXF of lines and arcs alone, without a tolerance asked for: 1e-5 of the
   // drawing's diagonal, far below any cutting kerf.
   R.ArcTol = Options.ArcTol > 0.0 ? Options.ArcTol : (Options.WantArcs ? 1e-5 * size : 0.0);
@@ -520,7 +514,7 @@ void WriteProfileText(std::ostream& Out, const TProfileResult& R) {
   Out << "entities ignored: " << Counts(R.Ignored) << "\n";
   Out << Format("units: %s ($INSUNITS %d)\n", R.Units.empty() ? "unitless" : R.Units, R.InsUnits);
   Out << Format("tolerances: join %g, recognition %s, arcs %s\n", R.JoinTol,
-                R.RecognitionTol > 0.0 ? Format("%g", R.RecognitionTol) : std::string("1e-3 of each spline's size"),
+                R.RecognitionTol > 0.0 ? Format("%g", R.RecognitionTol) : std::string("relative to each spline's size"),
                 R.ArcTol > 0.0 ? Format("%g", R.ArcTol) : std::string("not asked"));
   if (R.Degenerate) Out << Format("pieces of no size dropped: %d\n", R.Degenerate);
   Out << Format("contours: %d, %d closed, %d open\n", static_cast<int>(R.Contours.size()),

@@ -57,7 +57,7 @@ struct TProfileResult {
   std::string Units;
   TRect2D Box = TRect2D::Invalid();
   double JoinTol = 0.0;
-  double RecognitionTol = 0.0;  // 0: a thousandth of each spline's own size
+  double RecognitionTol = 0.0;  // 0: relative to each spline's own size
   double ArcTol = 0.0;          // free-form curves were turned into arcs within it (0: they were not)
   std::vector<TProfileContour> Contours;
   std::vector<TProfilePart> Parts;  // largest net area first
