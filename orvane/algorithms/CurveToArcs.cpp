@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 
 #include "orvane/algorithms/CadBasicAlgo.h"
 #include "orvane/foundation/Exception.h"
@@ -75,33 +76,47 @@ struct TStretch {
   std::vector<TArc2D> Arcs;
 };
 
-void FitRange(const TGeCurve2D& Curve, double From, double To, double Tol, int Depth, std::vector<TStretch>& Out) {
+// One stretch: the chord where the samples lie on it, else the biarc where it holds Tol;
+// false when neither does (the chord is then in Out as the fallback).
+bool FitOne(const TGeCurve2D& Curve, double From, double To, double Tol, TStretch& Out) {
   const TPoint2D p0 = Curve.EvalPoint(From), p1 = Curve.EvalPoint(To);
-  std::vector<TArc2D> trial;
-  // A stretch whose samples all lie on its chord is one straight piece.
   TArc2D chord;
   chord.DegradeLine(p0, p1);
-  trial.push_back(chord);
-  if (TCurveToArcs::Deviation(Curve, From, To, trial, kFitSamples) <= Tol) {
-    Out.push_back({From, To, trial});
-    return;
-  }
+  Out = {From, To, {chord}};
+  if (TCurveToArcs::Deviation(Curve, From, To, Out.Arcs, kFitSamples) <= Tol) return true;
   TArc2D a1, a2;
-  trial.clear();
   if (Biarc(p0, TangentAt(Curve, From, From, To), p1, TangentAt(Curve, To, From, To), a1, a2)) {
-    trial = {a1, a2};
+    const std::vector<TArc2D> trial = {a1, a2};
     if (TCurveToArcs::Deviation(Curve, From, To, trial, kFitSamples) <= Tol) {
-      Out.push_back({From, To, trial});
-      return;
+      Out.Arcs = trial;
+      return true;
     }
   }
-  if (Depth >= TCurveToArcs::MaxDepth) {
-    Out.push_back({From, To, {chord}});
-    return;
+  return false;
+}
+
+// Stretches are halved breadth first, so that a spent budget leaves the curve evenly cut.
+void FitRange(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TStretch>& Out) {
+  struct TTodo {
+    double From, To;
+    int Depth;
+  };
+  std::deque<TTodo> todo{{From, To, 0}};
+  int budget = TCurveToArcs::MaxPieces;
+  while (!todo.empty()) {
+    const TTodo t = todo.front();
+    todo.pop_front();
+    TStretch s;
+    if (FitOne(Curve, t.From, t.To, Tol, s) || t.Depth >= TCurveToArcs::MaxDepth || budget <= 0) {
+      Out.push_back(std::move(s));
+      continue;
+    }
+    --budget;
+    const double mid = 0.5 * (t.From + t.To);
+    todo.push_back({t.From, mid, t.Depth + 1});
+    todo.push_back({mid, t.To, t.Depth + 1});
   }
-  const double mid = 0.5 * (From + To);
-  FitRange(Curve, From, mid, Tol, Depth + 1, Out);
-  FitRange(Curve, mid, To, Tol, Depth + 1, Out);
+  std::sort(Out.begin(), Out.end(), [](const TStretch& a, const TStretch& b) { return a.From < b.From; });
 }
 
 double SegmentDistance(const TPoint2D& P, const TPoint2D& A, const TPoint2D& B) {
@@ -175,11 +190,26 @@ double TCurveToArcs::Fit(const TGeCurve2D& Curve, double From, double To, double
   if (!(Tol > 0.0) || !std::isfinite(Tol)) throw EParamError("TCurveToArcs.Fit: the tolerance must be a finite number above 0");
   if (!(From < To)) throw EParamError("TCurveToArcs.Fit: the stretch must run from a lower to a higher parameter");
   std::vector<TStretch> fitted;
-  FitRange(Curve, From, To, Tol, 0, fitted);
-  // The fit checked each stretch coarsely; the answer is measured again, densely.
+  FitRange(Curve, From, To, Tol, fitted);
+  // The fit checked each stretch coarsely; the answer is measured again, densely, and a
+  // stretch that strays between the coarse samples is fitted again in halves.
   double worst = 0.0;
   for (const TStretch& s : fitted) {
-    worst = std::max(worst, Deviation(Curve, s.From, s.To, s.Arcs, 256));
+    double d = Deviation(Curve, s.From, s.To, s.Arcs, 256);
+    if (d > Tol) {
+      const double mid = 0.5 * (s.From + s.To);
+      std::vector<TStretch> halves;
+      FitRange(Curve, s.From, mid, Tol, halves);
+      FitRange(Curve, mid, s.To, Tol, halves);
+      double again = 0.0;
+      for (const TStretch& h : halves) again = std::max(again, Deviation(Curve, h.From, h.To, h.Arcs, 256));
+      if (again < d) {
+        for (const TStretch& h : halves) Arcs.insert(Arcs.end(), h.Arcs.begin(), h.Arcs.end());
+        worst = std::max(worst, again);
+        continue;
+      }
+    }
+    worst = std::max(worst, d);
     Arcs.insert(Arcs.end(), s.Arcs.begin(), s.Arcs.end());
   }
   return worst;

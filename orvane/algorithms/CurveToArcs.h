@@ -18,11 +18,13 @@ class ORVANE_API TCurveToArcs {
   // Appends to Arcs the chain that stands for the stretch From..To of Curve (From < To), from
   // the curve's point at From to its point at To, and returns the largest deviation measured
   // between the stretch and the chain (see Deviation). Each biarc is kept only when it holds
-  // Tol; otherwise the stretch is halved, down to MaxDepth, where the chord is kept whatever
-  // it measures (only a tolerance near the rounding of the coordinates gets there). Tol must
-  // be a finite number above 0 (EParamError).
+  // Tol; otherwise the stretch is halved (breadth first), down to MaxDepth or until MaxPieces
+  // halvings were spent, where the chord is kept whatever it measures (only a tolerance near the rounding
+  // of the coordinates gets there, and the answer then exceeds Tol). Tol must be a finite
+  // number above 0 and From below To (EParamError).
   static double Fit(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TArc2D>& Arcs);
   static constexpr int MaxDepth = 30;
+  static constexpr int MaxPieces = 1 << 12;
 
   // The largest distance between the stretch From..To of Curve and the chain Arcs, both ways:
   // Samples points of the stretch (evenly in parameter, ends included) against the nearest
