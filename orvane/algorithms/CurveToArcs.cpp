@@ -83,11 +83,22 @@ bool FitOne(const TGeCurve2D& Curve, double From, double To, double Tol, TStretc
   TArc2D chord;
   chord.DegradeLine(p0, p1);
   Out = {From, To, {chord}};
-  if (TCurveToArcs::Deviation(Curve, From, To, Out.Arcs, kFitSamples) <= Tol) return true;
+  // Three inner points reject most candidates before the full measure.
+  TPoint2D quarter[3];
+  for (int k = 0; k < 3; ++k) quarter[k] = Curve.EvalPoint(From + (To - From) * (k + 1) / 4.0);
+  const auto plausible = [&](const std::vector<TArc2D>& Arcs) {
+    for (const TPoint2D& q : quarter) {
+      double best = HUGE_VAL;
+      for (const TArc2D& a : Arcs) best = std::min(best, TCurveToArcs::Distance(a, q));
+      if (best > Tol) return false;
+    }
+    return true;
+  };
+  if (plausible(Out.Arcs) && TCurveToArcs::Deviation(Curve, From, To, Out.Arcs, kFitSamples) <= Tol) return true;
   TArc2D a1, a2;
   if (Biarc(p0, TangentAt(Curve, From, From, To), p1, TangentAt(Curve, To, From, To), a1, a2)) {
     const std::vector<TArc2D> trial = {a1, a2};
-    if (TCurveToArcs::Deviation(Curve, From, To, trial, kFitSamples) <= Tol) {
+    if (plausible(trial) && TCurveToArcs::Deviation(Curve, From, To, trial, kFitSamples) <= Tol) {
       Out.Arcs = trial;
       return true;
     }
