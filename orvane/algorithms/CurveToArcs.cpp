@@ -108,15 +108,15 @@ bool FitOne(const TGeCurve2D& Curve, double From, double To, double Tol, TStretc
 
 // Stretches are halved breadth first, so that a spent budget leaves the curve evenly cut.
 void FitRange(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TStretch>& Out) {
-  struct TTodo {
+  struct TPending {
     double From, To;
     int Depth;
   };
-  std::deque<TTodo> todo{{From, To, 0}};
+  std::deque<TPending> pending{{From, To, 0}};
   int budget = TCurveToArcs::MaxPieces;
-  while (!todo.empty()) {
-    const TTodo t = todo.front();
-    todo.pop_front();
+  while (!pending.empty()) {
+    const TPending t = pending.front();
+    pending.pop_front();
     TStretch s;
     if (FitOne(Curve, t.From, t.To, Tol, s) || t.Depth >= TCurveToArcs::MaxDepth || budget <= 0) {
       Out.push_back(std::move(s));
@@ -124,8 +124,8 @@ void FitRange(const TGeCurve2D& Curve, double From, double To, double Tol, std::
     }
     --budget;
     const double mid = 0.5 * (t.From + t.To);
-    todo.push_back({t.From, mid, t.Depth + 1});
-    todo.push_back({mid, t.To, t.Depth + 1});
+    pending.push_back({t.From, mid, t.Depth + 1});
+    pending.push_back({mid, t.To, t.Depth + 1});
   }
   std::sort(Out.begin(), Out.end(), [](const TStretch& a, const TStretch& b) { return a.From < b.From; });
 }
@@ -208,10 +208,11 @@ double TCurveToArcs::Fit(const TGeCurve2D& Curve, double From, double To, double
   for (const TStretch& s : fitted) {
     double d = Deviation(Curve, s.From, s.To, s.Arcs, 256);
     if (d > Tol) {
+      // Once, and without further halving, so that the work stays bounded.
       const double mid = 0.5 * (s.From + s.To);
-      std::vector<TStretch> halves;
-      FitRange(Curve, s.From, mid, Tol, halves);
-      FitRange(Curve, mid, s.To, Tol, halves);
+      std::vector<TStretch> halves(2);
+      FitOne(Curve, s.From, mid, Tol, halves[0]);
+      FitOne(Curve, mid, s.To, Tol, halves[1]);
       double again = 0.0;
       for (const TStretch& h : halves) again = std::max(again, Deviation(Curve, h.From, h.To, h.Arcs, 256));
       if (again < d) {

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <numeric>
-#include <set>
 
 #include "orvane/algorithms/CadBasicAlgo.h"
 #include "orvane/algorithms/CurveToArcs.h"
@@ -222,6 +220,8 @@ TDynPoints2D SpreadPoints(const TDynPoints2D& Poly, int Count) {
 
 // ---- Free-form curves into lines and arcs
 
+constexpr std::size_t kMaxBezierArcs = 64;
+
 // Lines and arcs for one free-form element within Tol; Deviation receives what was measured.
 void FitElement(const TGeCurve2D& C, double Tol, std::vector<TCurvePtr>& Out, double& Deviation) {
   std::vector<TArc2D> arcs;
@@ -235,7 +235,12 @@ void FitElement(const TGeCurve2D& C, double Tol, std::vector<TCurvePtr>& Out, do
     std::vector<TArc2D> got;
     if (fit)
       for (int i = 0; i < fit->Count(); ++i) got.push_back((*fit)[i]);
-    const double dev = got.empty() ? HUGE_VAL : TCurveToArcs::Deviation(bez, iv.Lower, iv.Upper, got, 64 * static_cast<int>(got.size()));
+    // The chain is measured against the whole Bezier, element by element for each sample: a
+    // long chain (a tolerance near the coordinates' rounding) goes to the biarc fit instead,
+    // which measures stretch by stretch.
+    const double dev = got.empty() || got.size() > kMaxBezierArcs
+                           ? HUGE_VAL
+                           : TCurveToArcs::Deviation(bez, iv.Lower, iv.Upper, got, 64 * static_cast<int>(got.size()));
     if (dev <= Tol) {
       arcs.insert(arcs.end(), got.begin(), got.end());
       Deviation = std::max(Deviation, dev);
