@@ -167,12 +167,19 @@ double TCurveToArcs::Deviation(const TGeCurve2D& Curve, double From, double To, 
   // The other way: points of each element against the curve, from the nearest sample by a
   // few Gauss-Newton steps kept between that sample's neighbours.
   const int perArc = std::clamp(Samples / std::max<int>(1, static_cast<int>(Arcs.size())), 4, 16);
-  for (const TArc2D& a : Arcs) {
+  // The chain runs along the curve: the search for the nearest sample looks around where the
+  // point's share of the chain puts it (a nearest point missed can only overstate).
+  const std::size_t m = Arcs.size(), window = 2 * n / std::max<std::size_t>(1, m) + 2;
+  for (std::size_t j = 0; j < m; ++j) {
+    const TArc2D& a = Arcs[j];
     for (int k = 1; k < perArc; ++k) {
       const TPoint2D q = a.EvalPoint(static_cast<double>(k) / perArc);
-      std::size_t near = 0;
+      const std::size_t guess = static_cast<std::size_t>((static_cast<double>(j) + static_cast<double>(k) / perArc) /
+                                                         static_cast<double>(m) * static_cast<double>(n - 1));
+      const std::size_t first = guess > window ? guess - window : 0, last = std::min(n, guess + window + 1);
+      std::size_t near = first;
       double best = HUGE_VAL;
-      for (std::size_t i = 0; i < n; ++i) {
+      for (std::size_t i = first; i < last; ++i) {
         const double d = std::hypot(q.X - pts[i].X, q.Y - pts[i].Y);
         if (d < best) {
           best = d;
@@ -206,7 +213,7 @@ double TCurveToArcs::Fit(const TGeCurve2D& Curve, double From, double To, double
   // stretch that strays between the coarse samples is fitted again in halves.
   double worst = 0.0;
   for (const TStretch& s : fitted) {
-    double d = Deviation(Curve, s.From, s.To, s.Arcs, 256);
+    double d = Deviation(Curve, s.From, s.To, s.Arcs, 128);
     if (d > Tol) {
       // Once, and without further halving, so that the work stays bounded.
       const double mid = 0.5 * (s.From + s.To);
@@ -214,7 +221,7 @@ double TCurveToArcs::Fit(const TGeCurve2D& Curve, double From, double To, double
       FitOne(Curve, s.From, mid, Tol, halves[0]);
       FitOne(Curve, mid, s.To, Tol, halves[1]);
       double again = 0.0;
-      for (const TStretch& h : halves) again = std::max(again, Deviation(Curve, h.From, h.To, h.Arcs, 256));
+      for (const TStretch& h : halves) again = std::max(again, Deviation(Curve, h.From, h.To, h.Arcs, 128));
       if (again < d) {
         for (const TStretch& h : halves) Arcs.insert(Arcs.end(), h.Arcs.begin(), h.Arcs.end());
         worst = std::max(worst, again);

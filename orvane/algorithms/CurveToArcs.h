@@ -24,12 +24,13 @@ class ORVANE_API TCurveToArcs {
   // number above 0 and From below To (EParamError).
   static double Fit(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TArc2D>& Arcs);
   static constexpr int MaxDepth = 30;
-  static constexpr int MaxPieces = 1 << 12;
+  static constexpr int MaxPieces = 1 << 10;
 
   // The largest distance between the stretch From..To of Curve and the chain Arcs, both ways:
   // Samples points of the stretch (evenly in parameter, ends included) against the nearest
   // chain element, and points of every element against the curve (their nearest points found
-  // from the nearest sample).
+  // from the nearest sample around the point's share of the chain, so the chain must run along
+  // the stretch, as a fitted one does).
   static double Deviation(const TGeCurve2D& Curve, double From, double To, const std::vector<TArc2D>& Arcs,
                           int Samples);
   // Distance from P to the arc (or straight piece).
