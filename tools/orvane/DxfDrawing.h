@@ -41,16 +41,16 @@ struct TDxfDrawing {
   // its curve is the CAD program's own interpolation. Paper-space entities are not counted.
   std::map<std::string, int> Read;
   std::map<std::string, int> Ignored;
-  int InsUnits = 0;        // the header's $INSUNITS, 0 when absent
-  std::string UnitsName;   // "unitless", "inches", "millimeters", ...
+  int InsUnits = 0;       // the header's $INSUNITS, 0 when absent
+  std::string UnitsName;  // "unitless", "inches", "millimeters", ...
 };
 
 // Reads model space. With Layers non-empty, only entities on those layers (compared without
 // letter case) are read; the others count as ignored. Entities of a block on layer "0" take
-// the layer of their insertion, and an insertion on a layer not chosen hides its block. Raises EDxfError for a file that cannot
-// be opened or is not DXF, a truncated file, coordinates that are not finite, an INSERT of a
-// missing block (or blocks inserting themselves), and a SPLINE whose knots, weights and
-// control points do not fit together.
+// the layer of their insertion, and an insertion on a layer not chosen hides its block.
+// Raises EDxfError for a file that cannot be opened or is not DXF, a truncated file,
+// coordinates that are not finite, an INSERT of a missing block (or blocks inserting
+// themselves), and a SPLINE whose knots, weights and control points do not fit together.
 TDxfDrawing ReadDxfFile(const std::string& Path, const std::vector<std::string>& Layers = {});
 TDxfDrawing ReadDxfText(const std::string& Text, const std::vector<std::string>& Layers = {});
 

@@ -35,9 +35,11 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 // Block insertions multiply: nested arrays of a few lines can stand for billions of
-// entities. Past this many block entities and array cells the drawing is refused rather
-// than expanded; the model's own entities do not count.
-constexpr long kMaxExpanded = 1000000;
+// entities. Their expansion is measured before any is built, in group values read (an
+// array cell counts as kCellCost), and the drawing is refused past this many, about what
+// a 50 MB file holds; the model's own entities do not count.
+constexpr long long kMaxExpanded = 5000000;
+constexpr long long kCellCost = 4;
 constexpr int kMaxNesting = 64;
 
 std::string LineText(int Line) {
@@ -161,8 +163,7 @@ std::vector<TGroup> Tokenize(std::string_view Text) {
         Fail(line, "the value " + Quoted(g.Value) + " is not an integer");
       }
     }
-    if (groups.empty() && !(g.Code == 0 && g.Value == "SECTION") && g.Code != 999)
-      throw EDxfError("not a DXF file");
+    if (groups.empty() && !(g.Code == 0 && g.Value == "SECTION") && g.Code != 999) throw EDxfError("not a DXF file");
     groups.push_back(g);
   }
   if (groups.empty()) throw EDxfError("not a DXF file (empty)");
@@ -284,7 +285,8 @@ TFile Structure(std::string_view Text) {
       ++i;
       while (true) {
         if (name == "ENTITIES") {
-          f.Model = ReadEntities(G, i, {"ENDSEC"});
+          std::vector<TEntity> more = ReadEntities(G, i, {"ENDSEC"});
+          std::move(more.begin(), more.end(), std::back_inserter(f.Model));
           break;
         }
         // BLOCKS: BLOCK header, entities, ENDBLK; up to ENDSEC.
@@ -313,8 +315,10 @@ TFile Structure(std::string_view Text) {
       bool insUnits = false;
       while (i < G.size() && !(G[i].Code == 0 && (G[i].Value == "ENDSEC" || G[i].Value == "EOF"))) {
         if (name == "HEADER") {
-          if (G[i].Code == 9) insUnits = G[i].Value == "$INSUNITS";
-          else if (insUnits && G[i].Code == 70) f.InsUnits = G[i].Integer;
+          if (G[i].Code == 9)
+            insUnits = G[i].Value == "$INSUNITS";
+          else if (insUnits && G[i].Code == 70)
+            f.InsUnits = G[i].Integer;
         }
         ++i;
       }
@@ -328,12 +332,10 @@ TFile Structure(std::string_view Text) {
 }
 
 const char* UnitsName(long long Code) {
-  static const char* const kNames[] = {"unitless",    "inches",      "feet",        "miles",
-                                       "millimeters", "centimeters", "meters",      "kilometers",
-                                       "microinches", "mils",        "yards",       "angstroms",
-                                       "nanometers",  "microns",     "decimeters",  "decameters",
-                                       "hectometers", "gigameters",  "astronomical units", "light years",
-                                       "parsecs"};
+  static const char* const kNames[] = {
+      "unitless",   "inches",      "feet",        "miles",      "millimeters",        "centimeters", "meters",
+      "kilometers", "microinches", "mils",        "yards",      "angstroms",          "nanometers",  "microns",
+      "decimeters", "decameters",  "hectometers", "gigameters", "astronomical units", "light years", "parsecs"};
   if (Code < 0 || Code > 20) return "unknown";
   return kNames[Code];
 }
@@ -373,6 +375,13 @@ class TReader {
   }
 
   void ReadModel() {
+    long long expanded = 0;
+    for (const TEntity& e : FFile.Model) {
+      if (e.Type != "INSERT" || e.Int(67) == 1) continue;
+      expanded = Capped(expanded + InsertCost(e, 0));
+      if (expanded > kMaxExpanded)
+        Fail(e.Line, "block insertions expand to more than " + std::to_string(kMaxExpanded) + " values");
+    }
     for (const TEntity& e : FFile.Model) {
       // Paper-space entities (group 67 = 1) are not part of the model.
       if (e.Int(67) == 1) continue;
@@ -384,12 +393,51 @@ class TReader {
   const TFile& FFile;
   TDxfDrawing& FOut;
   std::vector<std::string> FLayers;
-  std::vector<std::string> FStack;  // the blocks being expanded, outermost first
-  long FExpanded = 0;
+  std::vector<std::string> FStack;                        // the blocks being expanded, outermost first
+  std::unordered_map<std::string, long long> FBlockCost;  // by upper-case name
 
-  void Expand(const TEntity& E) {
-    if (++FExpanded > kMaxExpanded)
-      Fail(E.Line, "block insertions expand to more than " + std::to_string(kMaxExpanded) + " entities");
+  static long long Capped(long long V) { return std::min(V, kMaxExpanded + 1); }
+
+  // The block an INSERT names, after the checks that it exists, is not being expanded
+  // already and is not nested too deep.
+  const std::pair<const std::string, TBlock>& BlockOf(const TEntity& E, int Depth) const {
+    const std::string name(Trim(E.Text(2)));
+    const auto it = FFile.Blocks.find(Upper(name));
+    if (it == FFile.Blocks.end()) Fail(E.Line, "INSERT of the missing block " + Quoted(name));
+    for (const std::string& open : FStack)
+      if (open == it->first) Fail(E.Line, "the block " + Quoted(name) + " inserts itself");
+    if (Depth >= kMaxNesting) Fail(E.Line, "blocks nested deeper than " + std::to_string(kMaxNesting));
+    return *it;
+  }
+
+  static void ArraySize(const TEntity& E, long long& Cols, long long& Rows) {
+    Cols = std::max(1LL, E.Int(70, 1));
+    Rows = std::max(1LL, E.Int(71, 1));
+    if (Cols > kMaxExpanded || Rows > kMaxExpanded || Cols * Rows * kCellCost > kMaxExpanded)
+      Fail(E.Line, "INSERT: an array of " + std::to_string(Cols) + " x " + std::to_string(Rows) + " is too large");
+  }
+
+  // The values an INSERT expands to, counted once per block; at most kMaxExpanded + 1.
+  long long InsertCost(const TEntity& E, int Depth) {
+    const auto& [key, block] = BlockOf(E, Depth);
+    long long cols = 0;
+    long long rows = 0;
+    ArraySize(E, cols, rows);
+    auto known = FBlockCost.find(key);
+    if (known == FBlockCost.end()) {
+      FStack.push_back(key);
+      long long cost = 0;
+      for (const TEntity& e : block.Entities) {
+        cost += 1 + (e.End - e.Begin);
+        for (const TEntity& c : e.Children) cost += 1 + (c.End - c.Begin);
+        if (e.Type == "INSERT") cost += InsertCost(e, Depth + 1);
+        cost = Capped(cost);
+      }
+      FStack.pop_back();
+      known = FBlockCost.emplace(key, cost).first;
+    }
+    const long long perCell = kCellCost + known->second;
+    return perCell > (kMaxExpanded + 1) / (cols * rows) ? kMaxExpanded + 1 : cols * rows * perCell;
   }
 
   bool LayerWanted(const std::string& Layer) const {
@@ -432,7 +480,6 @@ class TReader {
   }
 
   void Entity(const TEntity& E, const TMatrix2D& Parent, const std::string& ParentLayer, int Depth) {
-    if (Depth > 0) Expand(E);
     std::string layer(Trim(E.Text(8, "0")));
     // Entities of a block on layer 0 take the layer of their insertion.
     if (Depth > 0 && layer == "0") layer = ParentLayer;
@@ -449,12 +496,18 @@ class TReader {
         Insert(E, Parent, layer, Depth);
         return;
       }
-      if (t == "LINE") Line(E, Parent, layer);
-      else if (t == "ARC" || t == "CIRCLE") ArcOrCircle(E, Parent, layer);
-      else if (t == "LWPOLYLINE") LwPolyline(E, Parent, layer);
-      else if (t == "POLYLINE") Polyline(E, Parent, layer);
-      else if (t == "SPLINE") Spline(E, Parent, layer);
-      else Ellipse(E, Parent, layer);
+      if (t == "LINE")
+        Line(E, Parent, layer);
+      else if (t == "ARC" || t == "CIRCLE")
+        ArcOrCircle(E, Parent, layer);
+      else if (t == "LWPOLYLINE")
+        LwPolyline(E, Parent, layer);
+      else if (t == "POLYLINE")
+        Polyline(E, Parent, layer);
+      else if (t == "SPLINE")
+        Spline(E, Parent, layer);
+      else
+        Ellipse(E, Parent, layer);
     } catch (const orvane::Exception& x) {
       // The kernel refused a value the file gave; say where.
       Fail(E.Line, std::string(t) + ": " + x.what());
@@ -529,8 +582,8 @@ class TReader {
       } else {
         // Under a scale that is not even the arc is an ellipse arc: its exact spline.
         const TGeCircularArc2D arc(a, Bulges[i], b);
-        composite->AddCurve(TGeSpline2D::CreateArc(arc.GetCenter(), arc.GetRadius(), arc.GetStartAngle(),
-                                                   arc.GetSweepAngle()));
+        composite->AddCurve(
+            TGeSpline2D::CreateArc(arc.GetCenter(), arc.GetRadius(), arc.GetStartAngle(), arc.GetSweepAngle()));
       }
     }
     Add(std::move(composite), E, Layer, M);
@@ -579,11 +632,16 @@ class TReader {
     TFloatDynArray weights;
     int fit = 0;
     for (const TGroup* g = E.Begin; g != E.End; ++g) {
-      if (g->Code == 10) ctrl.emplace_back(g->Number, 0.0);
-      else if (g->Code == 20 && !ctrl.empty()) ctrl.back().Y = g->Number;
-      else if (g->Code == 40) knots.push_back(g->Number);
-      else if (g->Code == 41) weights.push_back(g->Number);
-      else if (g->Code == 11) ++fit;
+      if (g->Code == 10)
+        ctrl.emplace_back(g->Number, 0.0);
+      else if (g->Code == 20 && !ctrl.empty())
+        ctrl.back().Y = g->Number;
+      else if (g->Code == 40)
+        knots.push_back(g->Number);
+      else if (g->Code == 41)
+        weights.push_back(g->Number);
+      else if (g->Code == 11)
+        ++fit;
     }
     const std::string what = "SPLINE: ";
     if (ctrl.empty() && fit > 0) {
@@ -596,8 +654,8 @@ class TReader {
     const auto declared = [&](int Code, std::size_t Actual, const char* Name) {
       const TGroup* g = E.Find(Code);
       if (g && g->Integer != static_cast<long long>(Actual))
-        Fail(E.Line, what + "declares " + std::to_string(g->Integer) + " " + Name + " but has " +
-                         std::to_string(Actual));
+        Fail(E.Line,
+             what + "declares " + std::to_string(g->Integer) + " " + Name + " but has " + std::to_string(Actual));
     };
     declared(72, knots.size(), "knots");
     declared(73, ctrl.size(), "control points");
@@ -665,13 +723,7 @@ class TReader {
   void Insert(const TEntity& E, const TMatrix2D& Parent, const std::string& Layer, int Depth) {
     TMatrix2D ocs;
     if (!OcsMatrix(E, ocs)) return Ignore(E.Type);
-    const std::string name(Trim(E.Text(2)));
-    const auto it = FFile.Blocks.find(Upper(name));
-    if (it == FFile.Blocks.end()) Fail(E.Line, "INSERT of the missing block " + Quoted(name));
-    const TBlock& block = it->second;
-    for (const std::string& open : FStack)
-      if (open == it->first) Fail(E.Line, "the block " + Quoted(name) + " inserts itself");
-    if (Depth >= kMaxNesting) Fail(E.Line, "blocks nested deeper than " + std::to_string(kMaxNesting));
+    const auto& [key, block] = BlockOf(E, Depth);
     Counted(E);
     for (const TEntity& a : E.Children)
       if (a.Type == "ATTRIB") Ignore(a.Type);
@@ -679,22 +731,21 @@ class TReader {
     const double sy = E.Real(42, 1.0);
     if (sx == 0.0 || sy == 0.0) return;  // a flattened insertion draws nothing in the plane
     const double rot = E.Real(50) * kPi / 180.0;
-    const long long cols = std::max(1LL, E.Int(70, 1));
-    const long long rows = std::max(1LL, E.Int(71, 1));
-    if (cols > kMaxExpanded || rows > kMaxExpanded || cols * rows > kMaxExpanded)
-      Fail(E.Line, "INSERT: an array of " + std::to_string(cols) + " x " + std::to_string(rows) + " is too large");
+    long long cols = 0;
+    long long rows = 0;
+    ArraySize(E, cols, rows);
     const double dc = E.Real(44);
     const double dr = E.Real(45);
-    FStack.push_back(it->first);
+    const TPoint2D at(E.Real(10), E.Real(20));
+    FStack.push_back(key);
     for (long long r = 0; r < rows; ++r) {
       for (long long c = 0; c < cols; ++c) {
-        Expand(E);
         TMatrix2D m;
         m.Translate(-block.Base.X, -block.Base.Y);
         m.Scale(sx, sy);
         m.Translate(static_cast<double>(c) * dc, static_cast<double>(r) * dr);
         m.Rotate(rot);
-        m.Translate(E.Real(10), E.Real(20));
+        m.Translate(at);
         m = m.Multiply(ocs).Multiply(Parent);
         for (const TEntity& e : block.Entities) Entity(e, m, Layer, Depth + 1);
       }
