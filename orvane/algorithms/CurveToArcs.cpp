@@ -12,6 +12,7 @@ namespace orvane {
 namespace {
 
 constexpr int kFitSamples = 64;
+constexpr double kRounding = 1e-12;  // relative size of a step that coordinates can still tell
 
 TPoint2D Unit(const TPoint2D& V) {
   const double l = std::hypot(V.X, V.Y);
@@ -208,7 +209,17 @@ double TCurveToArcs::Fit(const TGeCurve2D& Curve, double From, double To, double
   if (!(Tol > 0.0) || !std::isfinite(Tol)) throw EParamError("TCurveToArcs.Fit: the tolerance must be a finite number above 0");
   if (!(From < To)) throw EParamError("TCurveToArcs.Fit: the stretch must run from a lower to a higher parameter");
   std::vector<TStretch> fitted;
-  FitRange(Curve, From, To, Tol, fitted);
+  // A tolerance below the rounding of the coordinates cannot be held: the chord is measured
+  // and kept rather than halving to the budget's end.
+  TRect2D box = TRect2D::Invalid();
+  for (int k = 0; k <= 8; ++k) box.Extend(Curve.EvalPoint(k == 8 ? To : From + (To - From) * k / 8.0));
+  if (Tol < kRounding * std::max(std::fabs(box.XMin), std::max(std::fabs(box.XMax), std::max(std::fabs(box.YMin), std::fabs(box.YMax))))) {
+    TArc2D chord;
+    chord.DegradeLine(Curve.EvalPoint(From), Curve.EvalPoint(To));
+    fitted.push_back({From, To, {chord}});
+  } else {
+    FitRange(Curve, From, To, Tol, fitted);
+  }
   // The fit checked each stretch coarsely; the answer is measured again, densely, and a
   // stretch that strays between the coarse samples is fitted again in halves.
   double worst = 0.0;

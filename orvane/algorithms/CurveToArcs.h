@@ -20,8 +20,9 @@ class ORVANE_API TCurveToArcs {
   // between the stretch and the chain (see Deviation). Each biarc is kept only when it holds
   // Tol; otherwise the stretch is halved (breadth first), down to MaxDepth or until MaxPieces
   // halvings were spent, where the chord is kept whatever it measures (only a tolerance near the rounding
-  // of the coordinates gets there, and the answer then exceeds Tol). Tol must be a finite
-  // number above 0 and From below To (EParamError).
+  // of the coordinates gets there, and the answer then exceeds Tol). A Tol below 1e-12 of the
+  // coordinates' magnitude keeps the chord at once. Tol must be a finite number above 0 and
+  // From below To (EParamError).
   static double Fit(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TArc2D>& Arcs);
   static constexpr int MaxDepth = 30;
   static constexpr int MaxPieces = 1 << 10;
