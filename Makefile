@@ -25,6 +25,8 @@ demo: deps
 	cmake -S . -B build $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORVANE_WERROR=ON $(DEV_OPTS)
 	cmake --build build -j $(JOBS) --target orvane_tool
 	build/tools/orvane check examples/sparrow_swim.json --svg build/demo.svg
+	@echo
+	build/tools/orvane profile examples/laser4diy_shim.dxf --arc-tol 0.01 --dxf build/demo-profile.dxf --svg build/demo-profile.svg
 
 bench: deps
 	cmake -S . -B build-bench $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Release -DORVANE_BUILD_TESTS=OFF -DORVANE_BUILD_TOOLS=ON -DORVANE_BUILD_BENCH=ON
@@ -42,7 +44,7 @@ FUZZ_SECONDS ?= 60
 fuzz: deps
 	CXX=clang++-14 cmake -S . -B build-fuzz $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORVANE_FUZZ=ON \
 	  -DORVANE_BUILD_TESTS=OFF -DORVANE_BUILD_BENCH=OFF
-	cmake --build build-fuzz -j $(JOBS) --target fuzz_layout fuzz_xml fuzz_binary fuzz_json fuzz_dxf
+	cmake --build build-fuzz -j $(JOBS) --target fuzz_layout fuzz_xml fuzz_binary fuzz_json fuzz_dxf fuzz_profile
 	mkdir -p build-fuzz/corpus build-fuzz/findings
 	build-fuzz/fuzz/fuzz_layout build-fuzz/corpus fuzz/seeds -max_total_time=$(FUZZ_SECONDS) -timeout=10 \
 	  -rss_limit_mb=4096 -max_len=65536 -artifact_prefix=build-fuzz/findings/ -print_final_stats=1
@@ -51,6 +53,9 @@ fuzz: deps
 	  build-fuzz/fuzz/fuzz_$$t build-fuzz/corpus-$$t fuzz/seeds-$$t -max_total_time=$(FUZZ_SECONDS) -timeout=10 \
 	    -rss_limit_mb=4096 -max_len=65536 -artifact_prefix=build-fuzz/findings/$$t- -print_final_stats=1; \
 	done
+	mkdir -p build-fuzz/corpus-profile
+	build-fuzz/fuzz/fuzz_profile build-fuzz/corpus-profile fuzz/seeds-dxf -max_total_time=$(FUZZ_SECONDS) -timeout=10 \
+	  -rss_limit_mb=4096 -max_len=65536 -artifact_prefix=build-fuzz/findings/profile- -print_final_stats=1
 
 format:
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i

@@ -8,10 +8,12 @@
 
 #include "orvane/Version.h"
 #include "orvane/algorithms/CadBasicAlgo.h"
+#include "orvane/algorithms/CurveToArcs.h"
 #include "orvane/algorithms/GeometryUtils.h"
 #include "orvane/algorithms/MelkmanAlgo.h"
 #include "orvane/curves/ClassDict.h"
 #include "orvane/curves/CurveConversion.h"
+#include "orvane/curves/CurveJoin.h"
 #include "orvane/curves/GeBezier2D.h"
 #include "orvane/curves/GeCircularArc2D.h"
 #include "orvane/curves/GeCompositeCurve2D.h"

@@ -1,6 +1,7 @@
 // orvane: command-line tool of the Orvane kernel. `orvane --help` lists the commands.
-// Exit code 0 when every checked layout is clean, 1 when anything overlaps, lies inside
-// another part or sticks out, 2 on bad input.
+// check: exit code 0 when every checked layout is clean, 1 when anything overlaps, lies inside
+// another part or sticks out, 2 on bad input. profile: 0 when every contour closes and every
+// conversion held its tolerance, 1 otherwise, 2 on bad input.
 
 #include <unistd.h>
 
@@ -14,7 +15,9 @@
 #include <vector>
 
 #include "Check.h"
+#include "DxfDrawing.h"
 #include "Layout.h"
+#include "Profile.h"
 #include "Report.h"
 #include "orvane/Version.h"
 #include "orvane/foundation/Exception.h"
@@ -30,6 +33,8 @@ constexpr const char* Usage =
     "commands:\n"
     "  check LAYOUT.json   check a nesting layout for contacts, overlaps, parts inside\n"
     "                      others and parts outside the container\n"
+    "  profile DRAWING.dxf join a drawing's curves into closed profiles, tell parts from\n"
+    "                      holes, find the gaps, and turn splines into lines and arcs\n"
     "  help [COMMAND]      show this text, or the usage of COMMAND\n"
     "\n"
     "options:\n"
@@ -55,6 +60,35 @@ constexpr const char* CheckUsage =
     "  -h, --help          show this text\n"
     "\n"
     "exit status: 0 clean, 1 not clean, 2 bad input or usage\n";
+
+constexpr const char* ProfileUsage =
+    "usage: orvane profile DRAWING.dxf [--join-tol T] [--arc-tol T] [--dxf OUT.dxf] [--svg OUT.svg]\n"
+    "                      [--json] [--layer NAME]...\n"
+    "\n"
+    "Reads the model space of a DXF drawing, joins its curves end to end into contours, nests\n"
+    "the closed ones into parts and holes, and prints a report: parts with net area, outline\n"
+    "length, holes, box and segments by kind; open contours with their gaps; splines\n"
+    "recognised as lines and arcs.\n"
+    "\n"
+    "  --join-tol T        ends closer than T meet (default 1e-6 of the drawing's diagonal)\n"
+    "  --arc-tol T         turn every spline and Bezier into lines and arcs within distance T\n"
+    "  --dxf OUT.dxf       write the closed profiles as closed LWPOLYLINEs with bulges,\n"
+    "                      outlines on layer PARTS and holes on layer HOLES\n"
+    "  --svg OUT.svg       draw parts, holes, open contours and gaps\n"
+    "  --layer NAME        read only this layer (may be repeated)\n"
+    "  --json              print the report as JSON\n"
+    "  -h, --help          show this text\n"
+    "\n"
+    "exit status: 0 every contour closed and every conversion within its tolerance,\n"
+    "1 open contours remain (or a conversion strayed), 2 bad input or usage\n";
+
+struct TProfileArgs {
+  std::string Drawing;
+  std::string Dxf, Svg;
+  bool Json = false;
+  std::vector<std::string> Layers;
+  TProfileOptions Options;
+};
 
 struct TArgs {
   std::string Layout;
@@ -88,7 +122,14 @@ std::string InfoRequest(int argc, char** argv) {
   if (first == "help") {
     if (argc == 2) return Usage;
     if (std::string(argv[2]) == "check") return CheckUsage;
-    throw EUsage(std::string("no help on '") + argv[2] + "': the commands are check and help");
+    if (std::string(argv[2]) == "profile") return ProfileUsage;
+    throw EUsage(std::string("no help on '") + argv[2] + "': the commands are check, profile and help");
+  }
+  if (first == "profile") {
+    for (int k = 2; k < argc; ++k) {
+      const std::string a = argv[k];
+      if (a == "-h" || a == "--help") return ProfileUsage;
+    }
   }
   if (first == "check") {
     for (int k = 2; k < argc; ++k) {
@@ -131,6 +172,38 @@ TArgs ParseArgs(int argc, char** argv) {
       throw EUsage("more than one layout file given");
   }
   if (args.Layout.empty()) throw EUsage("no layout file given");
+  return args;
+}
+
+TProfileArgs ParseProfileArgs(int argc, char** argv) {
+  TProfileArgs args;
+  for (int k = 2; k < argc; ++k) {
+    const std::string a = argv[k];
+    auto value = [&]() -> const char* {
+      if (k + 1 >= argc) throw EUsage(a + " needs a value");
+      return argv[++k];
+    };
+    if (a == "--json")
+      args.Json = true;
+    else if (a == "--svg")
+      args.Svg = value();
+    else if (a == "--dxf")
+      args.Dxf = value();
+    else if (a == "--layer")
+      args.Layers.emplace_back(value());
+    else if (a == "--join-tol")
+      args.Options.JoinTol = PositiveNumber(a, value());
+    else if (a == "--arc-tol")
+      args.Options.ArcTol = PositiveNumber(a, value());
+    else if (!a.empty() && a[0] == '-')
+      throw EUsage("unknown option " + a);
+    else if (args.Drawing.empty())
+      args.Drawing = a;
+    else
+      throw EUsage("more than one drawing given");
+  }
+  if (args.Drawing.empty()) throw EUsage("no drawing given");
+  args.Options.WantArcs = !args.Dxf.empty();
   return args;
 }
 
@@ -219,6 +292,49 @@ int Run(const TArgs& Args) {
   return clean ? 0 : 1;
 }
 
+// The profile command after its arguments: read, profile, report, write. Every failure is one
+// line naming the file.
+int RunProfile(const TProfileArgs& Args) {
+  const auto fail = [](const std::string& File, const std::string& What) {
+    std::string line = What;
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    std::cerr << "orvane profile: " << File << ": " << line << "\n";
+    return 2;
+  };
+  try {
+    const auto parseStart = std::chrono::steady_clock::now();
+    const TDxfDrawing drawing = ReadDxfFile(Args.Drawing, Args.Layers);
+    const double parseSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - parseStart).count();
+    TProfileResult result = ProfileDrawing(drawing, Args.Options, parseSeconds);
+    result.File = Args.Drawing;
+    const auto write = [&](const std::string& Path, auto&& Writer) {
+      std::ofstream out(Path, std::ios::binary);
+      Writer(out, result);
+      out.flush();
+      if (!out) throw EUsage(Path);
+    };
+    try {
+      if (!Args.Dxf.empty()) write(Args.Dxf, WriteProfileDxf);
+      if (!Args.Svg.empty()) write(Args.Svg, WriteProfileSvg);
+    } catch (const EUsage& e) {
+      return fail(e.what(), "cannot write the file");
+    }
+    if (Args.Json)
+      std::cout << ProfileToJson(result).dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << "\n";
+    else
+      WriteProfileText(std::cout, result);
+    return result.ExitCode();
+  } catch (const EDxfError& e) {
+    return fail(Args.Drawing, e.what());
+  } catch (const Exception& e) {
+    return fail(Args.Drawing, e.what());
+  } catch (const std::bad_alloc&) {
+    return fail(Args.Drawing, "out of memory");
+  } catch (const std::exception& e) {
+    return fail(Args.Drawing, e.what());
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -229,6 +345,7 @@ int main(int argc, char** argv) {
       std::cout << info;
       return 0;
     }
+    if (argc >= 2 && std::string(argv[1]) == "profile") return RunProfile(ParseProfileArgs(argc, argv));
     args = ParseArgs(argc, argv);
   } catch (const EUsage& e) {
     std::cerr << "orvane: " << e.what() << " (orvane --help lists the commands and options)\n";

@@ -1,0 +1,34 @@
+// libFuzzer target over the whole profile command after reading: joining, recognition,
+// containment, arc fitting and every report. Input the reader refuses raises EDxfError, and
+// a curve the kernel refuses raises its typed exception (the command's exit code 2); any
+// other escape, crash, hang, leak or undefined behaviour is a finding.
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <sstream>
+#include <string>
+
+#include "DxfDrawing.h"
+#include "Profile.h"
+#include "orvane/foundation/Exception.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* Data, std::size_t Size) {
+  const std::string text(reinterpret_cast<const char*>(Data), Size);
+  try {
+    const orvane::tool::TDxfDrawing d = orvane::tool::ReadDxfText(text, {});
+    for (const double arcTol : {0.0, 1e-2}) {
+      orvane::tool::TProfileOptions o;
+      o.ArcTol = arcTol;
+      o.WantArcs = true;
+      const orvane::tool::TProfileResult r = orvane::tool::ProfileDrawing(d, o);
+      std::ostringstream out;
+      orvane::tool::WriteProfileText(out, r);
+      out << orvane::tool::ProfileToJson(r).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+      orvane::tool::WriteProfileDxf(out, r);
+      orvane::tool::WriteProfileSvg(out, r);
+    }
+  } catch (const orvane::tool::EDxfError&) {
+  } catch (const orvane::Exception&) {
+  }
+  return 0;
+}
