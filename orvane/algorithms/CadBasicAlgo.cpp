@@ -9,6 +9,7 @@
 #include "orvane/foundation/Line2D.h"
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/Point2DUtils.h"
+#include "orvane/foundation/internal/GoldenSection.h"
 
 namespace orvane {
 
@@ -118,31 +119,11 @@ double TCadBasicAlgo::MaxDeviation(const TBezierSegment2D& Bezier, const TArc2D*
       peaks[1] = i;
     }
   }
-  constexpr double g = 0.6180339887498949;
   for (int peak : peaks) {
     if (peak < 0) continue;
-    double lo = std::max(0.0, (peak - 1.0) / DeviationSamples);
-    double hi = std::min(1.0, (peak + 1.0) / DeviationSamples);
-    double x1 = hi - g * (hi - lo);
-    double x2 = lo + g * (hi - lo);
-    double f1 = dev(x1);
-    double f2 = dev(x2);
-    for (int it = 0; it < 10; ++it) {
-      if (f1 > f2) {
-        hi = x2;
-        x2 = x1;
-        f2 = f1;
-        x1 = hi - g * (hi - lo);
-        f1 = dev(x1);
-      } else {
-        lo = x1;
-        x1 = x2;
-        f1 = f2;
-        x2 = lo + g * (hi - lo);
-        f2 = dev(x2);
-      }
-    }
-    worst = std::max({worst, f1, f2});
+    const double lo = std::max(0.0, (peak - 1.0) / DeviationSamples);
+    const double hi = std::min(1.0, (peak + 1.0) / DeviationSamples);
+    worst = std::max(worst, internal::GoldenSectionMax(dev, lo, hi, 10));
   }
   return worst;
 }

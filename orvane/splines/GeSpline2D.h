@@ -232,6 +232,10 @@ class ORVANE_API TGeSpline2D final : public TGeCurve2D {
   bool CheckCtrlPointsCollinear(double Tol) const;
 
  private:
+  // Takes arrays that a reader has checked whole, so that a failed read leaves the spline as
+  // it was.
+  void TakeReadArrays(int Degree, TFloatDynArray&& Knots, TDynPoints2D&& Pts, TFloatDynArray&& Weights,
+                      bool Periodic);
   // EGeometry unless the arrays match, knots rise and everything is finite (and, except on
   // a derivative spline, weights are positive). Cached until the next change.
   void CheckWellFormed(const char* Where) const;

@@ -154,13 +154,7 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
   if (const std::string fault = ValuesFault(p, knots, pts, weights); !fault.empty()) {
     TXmlNodeHelper::Fail(ANode, Where, fault);
   }
-  FDegree = p;
-  FKnots = std::move(knots);
-  FCtrlPoints = std::move(pts);
-  FWeights = std::move(weights);
-  FPeriodic = periodic;
-  FIsDerivative = false;
-  Invalidate();
+  TakeReadArrays(p, std::move(knots), std::move(pts), std::move(weights), periodic);
 }
 
 // Behind the fields of the record comes the periodic flag: a wrapped periodic spline does
@@ -204,11 +198,16 @@ void TGeSpline2D::LoadGeoData(IFbsReader& AReader) {
   if (const std::string fault = ValuesFault(p, knots, pts, weights); !fault.empty()) {
     throw EInOutError("[Error] %s: %s (%s)", Where, fault, AReader.GetPosition());
   }
-  FDegree = p;
-  FKnots = std::move(knots);
-  FCtrlPoints = std::move(pts);
-  FWeights = std::move(weights);
-  FPeriodic = periodic;
+  TakeReadArrays(p, std::move(knots), std::move(pts), std::move(weights), periodic);
+}
+
+void TGeSpline2D::TakeReadArrays(int Degree, TFloatDynArray&& Knots, TDynPoints2D&& Pts, TFloatDynArray&& Weights,
+                                 bool Periodic) {
+  FDegree = Degree;
+  FKnots = std::move(Knots);
+  FCtrlPoints = std::move(Pts);
+  FWeights = std::move(Weights);
+  FPeriodic = Periodic;
   FIsDerivative = false;
   Invalidate();
 }

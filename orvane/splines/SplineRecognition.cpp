@@ -12,6 +12,7 @@
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Line2D.h"
 #include "orvane/splines/GeSpline2D.h"
+#include "orvane/foundation/internal/GoldenSection.h"
 #include "orvane/splines/internal/SplinePieces.h"
 
 namespace orvane {
@@ -112,25 +113,9 @@ double RadialError(const TDynPoints3D& Hom, const TPoint2D& Center, double Radiu
       worst = j;
     }
   }
-  double a = std::max(0.0, double(worst - 1) / kSamplesPerPiece), b = std::min(1.0, double(worst + 1) / kSamplesPerPiece);
-  const double g = 0.5 * (std::sqrt(5.0) - 1.0);
-  double x1 = b - g * (b - a), x2 = a + g * (b - a), f1 = err(x1), f2 = err(x2);
-  for (int it = 0; it < 40; ++it) {
-    if (f1 > f2) {
-      b = x2;
-      x2 = x1;
-      f2 = f1;
-      x1 = b - g * (b - a);
-      f1 = err(x1);
-    } else {
-      a = x1;
-      x1 = x2;
-      f1 = f2;
-      x2 = a + g * (b - a);
-      f2 = err(x2);
-    }
-  }
-  return std::max({e, f1, f2});
+  const double a = std::max(0.0, double(worst - 1) / kSamplesPerPiece);
+  const double b = std::min(1.0, double(worst + 1) / kSamplesPerPiece);
+  return std::max(e, internal::GoldenSectionMax(err, a, b, 40));
 }
 
 // The arc fitted to the pieces' samples if every piece stays within Tol of it; Tol <= 0

@@ -140,16 +140,30 @@ std::string InfoRequest(int argc, char** argv) {
   return {};
 }
 
-TArgs ParseArgs(int argc, char** argv) {
-  if (argc < 2) throw EUsage("no command given");
-  if (std::string(argv[1]) != "check") throw EUsage(std::string("unknown command '") + argv[1] + "'");
-  TArgs args;
+// Walks the arguments after the command: Take(A, Value) handles option A, calling Value()
+// for the option's value, and answers false for an option it does not know; anything else is
+// handed to File(A), the input file.
+template <class F, class G>
+void WalkArgs(int argc, char** argv, F Take, G File) {
   for (int k = 2; k < argc; ++k) {
     const std::string a = argv[k];
     auto value = [&]() -> const char* {
       if (k + 1 >= argc) throw EUsage(a + " needs a value");
       return argv[++k];
     };
+    if (!a.empty() && a[0] == '-') {
+      if (!Take(a, value)) throw EUsage("unknown option " + a);
+    } else {
+      File(a);
+    }
+  }
+}
+
+TArgs ParseArgs(int argc, char** argv) {
+  if (argc < 2) throw EUsage("no command given");
+  if (std::string(argv[1]) != "check") throw EUsage(std::string("unknown command '") + argv[1] + "'");
+  TArgs args;
+  const auto take = [&](const std::string& a, auto value) {
     if (a == "--json")
       args.Json = true;
     else if (a == "--svg")
@@ -164,25 +178,21 @@ TArgs ParseArgs(int argc, char** argv) {
       const double v = PositiveNumber(a, value());
       if (v != std::floor(v) || v > 1e6) throw EUsage("--solution needs a whole number from 1");
       args.Solution = static_cast<int>(v);
-    } else if (!a.empty() && a[0] == '-')
-      throw EUsage("unknown option " + a);
-    else if (args.Layout.empty())
-      args.Layout = a;
-    else
-      throw EUsage("more than one layout file given");
-  }
+    } else
+      return false;
+    return true;
+  };
+  WalkArgs(argc, argv, take, [&](const std::string& a) {
+    if (!args.Layout.empty()) throw EUsage("more than one layout file given");
+    args.Layout = a;
+  });
   if (args.Layout.empty()) throw EUsage("no layout file given");
   return args;
 }
 
 TProfileArgs ParseProfileArgs(int argc, char** argv) {
   TProfileArgs args;
-  for (int k = 2; k < argc; ++k) {
-    const std::string a = argv[k];
-    auto value = [&]() -> const char* {
-      if (k + 1 >= argc) throw EUsage(a + " needs a value");
-      return argv[++k];
-    };
+  const auto take = [&](const std::string& a, auto value) {
     if (a == "--json")
       args.Json = true;
     else if (a == "--svg")
@@ -195,13 +205,14 @@ TProfileArgs ParseProfileArgs(int argc, char** argv) {
       args.Options.JoinTol = PositiveNumber(a, value());
     else if (a == "--arc-tol")
       args.Options.ArcTol = PositiveNumber(a, value());
-    else if (!a.empty() && a[0] == '-')
-      throw EUsage("unknown option " + a);
-    else if (args.Drawing.empty())
-      args.Drawing = a;
     else
-      throw EUsage("more than one drawing given");
-  }
+      return false;
+    return true;
+  };
+  WalkArgs(argc, argv, take, [&](const std::string& a) {
+    if (!args.Drawing.empty()) throw EUsage("more than one drawing given");
+    args.Drawing = a;
+  });
   if (args.Drawing.empty()) throw EUsage("no drawing given");
   args.Options.WantArcs = !args.Dxf.empty();
   return args;
