@@ -110,8 +110,8 @@ const TCurves& Curves() {
   return curves;
 }
 
-void BM_Orvane_BinaryWrite(benchmark::State& State) {
-  const TCurves& c = Curves();
+// The timed loops, on any list of curves with its binary and XML forms.
+void BinaryWrite(benchmark::State& State, const TCurves& c) {
   for (auto _ : State) {
     std::ostringstream out;
     TFbsStreamWriter w(out, "bench");
@@ -122,17 +122,39 @@ void BM_Orvane_BinaryWrite(benchmark::State& State) {
   State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Binary.size()));
 }
 
-void BM_Orvane_BinaryRead(benchmark::State& State) {
-  const TCurves& c = Curves();
+void BinaryRead(benchmark::State& State, const TCurves& c) {
   for (auto _ : State) {
     std::istringstream in(c.Binary);
     TFbsStreamReader r(in, "bench");
     int n = 0;
     while (!r.AtEnd()) n += TGeObject::ReadFromGeoData(r) != nullptr ? 1 : 0;
-    if (n != CurveCount) State.SkipWithError("count differs");
+    if (n != c.List.Count()) State.SkipWithError("count differs");
   }
   State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Binary.size()));
 }
+
+void XmlRead(benchmark::State& State, const TCurves& c) {
+  for (auto _ : State) {
+    std::istringstream in(c.Xml);
+    TObjectList<TGeCurve2D> list;
+    TGeCurve2DFiler::ReadCurveList(list, in, "bench");
+    benchmark::DoNotOptimize(list.Count());
+  }
+  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Xml.size()));
+}
+
+void PugixmlParse(benchmark::State& State, const TCurves& c) {
+  for (auto _ : State) {
+    // From a stream as ours, so that both pay the same copy of the text.
+    std::istringstream in(c.Xml);
+    pugi::xml_document doc;
+    benchmark::DoNotOptimize(doc.load(in));
+  }
+  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Xml.size()));
+}
+
+void BM_Orvane_BinaryWrite(benchmark::State& State) { BinaryWrite(State, Curves()); }
+void BM_Orvane_BinaryRead(benchmark::State& State) { BinaryRead(State, Curves()); }
 
 // The doubles of the curves as raw words: what is left of filing without names, tags or
 // objects.
@@ -188,27 +210,9 @@ void BM_Bare_RawWordsRead(benchmark::State& State) {
   State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(Curves().Binary.size()));
 }
 
-void BM_Orvane_XmlRead(benchmark::State& State) {
-  const TCurves& c = Curves();
-  for (auto _ : State) {
-    std::istringstream in(c.Xml);
-    TObjectList<TGeCurve2D> list;
-    TGeCurve2DFiler::ReadCurveList(list, in, "bench");
-    benchmark::DoNotOptimize(list.Count());
-  }
-  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Xml.size()));
-}
+void BM_Orvane_XmlRead(benchmark::State& State) { XmlRead(State, Curves()); }
 
-void BM_Pugixml_Parse(benchmark::State& State) {
-  const TCurves& c = Curves();
-  for (auto _ : State) {
-    // From a stream as ours, so that both pay the same copy of the text.
-    std::istringstream in(c.Xml);
-    pugi::xml_document doc;
-    benchmark::DoNotOptimize(doc.load(in));
-  }
-  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Xml.size()));
-}
+void BM_Pugixml_Parse(benchmark::State& State) { PugixmlParse(State, Curves()); }
 
 // What a host that reads the file with pugixml alone does: the parse, then every number
 // through pugixml's own conversion.
@@ -233,12 +237,6 @@ void BM_Pugixml_ParseAndConvert(benchmark::State& State) {
 constexpr int SplineCount = 100000;
 constexpr int XmlSplineCount = 10000;
 
-struct TSplines {
-  TObjectList<TGeCurve2D> List;
-  std::string Binary;
-  std::string Xml;
-};
-
 bool SameSpline(const TGeCurve2D* A, const TGeCurve2D* B) {
   const auto* a = dynamic_cast<const TGeSpline2D*>(A);
   const auto* b = dynamic_cast<const TGeSpline2D*>(B);
@@ -254,8 +252,8 @@ bool SameSpline(const TGeCurve2D* A, const TGeCurve2D* B) {
 // taken in turn until there are enough. Kind 1: random cubics of 8 control points with
 // every coordinate at full precision, half of them rational, on clamped uniform knots.
 // Empty without the drawings.
-TSplines MakeSplines(int Kind) {
-  TSplines c;
+TCurves MakeSplines(int Kind) {
+  TCurves c;
   if (Kind == 0) {
     std::vector<std::unique_ptr<TGeSpline2D>> drawn;
     const std::filesystem::path dir = ORVANE_SHARED_DATA_DIR "/curves";
@@ -327,9 +325,9 @@ TSplines MakeSplines(int Kind) {
 }
 
 // The splines of kind State.range(0), or nil (and the benchmark skipped) without them.
-const TSplines* Splines(benchmark::State& State) {
-  static const TSplines kinds[2] = {MakeSplines(0), MakeSplines(1)};
-  const TSplines& c = kinds[State.range(0)];
+const TCurves* Splines(benchmark::State& State) {
+  static const TCurves kinds[2] = {MakeSplines(0), MakeSplines(1)};
+  const TCurves& c = kinds[State.range(0)];
   if (c.List.Count() == 0) {
     State.SkipWithError("no part drawings at " ORVANE_SHARED_DATA_DIR "/curves");
     return nullptr;
@@ -339,56 +337,19 @@ const TSplines* Splines(benchmark::State& State) {
 }
 
 void BM_Orvane_SplineBinaryWrite(benchmark::State& State) {
-  const TSplines* sp = Splines(State);
-  if (sp == nullptr) return;
-  const TSplines& c = *sp;
-  for (auto _ : State) {
-    std::ostringstream out;
-    TFbsStreamWriter w(out, "bench");
-    for (const TGeCurve2D* curve : c.List) TGeObject::SaveGeObjToDb(*curve, w);
-    w.Flush();
-    benchmark::DoNotOptimize(out.tellp());
-  }
-  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Binary.size()));
+  if (const TCurves* c = Splines(State)) BinaryWrite(State, *c);
 }
 
 void BM_Orvane_SplineBinaryRead(benchmark::State& State) {
-  const TSplines* sp = Splines(State);
-  if (sp == nullptr) return;
-  const TSplines& c = *sp;
-  for (auto _ : State) {
-    std::istringstream in(c.Binary);
-    TFbsStreamReader r(in, "bench");
-    int n = 0;
-    while (!r.AtEnd()) n += TGeObject::ReadFromGeoData(r) != nullptr ? 1 : 0;
-    if (n != SplineCount) State.SkipWithError("count differs");
-  }
-  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Binary.size()));
+  if (const TCurves* c = Splines(State)) BinaryRead(State, *c);
 }
 
 void BM_Orvane_SplineXmlRead(benchmark::State& State) {
-  const TSplines* sp = Splines(State);
-  if (sp == nullptr) return;
-  const TSplines& c = *sp;
-  for (auto _ : State) {
-    std::istringstream in(c.Xml);
-    TObjectList<TGeCurve2D> list;
-    TGeCurve2DFiler::ReadCurveList(list, in, "bench");
-    benchmark::DoNotOptimize(list.Count());
-  }
-  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Xml.size()));
+  if (const TCurves* c = Splines(State)) XmlRead(State, *c);
 }
 
 void BM_Pugixml_SplineParse(benchmark::State& State) {
-  const TSplines* sp = Splines(State);
-  if (sp == nullptr) return;
-  const TSplines& c = *sp;
-  for (auto _ : State) {
-    std::istringstream in(c.Xml);
-    pugi::xml_document doc;
-    benchmark::DoNotOptimize(doc.load(in));
-  }
-  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Xml.size()));
+  if (const TCurves* c = Splines(State)) PugixmlParse(State, *c);
 }
 
 const std::string& PointsFile() {
