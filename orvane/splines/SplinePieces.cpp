@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+#include "orvane/foundation/internal/GaussRule.h"
+
 namespace orvane::internal {
 
 namespace {
@@ -178,36 +180,11 @@ bool IsRational(const TDynPoints3D& Hom) {
   return false;
 }
 
-struct TGauss {
-  static constexpr int N = 10;
-  std::array<double, N> X{}, W{};
-  TGauss() {
-    // Nodes of the Legendre polynomial by Newton's method from Chebyshev guesses.
-    for (int i = 0; i < N; ++i) {
-      double x = std::cos(3.14159265358979323846 * (i + 0.75) / (N + 0.5)), dp = 1.0;
-      for (int it = 0; it < 100; ++it) {
-        double p0 = 1.0, p1 = x;
-        for (int k = 2; k <= N; ++k) {
-          const double p2 = ((2 * k - 1) * x * p1 - (k - 1) * p0) / k;
-          p0 = p1;
-          p1 = p2;
-        }
-        dp = N * (x * p1 - p0) / (x * x - 1.0);
-        const double dx = p1 / dp;
-        x -= dx;
-        if (std::fabs(dx) < 1e-16) break;
-      }
-      X[Ux(i)] = x;
-      W[Ux(i)] = 2.0 / ((1.0 - x * x) * dp * dp);
-    }
-  }
-};
-
 double Gauss(const TDynPoints3D& Hom, double A, double B) {
-  static const TGauss g;
+  const internal::TGaussRule& g = internal::TabledGaussRule(10);
   const double h = 0.5 * (B - A), m = 0.5 * (A + B);
   double s = 0.0;
-  for (int i = 0; i < TGauss::N; ++i) s += g.W[Ux(i)] * PieceSpeed(Hom, m + h * g.X[Ux(i)]);
+  for (std::size_t i = 0; i < g.X.size(); ++i) s += g.W[i] * PieceSpeed(Hom, m + h * g.X[i]);
   return s * h;
 }
 

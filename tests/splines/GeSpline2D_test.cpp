@@ -1,4 +1,5 @@
 #include "orvane/splines/GeSpline2D.h"
+#include "splines/SplineBuild.h"
 
 #include <gtest/gtest.h>
 
@@ -12,17 +13,7 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 
-// A spline from plain arrays, through the checked writers.
-std::unique_ptr<TGeSpline2D> Make(int Degree, const TDynPoints2D& Pts, const TFloatDynArray& Knots,
-                                  const TFloatDynArray& Weights = {}) {
-  auto s = std::make_unique<TGeSpline2D>(static_cast<int>(Pts.size()), Degree);
-  for (int i = 0; i < static_cast<int>(Pts.size()); ++i) {
-    s->SetCtrlPoint(i, Pts[static_cast<std::size_t>(i)]);
-    s->SetWeight(i, Weights.empty() ? 1.0 : Weights[static_cast<std::size_t>(i)]);
-  }
-  for (int i = 0; i < static_cast<int>(Knots.size()); ++i) s->SetKnots(i, Knots[static_cast<std::size_t>(i)]);
-  return s;
-}
+using orvane::testing::MakeSpline;
 
 void ExpectNear(const TPoint2D& A, const TPoint2D& B, double Tol) {
   EXPECT_NEAR(A.X, B.X, Tol);
@@ -178,7 +169,7 @@ TEST(GeSpline2D, BezierSplitByHand) {
 TEST(GeSpline2D, EvaluationUsesTheExactSpanNearKnots) {
   // Degree 1 through (0,0) (1,0) (1,1): a corner at knot 1. The span is found by binary
   // search; a parameter 5e-7 before the corner lies on the first leg, not at the corner.
-  auto s = Make(1, {{0, 0}, {1, 0}, {1, 1}}, {0, 0, 1, 2, 2});
+  auto s = MakeSpline(1, {{0, 0}, {1, 0}, {1, 1}}, {0, 0, 1, 2, 2});
   int span = -1;
   EXPECT_EQ(s->Multiplicity(1.0 - 5e-7, span), 1);
   EXPECT_EQ(span, 2);
@@ -192,7 +183,7 @@ TEST(GeSpline2D, EvaluationUsesTheExactSpanNearKnots) {
   s->EvalPoint(2.0, d);
   ExpectNear(d, {0, 1}, 0);
   // Repeated first control points: the direction comes from the first different one.
-  auto r = Make(3, {{0, 0}, {0, 0}, {2, 2}, {3, 0}}, {0, 0, 0, 0, 1, 1, 1, 1});
+  auto r = MakeSpline(3, {{0, 0}, {0, 0}, {2, 2}, {3, 0}}, {0, 0, 0, 0, 1, 1, 1, 1});
   r->EvalPoint(0.0, d);
   ExpectNear(d, {2, 2}, 0);
   // Cyclic readers.
@@ -202,7 +193,7 @@ TEST(GeSpline2D, EvaluationUsesTheExactSpanNearKnots) {
 
 TEST(GeSpline2D, DecompositionOfUniformClampedAndLongRuns) {
   const TDynPoints2D pts{{0, 0}, {1, 3}, {3, 4}, {5, 1}, {6, 5}, {8, 2}, {9, 6}};
-  auto u = Make(3, pts, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
+  auto u = MakeSpline(3, pts, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
   const TPoint3DLists pieces = u->DecomposeCurve();
   ASSERT_EQ(pieces.size(), 4u);
   // The uniform cubic's first Bezier point is (P0 + 4 P1 + P2) / 6.
@@ -218,7 +209,7 @@ TEST(GeSpline2D, DecompositionOfUniformClampedAndLongRuns) {
     for (const double t : {0.0, 0.3, 0.7, 1.0}) ExpectNear(bz.EvalPoint(t), u->EvalPoint(3.0 + static_cast<double>(k) + t), 1e-13);
   }
   // Rational, clamped, interior knot of multiplicity 2 (a joint of C1 only).
-  auto r = Make(3, pts, {0, 0, 0, 0, 1, 2, 2, 4, 4, 4, 4}, {1, 2, 0.5, 1, 3, 1, 1});
+  auto r = MakeSpline(3, pts, {0, 0, 0, 0, 1, 2, 2, 4, 4, 4, 4}, {1, 2, 0.5, 1, 3, 1, 1});
   const TPoint3DLists rp = r->DecomposeCurve();
   ASSERT_EQ(rp.size(), 3u);
   EXPECT_EQ(rp[0][0], TPoint3D(0, 0, 1));
@@ -230,7 +221,7 @@ TEST(GeSpline2D, DecompositionOfUniformClampedAndLongRuns) {
   // A run of 8 equal knots breaks the curve into two independent cubics.
   TDynPoints2D twelve;
   for (int i = 0; i < 12; ++i) twelve.push_back({double(i), double(i % 3)});
-  auto br = Make(3, twelve, {0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 2, 2, 2, 2});
+  auto br = MakeSpline(3, twelve, {0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 2, 2, 2, 2});
   EXPECT_TRUE(br->IsKnotsNeedTrim());
   EXPECT_FALSE(r->IsKnotsNeedTrim());
   TGeSpline2DList subs;
@@ -243,7 +234,7 @@ TEST(GeSpline2D, DecompositionOfUniformClampedAndLongRuns) {
   EXPECT_EQ(bp[1][0], TPoint3D(8, 2, 1));
   // A run of exactly p + 1 inside: two pieces that need not meet.
   const TPoint3DLists gap =
-      Make(2, {{0, 0}, {1, 1}, {2, 0}, {5, 5}, {6, 6}, {7, 5}}, {0, 0, 0, 1, 1, 1, 2, 2, 2})->DecomposeCurve();
+      MakeSpline(2, {{0, 0}, {1, 1}, {2, 0}, {5, 5}, {6, 6}, {7, 5}}, {0, 0, 0, 1, 1, 1, 2, 2, 2})->DecomposeCurve();
   ASSERT_EQ(gap.size(), 2u);
   EXPECT_EQ(gap[0], (TDynPoints3D{{0, 0, 1}, {1, 1, 1}, {2, 0, 1}}));
   EXPECT_EQ(gap[1], (TDynPoints3D{{5, 5, 1}, {6, 6, 1}, {7, 5, 1}}));
@@ -259,8 +250,8 @@ TEST(GeSpline2D, ClampingKeepsTheCurve) {
       w.push_back(1.0 + 0.3 * (i % 3));
     }
     for (int i = 0; i < n + 4; ++i) k.push_back(i * 0.5 + (i > 5 ? 0.25 : 0.0));
-    auto s = Make(3, pts, k, w);
-    auto c = Make(3, pts, k, w);
+    auto s = MakeSpline(3, pts, k, w);
+    auto c = MakeSpline(3, pts, k, w);
     c->ConvertToClampingCurve();
     EXPECT_EQ(c->GetInterval().Lower, s->GetInterval().Lower);
     EXPECT_EQ(c->GetInterval().Upper, s->GetInterval().Upper);
@@ -325,8 +316,8 @@ TEST(GeSpline2D, JoiningAndReversal) {
   TGeSpline2D z;
   EXPECT_FALSE(z.ConnectWith(*s));
   // Reversal: twice is the identity; once runs the same points backwards.
-  auto r = Make(3, {{0, 0}, {1, 3}, {3, 4}, {5, 1}, {6, 5}}, {0, 0, 0, 0, 0.3, 2, 2, 2, 2}, {1, 2, 0.5, 1, 3});
-  auto rr = Make(3, {{0, 0}, {1, 3}, {3, 4}, {5, 1}, {6, 5}}, {0, 0, 0, 0, 0.3, 2, 2, 2, 2}, {1, 2, 0.5, 1, 3});
+  auto r = MakeSpline(3, {{0, 0}, {1, 3}, {3, 4}, {5, 1}, {6, 5}}, {0, 0, 0, 0, 0.3, 2, 2, 2, 2}, {1, 2, 0.5, 1, 3});
+  auto rr = MakeSpline(3, {{0, 0}, {1, 3}, {3, 4}, {5, 1}, {6, 5}}, {0, 0, 0, 0, 0.3, 2, 2, 2, 2}, {1, 2, 0.5, 1, 3});
   rr->ReverseDir();
   EXPECT_FALSE(rr->CheckEqual(*r, false));  // knots not symmetric
   for (const double t : {0.0, 0.2, 1.1, 2.0}) ExpectNear(rr->EvalPoint(2.0 - t), r->EvalPoint(t), 1e-14);
@@ -351,7 +342,7 @@ TEST(GeSpline2D, ToStringText) {
 }
 
 TEST(GeSpline2D, CachesFollowChanges) {
-  auto s = Make(2, {{0, 0}, {1, 1}, {2, 0}}, {0, 0, 0, 1, 1, 1}, {2, 2, 2});
+  auto s = MakeSpline(2, {{0, 0}, {1, 1}, {2, 0}}, {0, 0, 0, 1, 1, 1}, {2, 2, 2});
   EXPECT_FALSE(s->GetIsRational());
   EXPECT_FALSE(s->IsAllWeightsOne());
   TPoint2D d;

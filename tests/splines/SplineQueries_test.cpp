@@ -11,22 +11,14 @@
 #include "orvane/curves/LengthSamples.h"
 #include "orvane/foundation/Exception.h"
 #include "orvane/splines/GeSpline2D.h"
+#include "splines/SplineBuild.h"
 
 namespace orvane {
 namespace {
 
 constexpr double kPi = std::numbers::pi;
 
-std::unique_ptr<TGeSpline2D> Make(int Degree, const TDynPoints2D& Pts, const TFloatDynArray& Knots,
-                                  const TFloatDynArray& Weights = {}) {
-  auto s = std::make_unique<TGeSpline2D>(static_cast<int>(Pts.size()), Degree);
-  for (int i = 0; i < static_cast<int>(Pts.size()); ++i) {
-    s->SetCtrlPoint(i, Pts[static_cast<std::size_t>(i)]);
-    s->SetWeight(i, Weights.empty() ? 1.0 : Weights[static_cast<std::size_t>(i)]);
-  }
-  for (int i = 0; i < static_cast<int>(Knots.size()); ++i) s->SetKnots(i, Knots[static_cast<std::size_t>(i)]);
-  return s;
-}
+using orvane::testing::MakeSpline;
 
 // The chain of standard cubics (inner legs 4/3 tan(sweep / 4) R) that CAD systems write for
 // an arc, one cubic per Count-th of the sweep, as Bezier pieces (triple knots at the joints).
@@ -43,7 +35,7 @@ std::unique_ptr<TGeSpline2D> CubicChain(const TPoint2D& C, double R, double Star
     pts.push_back(p3);
     for (int j = 0; j < (i + 1 < Count ? 3 : 4); ++j) knots.push_back(i + 1);
   }
-  return Make(3, pts, knots);
+  return MakeSpline(3, pts, knots);
 }
 
 TEST(SplineQueries, LineAndQuarterCircleByHand) {
@@ -120,7 +112,7 @@ TEST(SplineQueries, ChordSamplesStayWithinTheErrorAndRise) {
 }
 
 TEST(SplineQueries, BadInputGivesNeutralAnswersOrNamedErrors) {
-  auto dot = Make(3, {{1, 1}, {1, 1}, {1, 1}, {1, 1}}, {0, 0, 0, 0, 1, 1, 1, 1});
+  auto dot = MakeSpline(3, {{1, 1}, {1, 1}, {1, 1}, {1, 1}}, {0, 0, 0, 0, 1, 1, 1, 1});
   double u = -1;
   EXPECT_EQ(dot->GetCurveLength(), 0.0);
   EXPECT_TRUE(dot->GetClosedPointTo({5, 5}, DefTol, u).Equals({1, 1}, 0.0));
@@ -135,7 +127,7 @@ TEST(SplineQueries, BadInputGivesNeutralAnswersOrNamedErrors) {
   auto q = TGeSpline2D::CreateArc({0, 0}, 1.0, 0.0, kPi / 2);
   EXPECT_THROW(q->GetClosedPointTo({std::nan(""), 0}, DefTol, u), EParamError);
   EXPECT_THROW(q->GetSamplePointsByChord(0.0, pts, params), EParamError);
-  auto flat = Make(1, {{0, 0}, {1, 1}}, {2, 2, 2, 2});
+  auto flat = MakeSpline(1, {{0, 0}, {1, 1}}, {2, 2, 2, 2});
   EXPECT_THROW(flat->GetCurveLength(), EGeometry);
   EXPECT_FALSE(flat->IsArc(arc, 0.1));
 }
@@ -157,7 +149,7 @@ TEST(SplineRecognition, ArcsOfEveryFormAndSweepComeBackExactly) {
         }
         for (int j = 0; j < (i + 1 < pieces ? 3 : 4); ++j) knots.push_back(i + 1);
       }
-      auto cubic = Make(3, pts, knots, w);
+      auto cubic = MakeSpline(3, pts, knots, w);
       for (const TGeSpline2D* s : {quad.get(), cubic.get()}) {
         std::unique_ptr<TGeCircularArc2D> arc;
         ASSERT_TRUE(s->IsArc(arc)) << r << " " << sweep << " degree " << s->GetDegree();
@@ -195,12 +187,12 @@ TEST(SplineRecognition, LinesChainsAndWhatIsNeither) {
   auto chain = CubicChain({0, 0}, 1.0, 0.0, kPi, 2);
   TDynPoints2D pts = chain->GetCtrlPoints();
   pts.erase(pts.begin() + 3);
-  ASSERT_TRUE(Make(3, pts, {0, 0, 0, 0, 1, 1, 2, 2, 2, 2})->IsArc(arc));
+  ASSERT_TRUE(MakeSpline(3, pts, {0, 0, 0, 0, 1, 1, 2, 2, 2, 2})->IsArc(arc));
   EXPECT_NEAR(arc->GetSweepAngle(), kPi, 1e-9);
   // Control points overshooting the end: the curve runs back, not a line.
-  EXPECT_FALSE(Make(3, {{0, 0}, {2, 0}, {-1, 0}, {1, 0}}, {0, 0, 0, 0, 1, 1, 1, 1})->IsLine(line));
+  EXPECT_FALSE(MakeSpline(3, {{0, 0}, {2, 0}, {-1, 0}, {1, 0}}, {0, 0, 0, 0, 1, 1, 1, 1})->IsLine(line));
   // The bend of (0,0) (1,h) (2,h) (3,0) is 0.75 h on the curve, h on the control polygon.
-  auto bent = Make(3, {{0, 0}, {1, 0.01}, {2, 0.01}, {3, 0}}, {0, 0, 0, 0, 1, 1, 1, 1});
+  auto bent = MakeSpline(3, {{0, 0}, {1, 0.01}, {2, 0.01}, {3, 0}}, {0, 0, 0, 0, 1, 1, 1, 1});
   EXPECT_TRUE(bent->IsLine(line, 0.0075 + 1e-12));
   EXPECT_FALSE(bent->IsLine(line, 0.0075 - 1e-9));
   // The standard quarter cubic lies between R and R + 2.725e-4 R from its centre: no circle
@@ -211,12 +203,12 @@ TEST(SplineRecognition, LinesChainsAndWhatIsNeither) {
     EXPECT_LE(std::fabs(quarter->EvalPoint(i / 1000.0).DistanceTo(arc->GetCenter()) - arc->GetRadius()), 2.73e-3);
   EXPECT_FALSE(quarter->IsArc(arc, 1.3e-3));
   // An S, a near-arc whose inner legs are 1% long, equal weights: none is an arc.
-  EXPECT_FALSE(Make(3, {{0, 0}, {1, 1}, {2, -1}, {3, 0}}, {0, 0, 0, 0, 1, 1, 1, 1})->IsArc(arc));
+  EXPECT_FALSE(MakeSpline(3, {{0, 0}, {1, 1}, {2, -1}, {3, 0}}, {0, 0, 0, 0, 1, 1, 1, 1})->IsArc(arc));
   auto longLegs = CubicChain({0, 0}, 1.0, 0.0, kPi / 2, 1);
   longLegs->SetCtrlPoint(1, {1, 0.5523 * 1.01});
   longLegs->SetCtrlPoint(2, {0.5523 * 1.01, 1});
   EXPECT_FALSE(longLegs->IsArc(arc));
-  EXPECT_FALSE(Make(2, {{0, 0}, {1, 1}, {2, 0}}, {0, 0, 0, 1, 1, 1}, {0.5, 0.5, 0.5})->IsArc(arc));
+  EXPECT_FALSE(MakeSpline(2, {{0, 0}, {1, 1}, {2, 0}}, {0, 0, 0, 1, 1, 1}, {0.5, 0.5, 0.5})->IsArc(arc));
   // A near-flat arc (box 2700 times longer than high) is not taken for one, in any unit;
   // asked with a tolerance, it is.
   for (const double r : {1.0, 1000.0}) {
@@ -224,11 +216,11 @@ TEST(SplineRecognition, LinesChainsAndWhatIsNeither) {
     EXPECT_FALSE(flat->IsArc(arc));
     EXPECT_TRUE(flat->IsArc(arc, 1e-9 * r));
   }
-  EXPECT_TRUE(Make(1, {{0, 0}, {0, 0}}, {0, 0, 1, 1})->CheckCtrlPointsCollinear(0.0));
-  EXPECT_FALSE(Make(2, {{0, 0}, {1, 1}, {2, 0}}, {0, 0, 0, 1, 1, 1})->CheckCtrlPointsCollinear(0.5));
+  EXPECT_TRUE(MakeSpline(1, {{0, 0}, {0, 0}}, {0, 0, 1, 1})->CheckCtrlPointsCollinear(0.0));
+  EXPECT_FALSE(MakeSpline(2, {{0, 0}, {1, 1}, {2, 0}}, {0, 0, 0, 1, 1, 1})->CheckCtrlPointsCollinear(0.5));
   EXPECT_TRUE(TGeSpline2D::CreateArc({0, 0}, 10.0, 0.0, 2.0)->IsSampleArc(arc));
   EXPECT_NEAR(arc->GetRadius(), 10.0, 1e-3);
-  EXPECT_FALSE(Make(2, {{0, 0}, {1, 1}, {2, 0}}, {0, 0, 0, 1, 1, 1})->IsSampleArc(arc));
+  EXPECT_FALSE(MakeSpline(2, {{0, 0}, {1, 1}, {2, 0}}, {0, 0, 0, 1, 1, 1})->IsSampleArc(arc));
 }
 
 }  // namespace
