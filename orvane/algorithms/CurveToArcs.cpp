@@ -75,6 +75,7 @@ bool Biarc(const TPoint2D& P0, const TPoint2D& T0, const TPoint2D& P1, const TPo
 struct TStretch {
   double From, To;
   std::vector<TArc2D> Arcs;
+  bool Held = false;  // the coarse measure found it within the tolerance
 };
 
 // One stretch: the chord where the samples lie on it, else the biarc where it holds Tol;
@@ -83,7 +84,7 @@ bool FitOne(const TGeCurve2D& Curve, double From, double To, double Tol, TStretc
   const TPoint2D p0 = Curve.EvalPoint(From), p1 = Curve.EvalPoint(To);
   TArc2D chord;
   chord.DegradeLine(p0, p1);
-  Out = {From, To, {chord}};
+  Out = {From, To, {chord}, false};
   // Three inner points reject most candidates before the full measure.
   TPoint2D quarter[3];
   for (int k = 0; k < 3; ++k) quarter[k] = Curve.EvalPoint(From + (To - From) * (k + 1) / 4.0);
@@ -95,35 +96,34 @@ bool FitOne(const TGeCurve2D& Curve, double From, double To, double Tol, TStretc
     }
     return true;
   };
-  if (plausible(Out.Arcs) && TCurveToArcs::Deviation(Curve, From, To, Out.Arcs, kFitSamples) <= Tol) return true;
+  if (plausible(Out.Arcs) && TCurveToArcs::Deviation(Curve, From, To, Out.Arcs, kFitSamples) <= Tol) return Out.Held = true;
   TArc2D a1, a2;
   if (Biarc(p0, TangentAt(Curve, From, From, To), p1, TangentAt(Curve, To, From, To), a1, a2)) {
     const std::vector<TArc2D> trial = {a1, a2};
     if (plausible(trial) && TCurveToArcs::Deviation(Curve, From, To, trial, kFitSamples) <= Tol) {
       Out.Arcs = trial;
-      return true;
+      return Out.Held = true;
     }
   }
   return false;
 }
 
 // Stretches are halved breadth first, so that a spent budget leaves the curve evenly cut.
-void FitRange(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TStretch>& Out) {
+void FitRange(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TStretch>& Out, int& Budget) {
   struct TPending {
     double From, To;
     int Depth;
   };
   std::deque<TPending> pending{{From, To, 0}};
-  int budget = TCurveToArcs::MaxPieces;
   while (!pending.empty()) {
     const TPending t = pending.front();
     pending.pop_front();
     TStretch s;
-    if (FitOne(Curve, t.From, t.To, Tol, s) || t.Depth >= TCurveToArcs::MaxDepth || budget <= 0) {
+    if (FitOne(Curve, t.From, t.To, Tol, s) || t.Depth >= TCurveToArcs::MaxDepth || Budget <= 0) {
       Out.push_back(std::move(s));
       continue;
     }
-    --budget;
+    --Budget;
     const double mid = 0.5 * (t.From + t.To);
     pending.push_back({t.From, mid, t.Depth + 1});
     pending.push_back({mid, t.To, t.Depth + 1});
@@ -131,13 +131,19 @@ void FitRange(const TGeCurve2D& Curve, double From, double To, double Tol, std::
   std::sort(Out.begin(), Out.end(), [](const TStretch& a, const TStretch& b) { return a.From < b.From; });
 }
 
+// A plain square root where the squares neither overflow nor underflow: hypot's care costs a
+// third of a fit, and is needed only at magnitudes beyond 1e140 or below 1e-140.
+double Dist(const TPoint2D& A, const TPoint2D& B) {
+  const double dx = A.X - B.X, dy = A.Y - B.Y, d2 = dx * dx + dy * dy;
+  return d2 > 1e-280 && d2 < 1e280 ? std::sqrt(d2) : std::hypot(dx, dy);
+}
+
 double SegmentDistance(const TPoint2D& P, const TPoint2D& A, const TPoint2D& B) {
   const TPoint2D ab = B - A;
   const double l2 = ab.DotMul(ab);
   double t = l2 > 0.0 ? (P - A).DotMul(ab) / l2 : 0.0;
   t = std::clamp(t, 0.0, 1.0);
-  const TPoint2D q = A + ab * t;
-  return std::hypot(P.X - q.X, P.Y - q.Y);
+  return Dist(P, A + ab * t);
 }
 
 }  // namespace
@@ -145,8 +151,7 @@ double SegmentDistance(const TPoint2D& P, const TPoint2D& A, const TPoint2D& B) 
 double TCurveToArcs::Distance(const TArc2D& Arc, const TPoint2D& P) {
   if (Arc.IsLine) return SegmentDistance(P, Arc.StartPoint(), Arc.EndPoint());
   double prm = 0.0;
-  const TPoint2D q = Arc.GetClosedPointTo(P, prm);
-  return std::hypot(P.X - q.X, P.Y - q.Y);
+  return Dist(P, Arc.GetClosedPointTo(P, prm));
 }
 
 double TCurveToArcs::Deviation(const TGeCurve2D& Curve, double From, double To, const std::vector<TArc2D>& Arcs,
@@ -181,24 +186,24 @@ double TCurveToArcs::Deviation(const TGeCurve2D& Curve, double From, double To, 
       std::size_t near = first;
       double best = HUGE_VAL;
       for (std::size_t i = first; i < last; ++i) {
-        const double d = std::hypot(q.X - pts[i].X, q.Y - pts[i].Y);
-        if (d < best) {
-          best = d;
+        const double dx = q.X - pts[i].X, dy = q.Y - pts[i].Y, d2 = dx * dx + dy * dy;
+        if (d2 < best) {
+          best = d2;
           near = i;
         }
       }
+      best = std::sqrt(best);
       const double lo = prm[near > 0 ? near - 1 : 0], hi = prm[std::min(near + 1, n - 1)];
       double t = prm[near];
       for (int it = 0; it < 6; ++it) {
         TPoint2D d;
         const TPoint2D c = Curve.EvalPoint(t, d);
         const double dd = d.DotMul(d);
-        best = std::min(best, std::hypot(q.X - c.X, q.Y - c.Y));
+        best = std::min(best, Dist(q, c));
         if (!(dd > 0.0)) break;
         t = std::clamp(t - (c - q).DotMul(d) / dd, lo, hi);
       }
-      const TPoint2D c = Curve.EvalPoint(t);
-      best = std::min(best, std::hypot(q.X - c.X, q.Y - c.Y));
+      best = std::min(best, Dist(q, Curve.EvalPoint(t)));
       worst = std::max(worst, best);
     }
   }
@@ -206,6 +211,12 @@ double TCurveToArcs::Deviation(const TGeCurve2D& Curve, double From, double To, 
 }
 
 double TCurveToArcs::Fit(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TArc2D>& Arcs) {
+  int halvings = MaxPieces;
+  return Fit(Curve, From, To, Tol, Arcs, halvings);
+}
+
+double TCurveToArcs::Fit(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TArc2D>& Arcs,
+                         int& Halvings) {
   if (!(Tol > 0.0) || !std::isfinite(Tol)) throw EParamError("TCurveToArcs.Fit: the tolerance must be a finite number above 0");
   if (!(From < To)) throw EParamError("TCurveToArcs.Fit: the stretch must run from a lower to a higher parameter");
   std::vector<TStretch> fitted;
@@ -216,16 +227,17 @@ double TCurveToArcs::Fit(const TGeCurve2D& Curve, double From, double To, double
   if (Tol < kRounding * std::max(std::fabs(box.XMin), std::max(std::fabs(box.XMax), std::max(std::fabs(box.YMin), std::fabs(box.YMax))))) {
     TArc2D chord;
     chord.DegradeLine(Curve.EvalPoint(From), Curve.EvalPoint(To));
-    fitted.push_back({From, To, {chord}});
+    fitted.push_back({From, To, {chord}, false});
   } else {
-    FitRange(Curve, From, To, Tol, fitted);
+    FitRange(Curve, From, To, Tol, fitted, Halvings);
   }
   // The fit checked each stretch coarsely; the answer is measured again, densely, and a
-  // stretch that strays between the coarse samples is fitted again in halves.
+  // stretch that strays between the coarse samples is fitted again in halves (one that did not
+  // hold even coarsely was left so by a spent budget, and halving it once would not help).
   double worst = 0.0;
   for (const TStretch& s : fitted) {
     double d = Deviation(Curve, s.From, s.To, s.Arcs, 128);
-    if (d > Tol) {
+    if (d > Tol && s.Held) {
       // Once, and without further halving, so that the work stays bounded.
       const double mid = 0.5 * (s.From + s.To);
       std::vector<TStretch> halves(2);

@@ -24,6 +24,10 @@ class ORVANE_API TCurveToArcs {
   // coordinates' magnitude keeps the chord at once. Tol must be a finite number above 0 and
   // From below To (EParamError).
   static double Fit(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TArc2D>& Arcs);
+  // As above, with the halvings the fit may spend in Halvings (decreased by those spent): one
+  // budget shared by the calls of a whole job bounds its work, whatever its curves ask for.
+  static double Fit(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TArc2D>& Arcs,
+                    int& Halvings);
   static constexpr int MaxDepth = 30;
   static constexpr int MaxPieces = 1 << 10;
 

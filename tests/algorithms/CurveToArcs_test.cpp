@@ -37,6 +37,14 @@ TEST(CurveToArcs, ChainHoldsTheToleranceOnAnEllipseAndIsOneCircleOnAnArc) {
     }
     EXPECT_LE(worst, tol);
   }
+  // Three halvings allowed: all are spent, the chain still runs end to end, and its measure
+  // says honestly that it strays.
+  std::vector<TArc2D> coarse;
+  int halvings = 3;
+  EXPECT_GT(TCurveToArcs::Fit(*ellipse, iv.Lower, iv.Upper, 1e-5, coarse, halvings), 1e-5);
+  EXPECT_EQ(halvings, 0);
+  EXPECT_LT(coarse.back().EndPoint().DistanceTo(ellipse->GetEndPoint()), 1e-12);
+  for (std::size_t i = 0; i + 1 < coarse.size(); ++i) EXPECT_LT(coarse[i].EndPoint().DistanceTo(coarse[i + 1].StartPoint()), 1e-9);
   // A circular arc comes back on its own circle.
   const TGeCircularArc2D arc(TPoint2D(0, 0), 5.0, 0.5, 2.0);
   std::vector<TArc2D> arcs;

@@ -138,6 +138,7 @@ TEST(Profile, SplinesThatAreArcsAndAnSFittedAtTwoTolerances) {
     const TProfileResult r = Profile(Spline(s), o);
     EXPECT_EQ(r.CurvesFitted, 1);
     EXPECT_LE(r.MaxDeviation, tol);
+    EXPECT_FALSE(r.FitBudgetSpent);
     EXPECT_EQ(r.ExitCode(), 1);  // the S is open
     ASSERT_EQ(r.Contours.size(), 1u);
     const auto& elems = r.Contours[0].Elements;
@@ -154,6 +155,24 @@ TEST(Profile, SplinesThatAreArcsAndAnSFittedAtTwoTolerances) {
     for (std::size_t i = 0; i + 1 < elems.size(); ++i)
       EXPECT_LT(elems[i]->GetEndPoint().DistanceTo(elems[i + 1]->GetStartPoint()), 1e-9);
   }
+}
+
+// Bulged outlines inserted at a scale of about 1e6, asked to hold 1e-2 at coordinates near 1e9:
+// the fitting stops at the halvings allowed for the drawing and says so, rather than working
+// for seconds.
+TEST(Profile, AFitBeyondTheBudgetStopsAndSaysSo) {
+  std::ifstream in(std::string(ORVANE_SOURCE_DIR) + "/fuzz/slow-profile/huge_coordinates_2.dxf", std::ios::binary);
+  std::stringstream text;
+  text << in.rdbuf();
+  TProfileOptions o;
+  o.ArcTol = 1e-2;
+  const TProfileResult r = ProfileDrawing(ReadDxfText(text.str()), o);
+  EXPECT_TRUE(r.FitBudgetSpent);
+  EXPECT_TRUE(r.Strayed);
+  EXPECT_GT(r.MaxDeviation, o.ArcTol);
+  EXPECT_EQ(r.ExitCode(), 1);
+  EXPECT_LT(r.FitElements, 4 * (1 << 13));
+  EXPECT_EQ(ProfileToJson(r)["splines"]["budget_spent"], true);
 }
 
 TEST(Profile, BadInputGivesExitTwoAndOneLine) {

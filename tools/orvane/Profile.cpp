@@ -221,20 +221,37 @@ TDynPoints2D SpreadPoints(const TDynPoints2D& Poly, int Count) {
 // ---- Free-form curves into lines and arcs
 
 constexpr std::size_t kMaxBezierArcs = 64;
+// Halvings the arc fitting may spend on one drawing in all (each curve at most
+// TCurveToArcs::MaxPieces): real drawings need a few hundred at 1e-4, and a drawing that asks
+// for far more (a tolerance near the rounding of huge coordinates) is answered in bounded time,
+// its curves left coarser and reported as such.
+constexpr int kDrawingHalvings = 1 << 13;
 
 // Lines and arcs for one free-form element within Tol; Deviation receives what was measured.
-void FitElement(const TGeCurve2D& C, double Tol, std::vector<TCurvePtr>& Out, double& Deviation) {
+// Its pieces share the Halvings the fit may spend, each taking an even share of what is left,
+// so that a curve too fine for its budget is left evenly coarse rather than chorded at its end.
+// Spent tells whether a piece strayed with no halvings left.
+void FitElement(const TGeCurve2D& C, double Tol, std::vector<TCurvePtr>& Out, double& Deviation, int& Halvings,
+                bool& Spent) {
   std::vector<TArc2D> arcs;
   Deviation = 0.0;
+  const auto fit = [&](const TGeCurve2D& Exact, double From, double To, std::size_t PiecesLeft) {
+    int share = Halvings / static_cast<int>(std::max<std::size_t>(PiecesLeft, 1));
+    const int had = share;
+    const double dev = TCurveToArcs::Fit(Exact, From, To, Tol, arcs, share);
+    Deviation = std::max(Deviation, dev);
+    Halvings -= had - share;
+    Spent = Spent || (share <= 0 && dev > Tol);
+  };
   // A polynomial cubic goes through the kernel's Bezier arc fit, checked here on the Bezier;
   // any other piece, or a fit that strays, through biarcs on the exact curve.
-  auto cubic = [&](const TBezierSegment2D& Seg, const TGeCurve2D& Exact, double From, double To) {
+  auto cubic = [&](const TBezierSegment2D& Seg, const TGeCurve2D& Exact, double From, double To, std::size_t PiecesLeft) {
     const TGeBezier2D bez(Seg);
     const TGeInterval iv = bez.GetInterval();
-    std::unique_ptr<TList<TArc2D>> fit = TCadBasicAlgo::Bezier2Arcs(Seg, Tol);
+    std::unique_ptr<TList<TArc2D>> fitted = TCadBasicAlgo::Bezier2Arcs(Seg, Tol);
     std::vector<TArc2D> got;
-    if (fit)
-      for (int i = 0; i < fit->Count(); ++i) got.push_back((*fit)[i]);
+    if (fitted)
+      for (int i = 0; i < fitted->Count(); ++i) got.push_back((*fitted)[i]);
     // The chain is measured against the whole Bezier, element by element for each sample: a
     // long chain (a tolerance near the coordinates' rounding) goes to the biarc fit instead,
     // which measures stretch by stretch.
@@ -245,20 +262,20 @@ void FitElement(const TGeCurve2D& C, double Tol, std::vector<TCurvePtr>& Out, do
       arcs.insert(arcs.end(), got.begin(), got.end());
       Deviation = std::max(Deviation, dev);
     } else {
-      Deviation = std::max(Deviation, TCurveToArcs::Fit(Exact, From, To, Tol, arcs));
+      fit(Exact, From, To, PiecesLeft);
     }
   };
   if (const auto* bz = dynamic_cast<const TGeBezier2D*>(&C)) {
     const TGeInterval iv = C.GetInterval();
-    cubic(bz->GetBezierSegment(), C, iv.Lower, iv.Upper);
+    cubic(bz->GetBezierSegment(), C, iv.Lower, iv.Upper, 1);
   } else if (const auto* sp = dynamic_cast<const TGeSpline2D*>(&C); sp && !sp->GetIsRational() && sp->GetDegree() <= 3) {
     const TPoint3DLists pieces = sp->DecomposeCurve();
     const std::vector<double> b = SmoothBreaks(C);
-    if (pieces.size() + 1 != b.size()) {
-      for (std::size_t i = 0; i + 1 < b.size(); ++i)
-        Deviation = std::max(Deviation, TCurveToArcs::Fit(C, b[i], b[i + 1], Tol, arcs));
+    const std::size_t n = b.size() - 1;
+    if (pieces.size() != n) {
+      for (std::size_t i = 0; i < n; ++i) fit(C, b[i], b[i + 1], n - i);
     }
-    for (std::size_t i = 0; i < pieces.size() && pieces.size() + 1 == b.size(); ++i) {
+    for (std::size_t i = 0; i < pieces.size() && pieces.size() == n; ++i) {
       const TDynPoints3D& q = pieces[i];
       TBezierSegment2D seg;
       if (q.size() == 4) {
@@ -269,15 +286,14 @@ void FitElement(const TGeCurve2D& C, double Tol, std::vector<TCurvePtr>& Out, do
       } else if (q.size() == 2) {
         seg = TBezierSegment2D({q[0].X, q[0].Y}, {q[1].X, q[1].Y});
       } else {
-        Deviation = std::max(Deviation, TCurveToArcs::Fit(C, b[i], b[i + 1], Tol, arcs));
+        fit(C, b[i], b[i + 1], n - i);
         continue;
       }
-      cubic(seg, C, b[i], b[i + 1]);
+      cubic(seg, C, b[i], b[i + 1], n - i);
     }
   } else {
     const std::vector<double> b = SmoothBreaks(C);
-    for (std::size_t i = 0; i + 1 < b.size(); ++i)
-      Deviation = std::max(Deviation, TCurveToArcs::Fit(C, b[i], b[i + 1], Tol, arcs));
+    for (std::size_t i = 0; i + 1 < b.size(); ++i) fit(C, b[i], b[i + 1], b.size() - 1 - i);
   }
   for (const TArc2D& a : arcs) {
     if (Dist(a.StartPoint(), a.EndPoint()) == 0.0 && (a.IsLine || std::fabs(a.GetSweepAngle()) < M_PI)) continue;
@@ -383,6 +399,7 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
   // Free-form curves into lines and arcs.
   t = TClock::now();
   const double fitTol = R.ArcTol;
+  int halvings = kDrawingHalvings;
   if (fitTol > 0.0) {
     for (TProfileContour& k : R.Contours) {
       std::vector<TCurvePtr> out;
@@ -393,7 +410,10 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
         }
         double dev = 0.0;
         const std::size_t before = out.size();
-        FitElement(*e, fitTol, out, dev);
+        int mine = std::min(TCurveToArcs::MaxPieces, halvings);
+        const int had = mine;
+        FitElement(*e, fitTol, out, dev, mine, R.FitBudgetSpent);
+        halvings -= had - mine;
         ++R.CurvesFitted;
         R.FitElements += static_cast<int>(out.size() - before);
         R.MaxDeviation = std::max(R.MaxDeviation, dev);
@@ -541,6 +561,7 @@ void WriteProfileText(std::ostream& Out, const TProfileResult& R) {
   Out << Format("splines: %d read, %d recognised as lines, %d as arcs\n", R.SplinesRead, R.SplinesAsLines,
                 R.SplinesAsArcs);
   Out << Format("curves turned into arcs: %d, into %d elements\n", R.CurvesFitted, R.FitElements);
+  if (R.FitBudgetSpent) Out << "  the fitting spent the halvings allowed; what it left coarse is in the largest deviation\n";
   Out << Format("largest deviation: %g\n", R.MaxDeviation);
   std::string times;
   double total = 0.0;
@@ -580,7 +601,8 @@ nlohmann::json ProfileToJson(const TProfileResult& R) {
                   {"as_lines", R.SplinesAsLines},
                   {"as_arcs", R.SplinesAsArcs},
                   {"fitted", R.CurvesFitted},
-                  {"elements", R.FitElements}};
+                  {"elements", R.FitElements},
+                  {"budget_spent", R.FitBudgetSpent}};
   j["max_deviation"] = R.MaxDeviation;
   j["dropped"] = R.Degenerate;
   json secs = json::object();

@@ -67,6 +67,7 @@ struct TProfileResult {
   int CurvesFitted = 0, FitElements = 0;  // free-form curves turned into arcs, and the elements made
   double MaxDeviation = 0.0;              // recognition and fitting, as measured
   bool Strayed = false;                   // a fit measured beyond its tolerance
+  bool FitBudgetSpent = false;            // a curve, or the drawing, used up the halvings allowed
   std::vector<std::pair<std::string, double>> Seconds;  // per phase, in order
 
   // 0: every contour closed and every conversion within its tolerance; 1 otherwise.
