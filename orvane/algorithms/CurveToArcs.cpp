@@ -11,7 +11,7 @@ namespace orvane {
 
 namespace {
 
-constexpr int kFitSamples = 64;
+constexpr int kFitSamples = 128;  // samples per stretch, dense enough to be the answer's measure
 constexpr double kRounding = 1e-12;  // relative size of a step that coordinates can still tell
 
 TPoint2D Unit(const TPoint2D& V) {
@@ -71,66 +71,6 @@ bool Biarc(const TPoint2D& P0, const TPoint2D& T0, const TPoint2D& P1, const TPo
   return true;
 }
 
-// One fitted stretch: its parameters and its one or two elements.
-struct TStretch {
-  double From, To;
-  std::vector<TArc2D> Arcs;
-  bool Held = false;  // the coarse measure found it within the tolerance
-};
-
-// One stretch: the chord where the samples lie on it, else the biarc where it holds Tol;
-// false when neither does (the chord is then in Out as the fallback).
-bool FitOne(const TGeCurve2D& Curve, double From, double To, double Tol, TStretch& Out) {
-  const TPoint2D p0 = Curve.EvalPoint(From), p1 = Curve.EvalPoint(To);
-  TArc2D chord;
-  chord.DegradeLine(p0, p1);
-  Out = {From, To, {chord}, false};
-  // Three inner points reject most candidates before the full measure.
-  TPoint2D quarter[3];
-  for (int k = 0; k < 3; ++k) quarter[k] = Curve.EvalPoint(From + (To - From) * (k + 1) / 4.0);
-  const auto plausible = [&](const std::vector<TArc2D>& Arcs) {
-    for (const TPoint2D& q : quarter) {
-      double best = HUGE_VAL;
-      for (const TArc2D& a : Arcs) best = std::min(best, TCurveToArcs::Distance(a, q));
-      if (best > Tol) return false;
-    }
-    return true;
-  };
-  if (plausible(Out.Arcs) && TCurveToArcs::Deviation(Curve, From, To, Out.Arcs, kFitSamples) <= Tol) return Out.Held = true;
-  TArc2D a1, a2;
-  if (Biarc(p0, TangentAt(Curve, From, From, To), p1, TangentAt(Curve, To, From, To), a1, a2)) {
-    const std::vector<TArc2D> trial = {a1, a2};
-    if (plausible(trial) && TCurveToArcs::Deviation(Curve, From, To, trial, kFitSamples) <= Tol) {
-      Out.Arcs = trial;
-      return Out.Held = true;
-    }
-  }
-  return false;
-}
-
-// Stretches are halved breadth first, so that a spent budget leaves the curve evenly cut.
-void FitRange(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TStretch>& Out, int& Budget) {
-  struct TPending {
-    double From, To;
-    int Depth;
-  };
-  std::deque<TPending> pending{{From, To, 0}};
-  while (!pending.empty()) {
-    const TPending t = pending.front();
-    pending.pop_front();
-    TStretch s;
-    if (FitOne(Curve, t.From, t.To, Tol, s) || t.Depth >= TCurveToArcs::MaxDepth || Budget <= 0) {
-      Out.push_back(std::move(s));
-      continue;
-    }
-    --Budget;
-    const double mid = 0.5 * (t.From + t.To);
-    pending.push_back({t.From, mid, t.Depth + 1});
-    pending.push_back({mid, t.To, t.Depth + 1});
-  }
-  std::sort(Out.begin(), Out.end(), [](const TStretch& a, const TStretch& b) { return a.From < b.From; });
-}
-
 // A plain square root where the squares neither overflow nor underflow: hypot's care costs a
 // third of a fit, and is needed only at magnitudes beyond 1e140 or below 1e-140.
 double Dist(const TPoint2D& A, const TPoint2D& B) {
@@ -146,16 +86,10 @@ double SegmentDistance(const TPoint2D& P, const TPoint2D& A, const TPoint2D& B) 
   return Dist(P, A + ab * t);
 }
 
-}  // namespace
-
-double TCurveToArcs::Distance(const TArc2D& Arc, const TPoint2D& P) {
-  if (Arc.IsLine) return SegmentDistance(P, Arc.StartPoint(), Arc.EndPoint());
-  double prm = 0.0;
-  return Dist(P, Arc.GetClosedPointTo(P, prm));
-}
-
-double TCurveToArcs::Deviation(const TGeCurve2D& Curve, double From, double To, const std::vector<TArc2D>& Arcs,
-                               int Samples) {
+// TCurveToArcs::Deviation, which stops as soon as what it measured exceeds Limit (a fit only
+// needs to know that a candidate fails).
+double Measure(const TGeCurve2D& Curve, double From, double To, const std::vector<TArc2D>& Arcs, int Samples,
+               double Limit) {
   Samples = std::max(Samples, 2);
   const std::size_t n = static_cast<std::size_t>(Samples) + 1;
   std::vector<double> prm(n);
@@ -167,8 +101,9 @@ double TCurveToArcs::Deviation(const TGeCurve2D& Curve, double From, double To, 
   double worst = 0.0;
   for (const TPoint2D& p : pts) {
     double best = HUGE_VAL;
-    for (const TArc2D& a : Arcs) best = std::min(best, Distance(a, p));
+    for (const TArc2D& a : Arcs) best = std::min(best, TCurveToArcs::Distance(a, p));
     worst = std::max(worst, best);
+    if (worst > Limit) return worst;
   }
   // The other way: points of each element against the curve, from the nearest sample by a
   // few Gauss-Newton steps kept between that sample's neighbours.
@@ -205,9 +140,89 @@ double TCurveToArcs::Deviation(const TGeCurve2D& Curve, double From, double To, 
       }
       best = std::min(best, Dist(q, Curve.EvalPoint(t)));
       worst = std::max(worst, best);
+      if (worst > Limit) return worst;
     }
   }
   return worst;
+}
+
+// One fitted stretch: its parameters and its one or two elements.
+struct TStretch {
+  double From, To;
+  std::vector<TArc2D> Arcs;
+  bool Held = false;      // measured within the tolerance
+  double Measured = 0.0;  // when held, what was measured
+};
+
+// One stretch: the chord where the samples lie on it, else the biarc where it holds Tol;
+// false when neither does (the chord is then in Out as the fallback).
+bool FitOne(const TGeCurve2D& Curve, double From, double To, double Tol, TStretch& Out) {
+  const TPoint2D p0 = Curve.EvalPoint(From), p1 = Curve.EvalPoint(To);
+  TArc2D chord;
+  chord.DegradeLine(p0, p1);
+  Out = {From, To, {chord}, false};
+  // Three inner points reject most candidates before the full measure.
+  TPoint2D quarter[3];
+  for (int k = 0; k < 3; ++k) quarter[k] = Curve.EvalPoint(From + (To - From) * (k + 1) / 4.0);
+  const auto plausible = [&](const std::vector<TArc2D>& Arcs) {
+    for (const TPoint2D& q : quarter) {
+      double best = HUGE_VAL;
+      for (const TArc2D& a : Arcs) best = std::min(best, TCurveToArcs::Distance(a, q));
+      if (best > Tol) return false;
+    }
+    return true;
+  };
+  const auto holds = [&](const std::vector<TArc2D>& Arcs) {
+    if (!plausible(Arcs)) return false;
+    Out.Measured = Measure(Curve, From, To, Arcs, kFitSamples, Tol);
+    return Out.Measured <= Tol;
+  };
+  if (holds(Out.Arcs)) return Out.Held = true;
+  TArc2D a1, a2;
+  if (Biarc(p0, TangentAt(Curve, From, From, To), p1, TangentAt(Curve, To, From, To), a1, a2)) {
+    const std::vector<TArc2D> trial = {a1, a2};
+    if (holds(trial)) {
+      Out.Arcs = trial;
+      return Out.Held = true;
+    }
+  }
+  return false;
+}
+
+// Stretches are halved breadth first, so that a spent budget leaves the curve evenly cut.
+void FitRange(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TStretch>& Out, int& Budget) {
+  struct TPending {
+    double From, To;
+    int Depth;
+  };
+  std::deque<TPending> pending{{From, To, 0}};
+  while (!pending.empty()) {
+    const TPending t = pending.front();
+    pending.pop_front();
+    TStretch s;
+    if (FitOne(Curve, t.From, t.To, Tol, s) || t.Depth >= TCurveToArcs::MaxDepth || Budget <= 0) {
+      Out.push_back(std::move(s));
+      continue;
+    }
+    --Budget;
+    const double mid = 0.5 * (t.From + t.To);
+    pending.push_back({t.From, mid, t.Depth + 1});
+    pending.push_back({mid, t.To, t.Depth + 1});
+  }
+  std::sort(Out.begin(), Out.end(), [](const TStretch& a, const TStretch& b) { return a.From < b.From; });
+}
+
+}  // namespace
+
+double TCurveToArcs::Distance(const TArc2D& Arc, const TPoint2D& P) {
+  if (Arc.IsLine) return SegmentDistance(P, Arc.StartPoint(), Arc.EndPoint());
+  double prm = 0.0;
+  return Dist(P, Arc.GetClosedPointTo(P, prm));
+}
+
+double TCurveToArcs::Deviation(const TGeCurve2D& Curve, double From, double To, const std::vector<TArc2D>& Arcs,
+                               int Samples) {
+  return Measure(Curve, From, To, Arcs, Samples, HUGE_VAL);
 }
 
 double TCurveToArcs::Fit(const TGeCurve2D& Curve, double From, double To, double Tol, std::vector<TArc2D>& Arcs) {
@@ -231,27 +246,11 @@ double TCurveToArcs::Fit(const TGeCurve2D& Curve, double From, double To, double
   } else {
     FitRange(Curve, From, To, Tol, fitted, Halvings);
   }
-  // The fit checked each stretch coarsely; the answer is measured again, densely, and a
-  // stretch that strays between the coarse samples is fitted again in halves (one that did not
-  // hold even coarsely was left so by a spent budget, and halving it once would not help).
+  // A held stretch keeps the measure that accepted it; one left unheld by a spent budget is
+  // measured in full, so that the answer says how far it strays.
   double worst = 0.0;
   for (const TStretch& s : fitted) {
-    double d = Deviation(Curve, s.From, s.To, s.Arcs, 128);
-    if (d > Tol && s.Held) {
-      // Once, and without further halving, so that the work stays bounded.
-      const double mid = 0.5 * (s.From + s.To);
-      std::vector<TStretch> halves(2);
-      FitOne(Curve, s.From, mid, Tol, halves[0]);
-      FitOne(Curve, mid, s.To, Tol, halves[1]);
-      double again = 0.0;
-      for (const TStretch& h : halves) again = std::max(again, Deviation(Curve, h.From, h.To, h.Arcs, 128));
-      if (again < d) {
-        for (const TStretch& h : halves) Arcs.insert(Arcs.end(), h.Arcs.begin(), h.Arcs.end());
-        worst = std::max(worst, again);
-        continue;
-      }
-    }
-    worst = std::max(worst, d);
+    worst = std::max(worst, s.Held ? s.Measured : Measure(Curve, s.From, s.To, s.Arcs, kFitSamples, HUGE_VAL));
     Arcs.insert(Arcs.end(), s.Arcs.begin(), s.Arcs.end());
   }
   return worst;

@@ -143,6 +143,7 @@ TEST(DxfReader, RefusesBadInputWithOneLineMessages) {
       {"line 19: truncated: the group code has no value", good.substr(0, good.size() - 27)},
       {"line 20: the coordinate \"nan\" is not finite", Doc("0 LINE|10 0|20 nan|11 1|21 1")},
       {"line 20: the value \"x\" is not a number", Doc("0 LINE|10 0|20 x|11 1|21 1")},
+      {"line 16: the entity type \"3187.74\" is not a name", Doc("0 3187.74|10 0")},
       {"line 16: INSERT of the missing block \"B\"", Doc("0 INSERT|2 B")},
       {"line 20: the block \"A\" inserts itself", Doc("0 INSERT|2 A", "0 BLOCK|2 A|0 INSERT|2 A|0 ENDBLK")},
       {"line 16: SPLINE: 5 knots where 3 control points of degree 2 need 6", Doc(spline + "|40 0|40 0|40 0|40 1|40 1")},

@@ -92,6 +92,17 @@ bool ParseInteger(std::string_view s, long long& Out) {
 
 // False when the text is not a number; Out may then be anything. "nan" and "inf" parse, and
 // the caller refuses them with their own message.
+// A type after a group code 0 is a name of letters, digits and underscores ("3DFACE",
+// "ACAD_PROXY_ENTITY"); a number there means the groups have slipped out of step.
+bool IsTypeName(std::string_view V) {
+  bool letter = false;
+  for (const char c : V) {
+    if (std::isalpha(static_cast<unsigned char>(c))) letter = true;
+    else if (!std::isdigit(static_cast<unsigned char>(c)) && c != '_') return false;
+  }
+  return letter;
+}
+
 bool ParseReal(std::string_view s, double& Out) {
   s = Trim(s);
   if (!s.empty() && s.front() == '+') s.remove_prefix(1);
@@ -164,6 +175,7 @@ std::vector<TGroup> Tokenize(std::string_view Text) {
       }
     }
     if (groups.empty() && !(g.Code == 0 && g.Value == "SECTION") && g.Code != 999) throw EDxfError("not a DXF file");
+    if (g.Code == 0 && !IsTypeName(g.Value)) Fail(line, "the entity type " + Quoted(g.Value) + " is not a name");
     groups.push_back(g);
   }
   if (groups.empty()) throw EDxfError("not a DXF file (empty)");
