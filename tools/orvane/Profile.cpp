@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <climits>
 #include <cmath>
 
 #include "orvane/algorithms/CadBasicAlgo.h"
@@ -44,14 +45,6 @@ std::vector<double> SmoothBreaks(const TGeCurve2D& C) {
   }
   if (iv.Upper > b.back()) b.push_back(iv.Upper);
   return b;
-}
-
-// The box of the control points, which holds the spline. (Built here from an empty box: the
-// spline's own CtrlPointsBoundBlock starts from the origin.)
-TRect2D CtrlBox(const TGeSpline2D& S) {
-  TRect2D r = TRect2D::Invalid();
-  for (const TPoint2D& c : S.GetCtrlPoints()) r.Extend(c);
-  return r;
 }
 
 // ---- Recognition: every call that asks whether a spline is a line or an arc is here.
@@ -221,11 +214,13 @@ TDynPoints2D SpreadPoints(const TDynPoints2D& Poly, int Count) {
 // ---- Free-form curves into lines and arcs
 
 constexpr std::size_t kMaxBezierArcs = 64;
-// Halvings the arc fitting may spend on one drawing in all (each curve at most
-// TCurveToArcs::MaxPieces): real drawings need a few hundred at 1e-4, and a drawing that asks
-// for far more (a tolerance near the rounding of huge coordinates) is answered in bounded time,
-// its curves left coarser and reported as such.
+// Halvings the arc fitting may spend: a curve TCurveToArcs::MaxPieces and a few more per smooth
+// piece, a drawing kDrawingHalvings and a few more per piece of its free-form curves. Real
+// drawings need a few hundred at 1e-4; one that asks for far more (a tolerance near the
+// rounding of huge coordinates) is answered in time linear in its size, its curves left
+// coarser and reported as such.
 constexpr int kDrawingHalvings = 1 << 13;
+constexpr int kHalvingsPerPiece = 4;
 
 // Lines and arcs for one free-form element within Tol; Deviation receives what was measured.
 // Its pieces share the Halvings the fit may spend, each taking an even share of what is left,
@@ -333,7 +328,7 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
     if (!p.Curve) continue;
     if (dynamic_cast<const TGeSpline2D*>(p.Curve.get())) {
       // The control polygon holds a spline; its box needs no measuring of the curve.
-      R.Box.Extend(CtrlBox(static_cast<const TGeSpline2D&>(*p.Curve)));
+      R.Box.Extend(static_cast<const TGeSpline2D&>(*p.Curve).CtrlPointsBoundBlock());
     } else {
       R.Box.Extend(p.Curve->BoundBlock());
     }
@@ -354,7 +349,7 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
     if (!p.Curve) continue;
     // A line of no length, or a circle that is a point, closes nothing: dropped and counted.
     const TRect2D pb = dynamic_cast<const TGeSpline2D*>(p.Curve.get())
-                           ? CtrlBox(static_cast<const TGeSpline2D&>(*p.Curve))
+                           ? static_cast<const TGeSpline2D&>(*p.Curve).CtrlPointsBoundBlock()
                            : p.Curve->BoundBlock();
     if (std::hypot(pb.Width(), pb.Height()) <= R.JoinTol) {
       ++R.Degenerate;
@@ -399,8 +394,11 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
   // Free-form curves into lines and arcs.
   t = TClock::now();
   const double fitTol = R.ArcTol;
-  int halvings = kDrawingHalvings;
   if (fitTol > 0.0) {
+    long long halvings = kDrawingHalvings;
+    for (const TProfileContour& k : R.Contours)
+      for (const TCurvePtr& e : k.Elements)
+        if (!IsLineOrArc(*e)) halvings += kHalvingsPerPiece * static_cast<long long>(SmoothBreaks(*e).size() - 1);
     for (TProfileContour& k : R.Contours) {
       std::vector<TCurvePtr> out;
       for (TCurvePtr& e : k.Elements) {
@@ -410,7 +408,8 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
         }
         double dev = 0.0;
         const std::size_t before = out.size();
-        int mine = std::min(TCurveToArcs::MaxPieces, halvings);
+        const long long allowed = TCurveToArcs::MaxPieces + kHalvingsPerPiece * static_cast<long long>(SmoothBreaks(*e).size() - 1);
+        int mine = static_cast<int>(std::min({allowed, halvings, static_cast<long long>(INT_MAX)}));
         const int had = mine;
         FitElement(*e, fitTol, out, dev, mine, R.FitBudgetSpent);
         halvings -= had - mine;
