@@ -181,70 +181,6 @@ std::vector<TBulgedOutline> ReadClosedLwPolylines(const std::string& FileName) {
   return result;
 }
 
-// LINE and ARC entities of a DXF file chained end to end into closed loops (pieces reversed
-// where needed), with their closed-form areas and lengths.
-std::vector<TBulgedOutline> ReadLineArcLoops(const std::string& FileName) {
-  struct TPiece {
-    TPoint2D A, B;
-    TPoint2D Center;
-    double Radius = 0.0, Start = 0.0, Sweep = 0.0;  // Sweep 0: a line
-  };
-  std::vector<TPiece> pieces;
-  for (const testing::TDxfEntity& e : testing::ReadDxfEntities(FileName)) {
-    const TPoint2D c(e.Num(10), e.Num(20));
-    const double r = e.Num(40);
-    if (e.Kind == "LINE") pieces.push_back({c, TPoint2D(e.Num(11), e.Num(21)), {}, 0, 0, 0});
-    if (e.Kind == "ARC" && r > 0) {
-      const double s = e.Num(50) * Pi / 180;
-      const double w = std::fmod(e.Num(51) - e.Num(50) + 720.0, 360.0) * Pi / 180;
-      pieces.push_back({c + TPoint2D(std::cos(s), std::sin(s)) * r, c + TPoint2D(std::cos(s + w), std::sin(s + w)) * r,
-                        c, r, s, w});
-    }
-  }
-  std::vector<TBulgedOutline> loops;
-  std::vector<bool> used(pieces.size(), false);
-  for (std::size_t first = 0; first < pieces.size(); ++first) {
-    if (used[first]) continue;
-    used[first] = true;
-    std::vector<TPiece> chain{pieces[first]};
-    for (bool grown = true; grown && !chain.back().B.Equals(chain.front().A, 1e-6);) {
-      grown = false;
-      for (std::size_t i = 0; i < pieces.size() && !grown; ++i) {
-        if (used[i]) continue;
-        TPiece p = pieces[i];
-        if (p.B.Equals(chain.back().B, 1e-6)) {
-          std::swap(p.A, p.B);
-          p.Start += p.Sweep;
-          p.Sweep = -p.Sweep;
-        }
-        if (!p.A.Equals(chain.back().B, 1e-6)) continue;
-        used[i] = grown = true;
-        chain.push_back(p);
-      }
-    }
-    if (chain.size() < 2 || !chain.back().B.Equals(chain.front().A, 1e-6)) continue;
-    TBulgedOutline o;
-    o.Curve = std::make_unique<TGeCompositeCurve2D>();
-    TDynPoints2D ring;
-    for (const TPiece& p : chain) {
-      ring.push_back(p.A);
-      if (p.Sweep == 0.0) {
-        o.Curve->AddCurve(std::make_unique<TGeLine2D>(p.A, p.B));
-        o.Length += p.A.DistanceTo(p.B);
-      } else {
-        o.Curve->AddCurve(std::make_unique<TGeCircularArc2D>(p.Center, p.Radius, p.Start, p.Sweep));
-        const double theta = std::fabs(p.Sweep);
-        o.Length += theta * p.Radius;
-        o.Area += (p.Sweep > 0 ? 1.0 : -1.0) * 0.5 * p.Radius * p.Radius * (theta - std::sin(theta));
-      }
-    }
-    ring.push_back(chain.front().A);
-    o.Area += PolyArea(ring);
-    loops.push_back(std::move(o));
-  }
-  return loops;
-}
-
 #ifdef ORVANE_HAVE_GEOS
 // Length, area, sense and point positions of each closed outline: the composite against its
 // closed form, and its ray against GEOS on a fine linearisation, away from the boundary.
@@ -290,15 +226,6 @@ TEST(CurveIntersect, OutlinesOfRealDrawings) {
     CheckOutlines(outlines, name, h, rng);
   }
   EXPECT_GT(bulged, 20u);
-  // The gear, the V-slot and the 1001 profile: loose lines and arcs chained into loops.
-  for (const char* name : {"cadquery_gear.dxf", "cadquery_vslot-2020_1.dxf", "cadquery_1001.dxf"}) {
-    const std::vector<TBulgedOutline> loops = ReadLineArcLoops(dir + name);
-    EXPECT_GE(loops.size(), 1u) << name;
-    std::size_t pieces = 0;
-    for (const TBulgedOutline& o : loops) pieces += static_cast<std::size_t>(o.Curve->GetCurveCount());
-    EXPECT_GE(pieces, 40u) << name;
-    CheckOutlines(loops, name, h, rng);
-  }
   GEOS_finish_r(h);
 }
 #endif
