@@ -90,7 +90,7 @@ TEST(ShapeRelationUtils, RangeRelations) {
   EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(1, 3, 0, 2, 1e-6), R::rgCross);
 }
 
-TEST(SmallRecords, IntegerPointsAndNullables) {
+TEST(SmallRecords, IntegerPoints) {
   const TPointL2D p(3, -4);
   EXPECT_DOUBLE_EQ(p.Length(), 5.0);
   EXPECT_EQ(p.RotateBy90(), TPointL2D(4, 3));
@@ -101,19 +101,6 @@ TEST(SmallRecords, IntegerPointsAndNullables) {
   EXPECT_EQ(TPointL2D((1LL << 32) + 5, -1).ToCADIntPoint(), TIntPoint(5, -1));
   EXPECT_EQ(TPointL2D(TIntPoint(7, 8)), TPointL2D(7, 8));
   EXPECT_NE(std::hash<TPointL2D>{}(TPointL2D(1, 2)), std::hash<TPointL2D>{}(TPointL2D(2, 1)));
-
-  TNullable<double> n(true, 2.5);
-  EXPECT_FALSE(n.GetIsNull());
-  EXPECT_EQ(n.GetValueOrDefault(9.0), 2.5);
-  n.Clear();
-  EXPECT_TRUE(n.GetIsNull());
-  EXPECT_EQ(n.GetValueOrDefault(), 0.0);
-  EXPECT_EQ(n.GetValueOrDefault(9.0), 9.0);
-  const TNullablePoint2D np(true);
-  EXPECT_EQ(np.Value, TPoint2D::FZero);
-  TLWPolyline lw;
-  lw.Add(TLWPoint2D({1, 2}, 0.5));
-  EXPECT_EQ(lw.First().Bulge, 0.5);
 }
 
 TEST(Checks, InvalidInputNamesTheOperationAndTheValue) {
