@@ -125,15 +125,6 @@ TEST(PathUtils, BoxesReadOneYOrder) {
   EXPECT_FALSE(U::BoundBox(TPath64()).IsValid());
   EXPECT_EQ(U::BoundBox(TPaths64{{{1, 5}}, {}, {{-2, 3}, {4, 4}}}), TRect2D(-2, 3, 4, 5));
 
-  // The box of a path holds every vertex of it.
-  std::mt19937_64 rng(3);
-  for (int k = 0; k < 200; ++k) {
-    const TPath64 p = testing::StarPolygon(rng, -500 + k, 300 - k, 1000.0, 3 + k % 20);
-    const TRect64 box = U::IntBoundbox(p);
-    for (const TPoint64& v : p) ASSERT_NE(U::PointInRect(v, box), 0);
-    EXPECT_EQ(U::PointInRect({(box.Left + box.Right) / 2, (box.Top + box.Bottom) / 2}, box), 1);
-  }
-
   // The box overload of PointInPolygon: outside the box is outside; a point on the box edge is
   // on the boundary only when it is on the polygon.
   const TPath64 tri{{0, 0}, {10, 0}, {0, 10}};
