@@ -14,12 +14,8 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 
+using orvane::testing::ExpectNear;
 using orvane::testing::MakeSpline;
-
-void ExpectNear(const TPoint2D& A, const TPoint2D& B, double Tol) {
-  EXPECT_NEAR(A.X, B.X, Tol);
-  EXPECT_NEAR(A.Y, B.Y, Tol);
-}
 
 TEST(GeSpline2D, QuarterCircleValuesAndDerivatives) {
   auto s = TGeSpline2D::CreateArc({0, 0}, 1.0, 0.0, kPi / 2);
