@@ -213,6 +213,14 @@ TEST(GenericRTree, LargeBulkLoadsMatchBruteForce) {
   ASSERT_NO_FATAL_FAILURE(ExpectSound(tree));
   for (int i = 0; i < n; ++i) ASSERT_EQ(tree.Contains(7 * i + 3), i % 3 != 0) << i;
   ASSERT_NO_FATAL_FAILURE(ExpectQueriesMatch(tree, model, rng));
+  // The removed values come back, every other one with a new box.
+  for (int i = 0; i < n; i += 3) {
+    const TRect2D box = i % 2 == 0 ? boxes[i] : RandomBox(rng);
+    tree.Insert(7 * i + 3, box);
+    model.Items.emplace_back(7 * i + 3, box);
+  }
+  ASSERT_NO_FATAL_FAILURE(ExpectSound(tree));
+  ASSERT_NO_FATAL_FAILURE(ExpectQueriesMatch(tree, model, rng));
 
   // The level sort itself against std::stable_sort: ties, -0 with +0, both signs.
   struct TItem {
