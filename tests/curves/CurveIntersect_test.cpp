@@ -50,15 +50,10 @@ TEST(CurveIntersect, RaysThroughJointsAndVertices) {
   for (const TGeCurve2D* c :
        {static_cast<const TGeCurve2D*>(&polyline), static_cast<const TGeCurve2D*>(composite.get()),
         static_cast<const TGeCurve2D*>(&polygon)}) {
-    EXPECT_EQ(c->IsIn(TPoint2D(1, 2), DefTol), 1) << c->ClassName();
-    EXPECT_EQ(c->IsIn(TPoint2D(5, 2), DefTol), -1) << c->ClassName();
-    EXPECT_EQ(c->IsIn(TPoint2D(4, 2), DefTol), 0) << c->ClassName();
-    EXPECT_EQ(c->IsIn(TPoint2D(3, 2.5), DefTol), 1) << c->ClassName();
-    // Rays along an edge (y = 1, y = 3) and through corners.
-    EXPECT_EQ(c->IsIn(TPoint2D(1, 1), DefTol), 1) << c->ClassName();
-    EXPECT_EQ(c->IsIn(TPoint2D(1, 3), DefTol), 1) << c->ClassName();
-    EXPECT_EQ(c->IsIn(TPoint2D(-1, 3), DefTol), -1) << c->ClassName();
-    EXPECT_EQ(c->IsIn(TPoint2D(6, 0.5), DefTol), 0) << c->ClassName();
+    // From (1, 1) and (1, 3) the rays run along an edge and through corners.
+    const std::pair<TPoint2D, int> where[] = {{{1, 2}, 1}, {{5, 2}, -1}, {{4, 2}, 0},   {{3, 2.5}, 1},
+                                              {{1, 1}, 1}, {{1, 3}, 1},  {{-1, 3}, -1}, {{6, 0.5}, 0}};
+    for (const auto& [p, want] : where) EXPECT_EQ(c->IsIn(p, DefTol), want) << c->ClassName() << p.ToString();
   }
   // Entries on a piecewise curve carry the whole curve's parameter; the count is what the
   // call added to a list that held entries already.
@@ -85,11 +80,8 @@ TEST(CurveIntersect, RaysTouchingCubicsAndArcs) {
   shape->AddCurve(std::make_unique<TGeBezier2D>(TPoint2D(10, 3), TPoint2D(9, 1), TPoint2D(7, 1), TPoint2D(6, 3)));
   shape->AddCurve(std::make_unique<TGeLine2D>(TPoint2D(6, 3), TPoint2D(0, 3)));
   shape->AddCurve(std::make_unique<TGeLine2D>(TPoint2D(0, 3), TPoint2D(0, 0)));
-  EXPECT_EQ(shape->IsIn(TPoint2D(2, 1.5), DefTol), 1);
-  EXPECT_EQ(shape->IsIn(TPoint2D(2, 1.501), DefTol), 1);
-  EXPECT_EQ(shape->IsIn(TPoint2D(8, 2), DefTol), -1);
-  EXPECT_EQ(shape->IsIn(TPoint2D(8, 1.5), DefTol), 0);
-  EXPECT_EQ(shape->IsIn(TPoint2D(7, 2.9), DefTol), -1);
+  const std::pair<TPoint2D, int> where[] = {{{2, 1.5}, 1}, {{2, 1.501}, 1}, {{8, 2}, -1}, {{8, 1.5}, 0}, {{7, 2.9}, -1}};
+  for (const auto& [p, want] : where) EXPECT_EQ(shape->IsIn(p, DefTol), want) << p.ToString();
   // The same with the dip as an arc: the touch at its lowest point.
   auto arcShape = std::make_unique<TGeCompositeCurve2D>();
   arcShape->AddCurve(std::make_unique<TGeLine2D>(TPoint2D(0, 0), TPoint2D(10, 0)));
@@ -101,11 +93,9 @@ TEST(CurveIntersect, RaysTouchingCubicsAndArcs) {
   EXPECT_EQ(arcShape->IsIn(TPoint2D(8, 2), DefTol), -1);
   // A poly-Bezier circle: points inside, outside, and a ray through its joints.
   const std::unique_ptr<TGePolyBezier2D> circle = TGePolyBezier2D::CreateArc(TArc2D(TPoint2D(0, 0), 1.0, 0.0, TwoPi));
-  EXPECT_EQ(circle->IsIn(TPoint2D(0, 0), DefTol), 1);
-  EXPECT_EQ(circle->IsIn(TPoint2D(-0.5, 0.0), DefTol), 1);
-  EXPECT_EQ(circle->IsIn(TPoint2D(0.0, std::sqrt(0.5)), DefTol), 1);
-  EXPECT_EQ(circle->IsIn(TPoint2D(0.9, 0.9), DefTol), -1);
-  EXPECT_EQ(circle->IsIn(TPoint2D(-1.0, 0.0), DefTol), 0);
+  const std::pair<TPoint2D, int> onCircle[] = {
+      {{0, 0}, 1}, {{-0.5, 0}, 1}, {{0, std::sqrt(0.5)}, 1}, {{0.9, 0.9}, -1}, {{-1, 0}, 0}};
+  for (const auto& [p, want] : onCircle) EXPECT_EQ(circle->IsIn(p, DefTol), want) << p.ToString();
 }
 
 #ifdef ORVANE_HAVE_OCCT

@@ -224,17 +224,12 @@ TEST(GeCircularArc2D, PointRelationByTheRay) {
   EXPECT_EQ(inters.Count(), 2);
 
   const TGeCircularArc2D cw(TPoint2D(0, 0), 1.0, 1.0, -TwoPi);
-  for (const TGeCircularArc2D* circle : {&ccw, &cw}) {
-    EXPECT_EQ(circle->IsIn(TPoint2D(0, 0), DefTol), 1);
-    EXPECT_EQ(circle->IsIn(TPoint2D(-0.5, 0.5), DefTol), 1);
-    EXPECT_EQ(circle->IsIn(TPoint2D(0.9, 0.9), DefTol), -1);  // inside the box only
-    EXPECT_EQ(circle->IsIn(TPoint2D(3, 0), DefTol), -1);
-    EXPECT_EQ(circle->IsIn(TPoint2D(0.6, -0.8), DefTol), 0);
-    EXPECT_EQ(circle->IsIn(TPoint2D(1, 0), DefTol), 0);
-    // Rays that only touch the circle, above and below: outside.
-    EXPECT_EQ(circle->IsIn(TPoint2D(-0.5, 1), DefTol), -1);
-    EXPECT_EQ(circle->IsIn(TPoint2D(-0.5, -1), DefTol), -1);
-  }
+  // (0.9, 0.9) is inside the box only; the rays from (-0.5, 1) and (-0.5, -1) only touch the
+  // circle: outside.
+  const std::pair<TPoint2D, int> where[] = {{{0, 0}, 1},       {{-0.5, 0.5}, 1}, {{0.9, 0.9}, -1},  {{3, 0}, -1},
+                                            {{0.6, -0.8}, 0}, {{1, 0}, 0},      {{-0.5, 1}, -1}, {{-0.5, -1}, -1}};
+  for (const TGeCircularArc2D* circle : {&ccw, &cw})
+    for (const auto& [p, want] : where) EXPECT_EQ(circle->IsIn(p, DefTol), want) << p.ToString();
 }
 
 #ifdef ORVANE_HAVE_OCCT
