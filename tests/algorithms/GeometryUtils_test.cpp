@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <cmath>
-#include <iostream>
 #include <limits>
 #include <random>
 
@@ -315,8 +314,6 @@ TEST(GeometryUtils, RandomPairsAgreeWithOcct) {
     extra += r.Pts.Count() - static_cast<int>(ref.size());
     ExpectParamsMatch(a, r);
   }
-  std::cout << compared << " clean pairs, " << crossings << " reference crossings, " << extra
-            << " more found by us\n";
   EXPECT_GT(compared, 9000);
   EXPECT_GT(crossings, 5000);
   EXPECT_LT(extra, compared / 200);

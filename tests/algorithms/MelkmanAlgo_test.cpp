@@ -9,13 +9,13 @@
 #include <nlohmann/json.hpp>
 #include <random>
 #include <set>
-#include <typeinfo>
 #include <utility>
 #include <vector>
 
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/Point2DUtils.h"
 #include "orvane/foundation/PointArray.h"
+#include "support/TestSupport.h"
 
 namespace orvane {
 namespace {
@@ -124,13 +124,7 @@ TEST(MelkmanAlgo, TooFewPointsRaiseAndLeaveTheResultAlone) {
     TList<TPoint2D> list;
     list.AddRange(pts);
     TList<int> ids{7};
-    try {
-      TMelkmanAlgo::CalcConvexHull(list, ids);
-      ADD_FAILURE() << "no exception";
-    } catch (const Exception& e) {
-      EXPECT_EQ(typeid(e), typeid(Exception));
-      EXPECT_STREQ(e.what(), "Error Input for [MelkmanAlg]");
-    }
+    orvane::testing::ExpectRaise<Exception>([&] { TMelkmanAlgo::CalcConvexHull(list, ids); }, "Error Input for [MelkmanAlg]");
     EXPECT_THAT(ids.ToArray(), ElementsAre(7));
   }
 }

@@ -70,12 +70,8 @@ TEST(Arc2D, ConstructorsGiveHandWorkedArcs) {
 
 TEST(Arc2D, ImpossibleArcsRaiseGeometryErrors) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
-  try {
-    TArc2D::CreateAngle({0, 0}, {1, 0}, 1e-12);
-    FAIL();
-  } catch (const EGeometry& e) {
-    EXPECT_STREQ(e.what(), "SweepAngle is too close to 0");
-  }
+  orvane::testing::ExpectRaise<EGeometry>([] { TArc2D::CreateAngle({0, 0}, {1, 0}, 1e-12); },
+                                          "SweepAngle is too close to 0");
   EXPECT_THROW(TArc2D::CreateAngle({0, 0}, {1, 0}, TwoPi), EGeometry);
   EXPECT_THROW(TArc2D::CreateAngle({0, 0}, {0, 0}, 1.0), EGeometry);
   EXPECT_THROW(TArc2D::CreateRadius({0, 0}, {4, 0}, 1.9, false), EGeometry);

@@ -49,14 +49,10 @@ TEST(Point2DUtils, OrdersQuadrantsAndConstructions) {
   EXPECT_EQ(TPoint2DUtils::CompareByXY({1, 5}, {1, 5 - 1e-15}), 1);
   EXPECT_EQ(TPoint2DUtils::CompareByYX({9, 1}, {0, 2}), -1);
   EXPECT_EQ(TPoint2DUtils::CompareByXY({2, 2}, {2, 2}), 0);
-  EXPECT_EQ(TPoint2DUtils::Quadrant({0, 0}), 0);
-  EXPECT_EQ(TPoint2DUtils::Quadrant({0, 5}), -2);
-  EXPECT_EQ(TPoint2DUtils::Quadrant({-1, 0}), -3);
-  EXPECT_EQ(TPoint2DUtils::Quadrant({0, -2}), -4);
-  EXPECT_EQ(TPoint2DUtils::Quadrant({3, 0}), -1);
-  EXPECT_EQ(TPoint2DUtils::Quadrant({-1, -1}), 3);
-  EXPECT_EQ(TPoint2DUtils::Quadrant({1, -1}), 4);
-  EXPECT_EQ(TPoint2DUtils::Quadrant({-1, 1}), 2);
+  // Axes are negative: -1 for +X round to -4 for -Y.
+  const std::pair<TPoint2D, int> quadrants[] = {{{0, 0}, 0},  {{3, 0}, -1}, {{0, 5}, -2},   {{-1, 0}, -3},
+                                                {{0, -2}, -4}, {{-1, 1}, 2}, {{-1, -1}, 3}, {{1, -1}, 4}};
+  for (const auto& [p, q] : quadrants) EXPECT_EQ(TPoint2DUtils::Quadrant(p), q) << p.ToString();
 
   const TPoint2D m = TPoint2DUtils::Mirror({2, 0}, {0, 0}, {1, 1});
   EXPECT_NEAR(m.X, 0, 1e-12);
@@ -78,19 +74,18 @@ TEST(Point2DUtils, OrdersQuadrantsAndConstructions) {
 }
 
 TEST(ShapeRelationUtils, RangeRelations) {
-  using R = TRangeRelation;
-  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(0, 1, 0, 1, 1e-6), R::rgContain);
-  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(0, 1, 1, 2, 1e-6), R::rgCross);
-  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(0, 1, 2, 3, 1e-6), R::rgDeviate);
-  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(2, 3, 0, 1, 1e-6), R::rgDeviate);
-  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(0, 3, 1, 2, 1e-6), R::rgContain);
-  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(1, 2, 0, 3, 1e-6), R::rgContained);
-  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(0, 1 - 1e-7, 0, 1, 1e-6), R::rgContain);
-  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(0, 0.5, 0, 1, 1e-6), R::rgContained);
-  EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(1, 3, 0, 2, 1e-6), R::rgCross);
+  using enum TRangeRelation;
+  const struct {
+    double A0, A1, B0, B1;
+    TRangeRelation Want;
+  } cases[] = {{0, 1, 0, 1, rgContain},        {0, 1, 1, 2, rgCross},         {0, 1, 2, 3, rgDeviate},
+               {2, 3, 0, 1, rgDeviate},        {0, 3, 1, 2, rgContain},       {1, 2, 0, 3, rgContained},
+               {0, 1 - 1e-7, 0, 1, rgContain}, {0, 0.5, 0, 1, rgContained}, {1, 3, 0, 2, rgCross}};
+  for (const auto& c : cases)
+    EXPECT_EQ(TShapeRelationUtils::CalcRegionRelation(c.A0, c.A1, c.B0, c.B1, 1e-6), c.Want) << c.A0 << " " << c.A1;
 }
 
-TEST(SmallRecords, IntegerPointsAndNullables) {
+TEST(SmallRecords, IntegerPoints) {
   const TPointL2D p(3, -4);
   EXPECT_DOUBLE_EQ(p.Length(), 5.0);
   EXPECT_EQ(p.RotateBy90(), TPointL2D(4, 3));
@@ -101,19 +96,6 @@ TEST(SmallRecords, IntegerPointsAndNullables) {
   EXPECT_EQ(TPointL2D((1LL << 32) + 5, -1).ToCADIntPoint(), TIntPoint(5, -1));
   EXPECT_EQ(TPointL2D(TIntPoint(7, 8)), TPointL2D(7, 8));
   EXPECT_NE(std::hash<TPointL2D>{}(TPointL2D(1, 2)), std::hash<TPointL2D>{}(TPointL2D(2, 1)));
-
-  TNullable<double> n(true, 2.5);
-  EXPECT_FALSE(n.GetIsNull());
-  EXPECT_EQ(n.GetValueOrDefault(9.0), 2.5);
-  n.Clear();
-  EXPECT_TRUE(n.GetIsNull());
-  EXPECT_EQ(n.GetValueOrDefault(), 0.0);
-  EXPECT_EQ(n.GetValueOrDefault(9.0), 9.0);
-  const TNullablePoint2D np(true);
-  EXPECT_EQ(np.Value, TPoint2D::FZero);
-  TLWPolyline lw;
-  lw.Add(TLWPoint2D({1, 2}, 0.5));
-  EXPECT_EQ(lw.First().Bulge, 0.5);
 }
 
 TEST(Checks, InvalidInputNamesTheOperationAndTheValue) {

@@ -15,13 +15,9 @@ using orvane::testing::ExpectNear;
 }  // namespace
 
 TEST(Rounding, HalvesGoToTheEvenNeighbour) {
-  EXPECT_EQ(Round(0.5), 0);
-  EXPECT_EQ(Round(1.5), 2);
-  EXPECT_EQ(Round(2.5), 2);
-  EXPECT_EQ(Round(3.5), 4);
-  EXPECT_EQ(Round(-2.5), -2);
-  EXPECT_EQ(Round(-3.5), -4);
-  EXPECT_EQ(Round(2.5000000001), 3);
+  const std::pair<double, std::int64_t> rounded[] = {{0.5, 0},   {1.5, 2},   {2.5, 2},          {3.5, 4},
+                                                     {-2.5, -2}, {-3.5, -4}, {2.5000000001, 3}};
+  for (const auto& [x, want] : rounded) EXPECT_EQ(Round(x), want) << x;
   EXPECT_EQ(Trunc(-2.7), -2);
   // Integer points from doubles use the same rounding.
   EXPECT_EQ(TPointL2D(TPoint2D(2.5, -3.5)), TPointL2D(2, -4));

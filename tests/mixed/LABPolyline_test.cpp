@@ -138,15 +138,11 @@ TEST(LABPolyline, ExactAreasOfCirclesAndHalfDisks) {
 TEST(LABPolyline, PointTestIsExactOnArcsAndBeziers) {
   TLABPolyline circle;
   circle.Add(TLABSegline::CreateArc({1, 0}, {1, 0}, {0, 0}, -3.3e38));
-  EXPECT_EQ(circle.RelationWithPoint({0, 0}), kIn);
-  EXPECT_EQ(circle.RelationWithPoint({1, 0}), kOn);
-  EXPECT_EQ(circle.RelationWithPoint({0, -1}), kOn);
-  // Inside the circle but outside its inscribed 20-gon.
-  EXPECT_EQ(circle.RelationWithPoint({0.999, 0.0}), kIn);
-  EXPECT_EQ(circle.RelationWithPoint({1.00001, 0}), kOut);
-  // Rays through the top and the bottom of the circle, where it only touches them.
-  EXPECT_EQ(circle.RelationWithPoint({-5, 1}), kOut);
-  EXPECT_EQ(circle.RelationWithPoint({-5, -1}), kOut);
+  // (0.999, 0) is inside the circle but outside its inscribed 20-gon; the rays from (-5, 1)
+  // and (-5, -1) only touch the circle.
+  const std::pair<TPoint2D, int> where[] = {{{0, 0}, kIn},       {{1, 0}, kOn},        {{0, -1}, kOn}, {{0.999, 0}, kIn},
+                                            {{1.00001, 0}, kOut}, {{-5, 1}, kOut}, {{-5, -1}, kOut}};
+  for (const auto& [p, want] : where) EXPECT_EQ(circle.RelationWithPoint(p), want) << p.ToString();
   EXPECT_EQ(TLABPolyline().RelationWithPoint({0, 0}), kOut);
 
   // Random points against the slot: the exact answer agrees with a very fine sample

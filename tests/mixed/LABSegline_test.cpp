@@ -99,7 +99,6 @@ TEST(LABSegline, MirroredAndReversedRecordsKeepTheirShape) {
   const TLABSegline bez = TLABSegline::CreateBezier({0, 0}, {1, 2}, {3, 2}, {4, 0});
   for (const TLABSegline& s : {arc, line, bez}) EXPECT_EQ(s.Reverse().Reverse(), s);
   ExpectNear(bez.Reverse().PointByParam(0.3), bez.PointByParam(0.7), 1e-15);
-
 }
 
 TEST(LABSegline, LinesPointsAndStraightBeziers) {
@@ -129,7 +128,6 @@ TEST(LABSegline, LinesPointsAndStraightBeziers) {
   ExpectNear(curved.TangentVector(1.0), {3, -3}, 1e-15);
   // The box reaches the curve's top, 0.75, not the control points' 1.
   EXPECT_NEAR(curved.BoundBox().YMax, 0.75, 1e-15);
-
 }
 
 TEST(LABSegline, BadInputGivesNamedErrors) {

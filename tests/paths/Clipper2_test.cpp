@@ -260,10 +260,4 @@ TEST(Clipper2, OffsetMinkowskiAndSmallHelpers) {
   EXPECT_EQ(PathsToString({MakePath({1, 2}), {}}), "1,2\n\n");
   EXPECT_EQ(MakePath({0.5, 1.5, 2.5}), MakePath({0, 2}));
   EXPECT_EQ(PointInPolygon2({0, 5}, Rect(0, 0, 10, 10)), TPointInPolygonResult::pipOn);
-  EXPECT_EQ(TranslatePath(MakePath({1, 1}), TPoint64(2, 3)), MakePath({3, 4}));
-  TPaths64 held{MakePath({1, 1, 2, 2}), MakePath({3, 3})};
-  FreePaths(held);
-  EXPECT_EQ(held, (TPaths64{{}, {}}));
-  FreePathsAndNil(held);
-  EXPECT_TRUE(held.empty());
 }

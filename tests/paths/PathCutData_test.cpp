@@ -167,9 +167,6 @@ TEST(PathCutData, BaldacciBinsNestLikeGeos) {
       GEOSGeom_destroy_r(g.H, poly);
     }
   }
-  RecordProperty("valid", valid);
-  RecordProperty("invalid", invalid);
-  RecordProperty("points", points);
   EXPECT_GT(valid, 50);
   EXPECT_GT(invalid, 20);
   EXPECT_GT(points, 10000);
@@ -234,13 +231,9 @@ TEST(PathCutData, CommonEdgesOfTouchingPartsMatchGeos) {
       for (GEOSGeometry* b : bounds) GEOSGeom_destroy_r(g.H, b);
     }
   }
-  RecordProperty("pairs", pairs);
-  RecordProperty("banded", banded);
   EXPECT_GT(pairs, 800);
   EXPECT_LT(banded, pairs / 50);
   EXPECT_GT(withLines, 400);
-  RecordProperty("withLines", withLines);
-  RecordProperty("length", static_cast<int>(total));
   EXPECT_GT(total, 20000);
 }
 

@@ -1,4 +1,4 @@
-// TPathUtils and TPathsList on hand-worked paths: rounding, conversion, boxes, extreme
+// TPathUtils on hand-worked paths: rounding, conversion, boxes, extreme
 // vertices, measures at the edge of the clipping range, axis crossings, point and path
 // relations, parameters and comparison.
 
@@ -10,7 +10,6 @@
 #include <limits>
 #include <random>
 
-#include "orvane/paths/PathsList.h"
 #include "orvane/paths/clipping/Clipper.h"
 #include "orvane/vertex/VHPolygon.h"
 #include "orvane/vertex/VPolyline2D.h"
@@ -126,15 +125,6 @@ TEST(PathUtils, BoxesReadOneYOrder) {
   EXPECT_FALSE(U::BoundBox(TPath64()).IsValid());
   EXPECT_EQ(U::BoundBox(TPaths64{{{1, 5}}, {}, {{-2, 3}, {4, 4}}}), TRect2D(-2, 3, 4, 5));
 
-  // The box of a path holds every vertex of it.
-  std::mt19937_64 rng(3);
-  for (int k = 0; k < 200; ++k) {
-    const TPath64 p = testing::StarPolygon(rng, -500 + k, 300 - k, 1000.0, 3 + k % 20);
-    const TRect64 box = U::IntBoundbox(p);
-    for (const TPoint64& v : p) ASSERT_NE(U::PointInRect(v, box), 0);
-    EXPECT_EQ(U::PointInRect({(box.Left + box.Right) / 2, (box.Top + box.Bottom) / 2}, box), 1);
-  }
-
   // The box overload of PointInPolygon: outside the box is outside; a point on the box edge is
   // on the boundary only when it is on the polygon.
   const TPath64 tri{{0, 0}, {10, 0}, {0, 10}};
@@ -147,24 +137,12 @@ TEST(PathUtils, BoxesReadOneYOrder) {
   EXPECT_EQ(U::PointInPolygon({3, 3}, tri, TRect64(0, 0, 2, 2)), 0);
 }
 
-TEST(PathUtils, HousekeepingAndLists) {
+TEST(PathUtils, EditsAndMotions) {
   TPath64 p = Square;
   EXPECT_FALSE(U::Delete(p, -1));
   EXPECT_FALSE(U::Delete(p, 4));
   EXPECT_TRUE(U::Delete(p, 1));
   EXPECT_EQ(p, (TPath64{{0, 0}, {10, 10}, {0, 10}}));
-  EXPECT_TRUE(U::IsClosed({{3, 3}}));
-  EXPECT_FALSE(U::IsClosed({}));
-  const TPaths64 two{{{0, 0}, {1, 0}, {1, 1}}, {{0, 0}, {1, 0}, {1, 1}, {0, 1}}};
-  EXPECT_EQ(U::TotalLength(two), 7);
-  EXPECT_EQ(U::GetPathsPointCount(two), 7);
-  EXPECT_EQ(U::MemoryUse(two), 7 * 16 + 2 * 8);
-  TPaths64 dest;
-  U::PathsAdd(dest, Square);
-  U::PathsAddRange(dest, two);
-  EXPECT_EQ(dest.size(), 3u);
-  U::Free(dest);
-  EXPECT_TRUE(dest.empty());
 
   TPaths64 moved{Square, {{1, 2}, {3, 4}}};
   U::Translate(moved, TPointL2D(5, -5));
@@ -177,20 +155,6 @@ TEST(PathUtils, HousekeepingAndLists) {
   const TPath64 before = big;
   EXPECT_THROW(U::Translate(big, TPointL2D(2, 0)), EConvertError);
   EXPECT_EQ(big, before);
-
-  {
-    TPathsList list(true);
-    list.Add(two);
-    list.Add(TPaths64{Square, Square, Square});
-    EXPECT_EQ(list.Count(), 2);
-    EXPECT_EQ(list.PathCount(), 5);
-  }
-  TPaths64 shared = two;
-  {
-    TPathsList list(false);
-    list.Add(shared);
-  }
-  EXPECT_EQ(shared, two);
 }
 
 TEST(PathUtils, ExtremeVertices) {

@@ -1,17 +1,14 @@
 #pragma once
-// The SPLINE entities of a DXF file, read from their group-code pairs, for tests that run
-// on drawing data.
+// The SPLINE entities of a DXF file, for tests that run on drawing data.
 
 #include <filesystem>
-#include <fstream>
-#include <string>
 #include <vector>
 
 #include "orvane/foundation/Point2D.h"
+#include "support/DxfEntities.h"
 
 namespace orvane::testing {
 
-// Group-code pairs of a DXF file's SPLINE entities.
 struct TDxfSpline {
   int Flags = 0, Degree = 0;
   TFloatDynArray Knots, Weights;
@@ -19,30 +16,13 @@ struct TDxfSpline {
 };
 
 inline std::vector<TDxfSpline> ReadDxfSplines(const std::filesystem::path& File) {
-  std::ifstream in(File);
   std::vector<TDxfSpline> out;
-  std::string code, value;
-  bool inSpline = false;
-  while (std::getline(in, code) && std::getline(in, value)) {
-    const auto trim = [](std::string& s) {
-      s.erase(0, s.find_first_not_of(" \t\r"));
-      s.erase(s.find_last_not_of(" \t\r") + 1);
-    };
-    trim(code);
-    trim(value);
-    if (code == "0") {
-      inSpline = value == "SPLINE";
-      if (inSpline) out.emplace_back();
-      continue;
-    }
-    if (!inSpline) continue;
-    TDxfSpline& s = out.back();
-    if (code == "70") s.Flags = std::stoi(value);
-    if (code == "71") s.Degree = std::stoi(value);
-    if (code == "40") s.Knots.push_back(std::stod(value));
-    if (code == "41") s.Weights.push_back(std::stod(value));
-    if (code == "10") s.Pts.push_back({std::stod(value), 0.0});
-    if (code == "20") s.Pts.back().Y = std::stod(value);
+  for (const TDxfEntity& e : ReadDxfEntities(File)) {
+    if (e.Kind != "SPLINE") continue;
+    TDxfSpline s{static_cast<int>(e.Num(70)), static_cast<int>(e.Num(71)), e.All(40), e.All(41), {}};
+    const std::vector<double> xs = e.All(10), ys = e.All(20);
+    for (std::size_t i = 0; i < xs.size() && i < ys.size(); ++i) s.Pts.emplace_back(xs[i], ys[i]);
+    out.push_back(std::move(s));
   }
   return out;
 }

@@ -421,32 +421,5 @@ TEST(SplineOracles, ArcsRoundTripThroughRecognition) {
 #endif
 }
 
-// Every spline of the laser4diy drawings is an arc written as one cubic (none is straight).
-TEST(SplineOracles, DrawingSplinesAreArcs) {
-  const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "curves";
-  if (!std::filesystem::exists(dir)) GTEST_SKIP() << "no shared data at " << dir;
-  int arcs = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    if (entry.path().filename().string().rfind("laser4diy", 0) != 0 || entry.path().extension() != ".dxf") continue;
-    for (const testing::TDxfSpline& d : testing::ReadDxfSplines(entry.path())) {
-      TRandomSpline r{d.Degree, d.Pts, d.Weights, d.Knots};
-      if (r.Weights.empty()) r.Weights.assign(r.Pts.size(), 1.0);
-      auto s = Ours(r);
-      std::unique_ptr<TGeCircularArc2D> arc, measured;
-      ASSERT_TRUE(s->IsArc(arc)) << entry.path();
-      ++arcs;
-      const double tol = 1e-3 * arc->GetRadius();
-      EXPECT_TRUE(s->IsArc(measured, tol)) << entry.path();
-      for (int i = 0; i <= 64; ++i) {
-        const TPoint2D p = s->EvalPoint(s->GetStartParam() + (s->GetEndParam() - s->GetStartParam()) * i / 64);
-        EXPECT_LE(std::fabs(p.DistanceTo(arc->GetCenter()) - arc->GetRadius()), tol) << entry.path();
-      }
-      EXPECT_LE(s->GetEndPoint().DistanceTo(arc->GetEndPoint()), tol) << entry.path();
-      EXPECT_NE(dynamic_cast<TGeCircularArc2D*>(s->CalcDegradeCurve().get()), nullptr);
-    }
-  }
-  EXPECT_EQ(arcs, 243);
-}
-
 }  // namespace
 }  // namespace orvane

@@ -6,6 +6,7 @@
 #include <numbers>
 
 #include "DxfSplines.h"
+#include "splines/SplineBuild.h"
 #include "orvane/curves/GeBezier2D.h"
 #include "orvane/curves/GeCompositeCurve2D.h"
 #include "orvane/splines/GeSpline2D.h"
@@ -180,12 +181,8 @@ TEST(SplineSubCurve, BezierCurvesOfPolynomialSplines) {
     TFloatDynArray knots(static_cast<std::size_t>(p + 1), 0.0);
     for (double k : inner[p - 1]) knots.push_back(k);
     knots.resize(knots.size() + static_cast<std::size_t>(p + 1), 1.0);
-    auto s = std::make_unique<TGeSpline2D>(static_cast<int>(pts.size()), p);
-    for (int i = 0; i < static_cast<int>(pts.size()); ++i) {
-      s->SetCtrlPoint(i, pts[static_cast<std::size_t>(i)]);
-      s->SetWeight(i, 2.0);  // equal weights: still a polynomial curve
-    }
-    for (int i = 0; i < static_cast<int>(knots.size()); ++i) s->SetKnots(i, knots[static_cast<std::size_t>(i)]);
+    // Equal weights: still a polynomial curve.
+    auto s = testing::MakeSpline(p, pts, knots, TFloatDynArray(pts.size(), 2.0));
     TFloatDynArray spans;
     for (double k : knots)
       if (spans.empty() || k > spans.back()) spans.push_back(k);
