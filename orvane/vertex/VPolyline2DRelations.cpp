@@ -364,6 +364,21 @@ class TSelfPairs {
   double scale = 0.0;
 };
 
+// The buffers of the thread's previous search, kept: readers test thousands of small rings
+// in a row, and the allocations would cost as much as the search. Reached through a call,
+// so that the thread's copy is looked up once per search, not at every use.
+struct TSelfScratch {
+  std::vector<TRect2D> Boxes;
+  std::vector<TRect2D> RunBoxes;
+  std::vector<int> Order;
+  std::vector<int> Active;
+};
+
+[[gnu::noinline]] TSelfScratch& SelfScratch() {
+  thread_local TSelfScratch scratch;
+  return scratch;
+}
+
 // Up to this many segments, runs of SweepRunLength segments are paired by a sweep over the
 // runs sorted by their left sides; beyond, runs of SelfRunLength through a tree of the
 // runs' boxes. Short runs have tight boxes, which spares most tests of segment pairs.
@@ -383,15 +398,7 @@ bool SelfCrossByRuns(std::span<const TPoint2D> P, double AbsTol, bool ByTree, bo
   // boxes meet: a run's box holds its segments' boxes, so the runs that a run's box meets
   // hold every segment that meets one of its own.
   const int runs = (segments + runLength - 1) / runLength;
-  // The buffers of the thread's previous call, kept: readers test thousands of small rings
-  // in a row, and the allocations would cost as much as the search.
-  struct TScratch {
-    std::vector<TRect2D> Boxes;
-    std::vector<TRect2D> RunBoxes;
-    std::vector<int> Order;
-    std::vector<int> Active;
-  };
-  thread_local TScratch scratch;
+  TSelfScratch& scratch = SelfScratch();
   std::vector<TRect2D>& boxes = scratch.Boxes;
   std::vector<TRect2D>& runBoxes = scratch.RunBoxes;
   boxes.resize(static_cast<std::size_t>(segments));
