@@ -191,8 +191,9 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   } else {
     FMadeChains = std::move(owned);
   }
-  for (const TChainKey& key : keys) Add(made[static_cast<std::size_t>(key.Index)]);
-  // The Adds above dropped whatever stretches there were; these are the chains' own.
+  // Straight into the list: a polygon under construction has no index or stretches to drop
+  // and no one listening yet, which is all that the notification of each Add would serve.
+  for (const TChainKey& key : keys) FItems.push_back(made[static_cast<std::size_t>(key.Index)]);
   FBlockSpans.reserve(keys.size());
   for (const TChainKey& key : keys) FBlockSpans.push_back(spans[static_cast<std::size_t>(key.Index)]);
   blocks.resize(static_cast<std::size_t>(blockCount));
