@@ -75,18 +75,21 @@ void SortKeys(std::vector<TChainKey>& Keys) {
 // The working lists of a construction, kept per thread: a host builds polygons by the
 // thousand, and their allocations cost as much as cutting the outline. Reached through a
 // call, so that the thread's copy is looked up once per construction, not at every use.
-// Run and Span are the polygon's own descriptions of its chains.
-template <class Run, class Span>
+// Run, Block and Span are the polygon's own descriptions of its chains.
+template <class Run, class Block, class Span>
 struct TBuildScratch {
   std::vector<Run> Runs;
   std::vector<TMChain*> Made;
+  // Room for the stretches, written in place and then copied out at their number: it only
+  // grows, so it is not cleared again for every polygon.
+  std::vector<Block> Blocks;
   std::vector<Span> Spans;
   std::vector<TChainKey> Keys;
 };
 
-template <class Run, class Span>
-[[gnu::noinline]] TBuildScratch<Run, Span>& BuildScratch() {
-  thread_local TBuildScratch<Run, Span> scratch;
+template <class Run, class Block, class Span>
+[[gnu::noinline]] TBuildScratch<Run, Block, Span>& BuildScratch() {
+  thread_local TBuildScratch<Run, Block, Span> scratch;
   return scratch;
 }
 
@@ -120,14 +123,14 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   const int start = closed ? 1 : 0;
   // The working lists of the thread's previous construction: nothing below builds another
   // polygon, so no two constructions share them at once.
-  auto& scratch = BuildScratch<TRingRun, TBlockSpan>();
+  auto& scratch = BuildScratch<TRingRun, TChainBlock, TBlockSpan>();
   std::vector<TMChain*>& made = scratch.Made;
   std::vector<TBlockSpan>& spans = scratch.Spans;
   made.clear();
   spans.clear();
   std::vector<std::unique_ptr<TMChain>> owned;
   // Each chain's stretches, in the order the chains are made.
-  std::vector<TChainBlock> blocks;
+  std::vector<TChainBlock>& blocks = scratch.Blocks;
   int blockCount = 0;
   auto addBlocks = [&](TMChain& Chain) {
     const int got = MakeBlocks(Chain.FItems.data(), Chain.Count(), blocks.data() + blockCount, Chain.FLeft, Chain.FRight);
@@ -150,7 +153,7 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
     }
     // A chain of k segments has k / BlockSegments stretches, and one more for a rest; the
     // chains share no segment.
-    blocks.resize(static_cast<std::size_t>(n / BlockSegments) + runs.size() + 1);
+    blocks.resize(std::max(blocks.size(), static_cast<std::size_t>(n / BlockSegments) + runs.size() + 1));
     for (std::size_t k = 0; k < runs.size(); ++k) {
       FillChain(*made[k], p, runs[k]);
       made[k]->FNext = made[(k + 1) % runs.size()];
@@ -160,7 +163,7 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
     CutPolyline(p, closed, owned);
     std::size_t bound = 0;
     for (const std::unique_ptr<TMChain>& c : owned) bound += static_cast<std::size_t>(c->Count() / BlockSegments + 1);
-    blocks.resize(bound);
+    blocks.resize(std::max(blocks.size(), bound));
     for (const std::unique_ptr<TMChain>& c : owned) {
       made.push_back(c.get());
       addBlocks(*c);
@@ -196,8 +199,7 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   for (const TChainKey& key : keys) FItems.push_back(made[static_cast<std::size_t>(key.Index)]);
   FBlockSpans.reserve(keys.size());
   for (const TChainKey& key : keys) FBlockSpans.push_back(spans[static_cast<std::size_t>(key.Index)]);
-  blocks.resize(static_cast<std::size_t>(blockCount));
-  FBlocks = std::move(blocks);
+  FBlocks.assign(blocks.begin(), blocks.begin() + blockCount);
 }
 
 int TMPolygon::MakeBlocks(const TPoint2D* V, int N, TChainBlock* Out, double& Left, double& Right) {
