@@ -85,6 +85,18 @@ struct TBuildScratch {
   std::vector<Block> Blocks;
   std::vector<Span> Spans;
   std::vector<TChainKey> Keys;
+
+  // What one very large outline needed is not kept for the thread's lifetime.
+  void Trim() {
+    constexpr std::size_t keep = std::size_t{1} << 14;
+    if (Blocks.size() > keep) std::vector<Block>().swap(Blocks);
+    if (Runs.capacity() > keep) {
+      std::vector<Run>().swap(Runs);
+      std::vector<TMChain*>().swap(Made);
+      std::vector<Span>().swap(Spans);
+      std::vector<TChainKey>().swap(Keys);
+    }
+  }
 };
 
 template <class Run, class Block, class Span>
@@ -200,6 +212,7 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   FBlockSpans.reserve(keys.size());
   for (const TChainKey& key : keys) FBlockSpans.push_back(spans[static_cast<std::size_t>(key.Index)]);
   FBlocks.assign(blocks.begin(), blocks.begin() + blockCount);
+  scratch.Trim();
 }
 
 int TMPolygon::MakeBlocks(const TPoint2D* V, int N, TChainBlock* Out, double& Left, double& Right) {

@@ -372,6 +372,15 @@ struct TSelfScratch {
   std::vector<TRect2D> RunBoxes;
   std::vector<int> Order;
   std::vector<int> Active;
+
+  // What one very long polyline needed is not kept for the thread's lifetime.
+  void Trim() {
+    if (Boxes.capacity() <= std::size_t{1} << 14) return;
+    std::vector<TRect2D>().swap(Boxes);
+    std::vector<TRect2D>().swap(RunBoxes);
+    std::vector<int>().swap(Order);
+    std::vector<int>().swap(Active);
+  }
 };
 
 [[gnu::noinline]] TSelfScratch& SelfScratch() {
@@ -399,6 +408,10 @@ bool SelfCrossByRuns(std::span<const TPoint2D> P, double AbsTol, bool ByTree, bo
   // hold every segment that meets one of its own.
   const int runs = (segments + runLength - 1) / runLength;
   TSelfScratch& scratch = SelfScratch();
+  struct TTrimOnExit {
+    TSelfScratch& S;
+    ~TTrimOnExit() { S.Trim(); }
+  } trim{scratch};
   std::vector<TRect2D>& boxes = scratch.Boxes;
   std::vector<TRect2D>& runBoxes = scratch.RunBoxes;
   boxes.resize(static_cast<std::size_t>(segments));
