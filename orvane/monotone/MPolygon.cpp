@@ -57,12 +57,52 @@ void SortKeys(std::vector<TChainKey>& Keys) {
     std::stable_sort(Keys.begin(), Keys.end(), KeyLess);
     return;
   }
+  // Insertion by KeyLess puts the chains in order of Left, exactly, the earlier first among
+  // equal Lefts, and then orders each run of equal Lefts by insertion on the heights. The
+  // first step is a strict order, which a plain sort does with fewer moves.
+  std::sort(Keys.begin(), Keys.end(), [](const TChainKey& A, const TChainKey& B) {
+    return A.Left < B.Left || (A.Left == B.Left && A.Index < B.Index);
+  });
   for (std::size_t i = 1; i < Keys.size(); ++i) {
+    if (Keys[i].Left != Keys[i - 1].Left) continue;
     const TChainKey key = Keys[i];
     std::size_t j = i;
-    for (; j > 0 && KeyLess(key, Keys[j - 1]); --j) Keys[j] = Keys[j - 1];
+    for (; j > 0 && Keys[j - 1].Left == key.Left && KeyLess(key, Keys[j - 1]); --j) Keys[j] = Keys[j - 1];
     Keys[j] = key;
   }
+}
+
+// The working lists of a construction, kept per thread: a host builds polygons by the
+// thousand, and their allocations cost as much as cutting the outline. Reached through a
+// call, so that the thread's copy is looked up once per construction, not at every use.
+// Run, Block and Span are the polygon's own descriptions of its chains.
+template <class Run, class Block, class Span>
+struct TBuildScratch {
+  std::vector<Run> Runs;
+  std::vector<TMChain*> Made;
+  // Room for the stretches, written in place and then copied out at their number: it only
+  // grows, so it is not cleared again for every polygon.
+  std::vector<Block> Blocks;
+  std::vector<Span> Spans;
+  std::vector<TChainKey> Keys;
+
+  // What one very large outline needed is not kept for the thread's lifetime.
+  void Trim() {
+    constexpr std::size_t keep = std::size_t{1} << 14;
+    if (Blocks.size() > keep) std::vector<Block>().swap(Blocks);
+    if (Runs.capacity() > keep) {
+      std::vector<Run>().swap(Runs);
+      std::vector<TMChain*>().swap(Made);
+      std::vector<Span>().swap(Spans);
+      std::vector<TChainKey>().swap(Keys);
+    }
+  }
+};
+
+template <class Run, class Block, class Span>
+[[gnu::noinline]] TBuildScratch<Run, Block, Span>& BuildScratch() {
+  thread_local TBuildScratch<Run, Block, Span> scratch;
+  return scratch;
 }
 
 }  // namespace
@@ -93,11 +133,16 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   // and falling, and neighbouring chains share the turning vertex.
   const bool closed = Polyline.IsClosed(DefaultTol);
   const int start = closed ? 1 : 0;
+  // The working lists of the thread's previous construction: nothing below builds another
+  // polygon, so no two constructions share them at once.
+  auto& scratch = BuildScratch<TRingRun, TChainBlock, TBlockSpan>();
+  std::vector<TMChain*>& made = scratch.Made;
+  std::vector<TBlockSpan>& spans = scratch.Spans;
+  made.clear();
+  spans.clear();
   std::vector<std::unique_ptr<TMChain>> owned;
-  std::vector<TMChain*> made;
   // Each chain's stretches, in the order the chains are made.
-  std::vector<TChainBlock> blocks;
-  std::vector<TBlockSpan> spans;
+  std::vector<TChainBlock>& blocks = scratch.Blocks;
   int blockCount = 0;
   auto addBlocks = [&](TMChain& Chain) {
     const int got = MakeBlocks(Chain.FItems.data(), Chain.Count(), blocks.data() + blockCount, Chain.FLeft, Chain.FRight);
@@ -105,8 +150,8 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
     blockCount += got;
   };
   if (closed && n - start > 2) {
-    const std::vector<TRingRun> runs = RingRuns(p);
-    made.reserve(runs.size());
+    std::vector<TRingRun>& runs = scratch.Runs;
+    RingRuns(p, runs);
     if (GetOwnsObjects()) {
       owned.reserve(runs.size());
       for (std::size_t k = 0; k < runs.size(); ++k) {
@@ -120,8 +165,7 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
     }
     // A chain of k segments has k / BlockSegments stretches, and one more for a rest; the
     // chains share no segment.
-    spans.reserve(runs.size());
-    blocks.resize(static_cast<std::size_t>(n / BlockSegments) + runs.size() + 1);
+    blocks.resize(std::max(blocks.size(), static_cast<std::size_t>(n / BlockSegments) + runs.size() + 1));
     for (std::size_t k = 0; k < runs.size(); ++k) {
       FillChain(*made[k], p, runs[k]);
       made[k]->FNext = made[(k + 1) % runs.size()];
@@ -131,7 +175,7 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
     CutPolyline(p, closed, owned);
     std::size_t bound = 0;
     for (const std::unique_ptr<TMChain>& c : owned) bound += static_cast<std::size_t>(c->Count() / BlockSegments + 1);
-    blocks.resize(bound);
+    blocks.resize(std::max(blocks.size(), bound));
     for (const std::unique_ptr<TMChain>& c : owned) {
       made.push_back(c.get());
       addBlocks(*c);
@@ -139,7 +183,8 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   }
 
   // The box is the union of the chains' boxes; the chains climb.
-  std::vector<TChainKey> keys(made.size());
+  std::vector<TChainKey>& keys = scratch.Keys;
+  keys.resize(made.size());
   double left = MaxDouble, right = -MaxDouble, bottom = MaxDouble, top = -MaxDouble;
   for (std::size_t k = 0; k < made.size(); ++k) {
     const TMChain& c = *made[k];
@@ -161,12 +206,13 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   } else {
     FMadeChains = std::move(owned);
   }
-  for (const TChainKey& key : keys) Add(made[static_cast<std::size_t>(key.Index)]);
-  // The Adds above dropped whatever stretches there were; these are the chains' own.
+  // Straight into the list: a polygon under construction has no index or stretches to drop
+  // and no one listening yet, which is all that the notification of each Add would serve.
+  for (const TChainKey& key : keys) FItems.push_back(made[static_cast<std::size_t>(key.Index)]);
   FBlockSpans.reserve(keys.size());
   for (const TChainKey& key : keys) FBlockSpans.push_back(spans[static_cast<std::size_t>(key.Index)]);
-  blocks.resize(static_cast<std::size_t>(blockCount));
-  FBlocks = std::move(blocks);
+  FBlocks.assign(blocks.begin(), blocks.begin() + blockCount);
+  scratch.Trim();
 }
 
 int TMPolygon::MakeBlocks(const TPoint2D* V, int N, TChainBlock* Out, double& Left, double& Right) {
@@ -407,7 +453,7 @@ void TMPolygon::CutPolyline(const TDynPoints2D& P, bool Closed, std::vector<std:
   }
 }
 
-std::vector<TMPolygon::TRingRun> TMPolygon::RingRuns(const TDynPoints2D& P) {
+void TMPolygon::RingRuns(const TDynPoints2D& P, std::vector<TRingRun>& Runs) {
   // The ring's cycle of vertices q: the last vertex stands in for vertex 0, which it
   // repeats. Indices run on past the end of the cycle (q(j) = q(j - m)), so that a chain
   // across the seam is one range.
@@ -415,8 +461,8 @@ std::vector<TMPolygon::TRingRun> TMPolygon::RingRuns(const TDynPoints2D& P) {
   const int m = n - 1;
   const TPoint2D* p = P.data();
   // One run per stretch between turns; the last one ends at the vertex before the seam.
-  std::vector<TRingRun> runs;
-  runs.reserve(32);
+  std::vector<TRingRun>& runs = Runs;
+  runs.clear();
   bool kind = Climbs(p[n - 1], p[1]);
   runs.push_back({0, 0, kind});
   for (int i = 1; i < m; ++i) {
@@ -431,7 +477,7 @@ std::vector<TMPolygon::TRingRun> TMPolygon::RingRuns(const TDynPoints2D& P) {
   if (runs.size() == 1) {
     // One run around the whole ring: it comes back to its first vertex.
     runs.back().Last = m;
-    return runs;
+    return;
   }
   TRingRun& newest = runs.back();
   std::size_t first = 0;
@@ -451,7 +497,6 @@ std::vector<TMPolygon::TRingRun> TMPolygon::RingRuns(const TDynPoints2D& P) {
     newest.Last = m;
   }
   runs.erase(runs.begin(), runs.begin() + static_cast<std::ptrdiff_t>(first));
-  return runs;
 }
 
 void TMPolygon::FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun& Run) {

@@ -178,8 +178,8 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
     bool Positive;
   };
   // The chains of a closed ring of at least three vertices besides the repeated one, in
-  // order of travel, as ranges of its cycle.
-  static std::vector<TRingRun> RingRuns(const TDynPoints2D& P);
+  // order of travel, as ranges of its cycle, into Runs.
+  static void RingRuns(const TDynPoints2D& P, std::vector<TRingRun>& Runs);
   // Fills Chain with one run of P, once, at its size, climbing; its x range is left to
   // MakeBlocks.
   static void FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun& Run);

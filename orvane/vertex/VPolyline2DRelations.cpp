@@ -315,14 +315,17 @@ namespace {
 // other than the vertex of neighbours or the seam of a closed polyline.
 class TSelfPairs {
  public:
-  TSelfPairs(const TDynPoints2D& P, double AbsTol) : v(P.data()), n(static_cast<int>(P.size())), tol(AbsTol) {
+  TSelfPairs(std::span<const TPoint2D> P, bool Closing, double AbsTol)
+      : v(P.data()), last(static_cast<int>(P.size())), n(last + (Closing ? 1 : 0)), tol(AbsTol) {
     for (const TPoint2D& p : P) scale = std::max(scale, std::max(std::fabs(p.X), std::fabs(p.Y)));
   }
 
   int Segments() const { return n - 1; }
+  // Vertex K; with a closing segment, the vertex after the last is the first again.
+  const TPoint2D& V(int K) const { return v[K < last ? K : 0]; }
   TRect2D Box(int K) const {
-    const TPoint2D& a = v[K];
-    const TPoint2D& b = v[K + 1];
+    const TPoint2D& a = V(K);
+    const TPoint2D& b = V(K + 1);
     return {std::min(a.X, b.X), std::min(a.Y, b.Y), std::max(a.X, b.X), std::max(a.Y, b.Y)};
   }
   // The index's own test of a box against a query region within AbsTol (a NaN meets
@@ -332,10 +335,10 @@ class TSelfPairs {
   }
   // Whether segments I and J < I, whose boxes meet, meet in a way that counts.
   bool Crosses(int I, int J) const {
-    const TPoint2D& a1 = v[I];
-    const TPoint2D& a2 = v[I + 1];
-    const TPoint2D& b1 = v[J];
-    const TPoint2D& b2 = v[J + 1];
+    const TPoint2D& a1 = V(I);
+    const TPoint2D& a2 = V(I + 1);
+    const TPoint2D& b1 = V(J);
+    const TPoint2D& b2 = V(J + 1);
     // Quick answers for the common cases in which the exact test would find nothing that
     // counts: a neighbour meeting at an angle, and a segment wholly to one side.
     if (J == I - 1) {
@@ -349,16 +352,41 @@ class TSelfPairs {
     if (r == 2) return true;
     if (r != 1 || I - J == 1) return false;
     // The last segment meeting the first: only the seam of a closed polyline is allowed.
-    if (I == n - 2 && J == 0) return !(p.Equals(v[0], tol) && p.Equals(v[n - 1], tol));
+    if (I == n - 2 && J == 0) return !(p.Equals(V(0), tol) && p.Equals(V(n - 1), tol));
     return true;
   }
 
  private:
   const TPoint2D* v;
+  int last;
   int n;
   double tol;
   double scale = 0.0;
 };
+
+// The buffers of the thread's previous search, kept: readers test thousands of small rings
+// in a row, and the allocations would cost as much as the search. Reached through a call,
+// so that the thread's copy is looked up once per search, not at every use.
+struct TSelfScratch {
+  std::vector<TRect2D> Boxes;
+  std::vector<TRect2D> RunBoxes;
+  std::vector<int> Order;
+  std::vector<int> Active;
+
+  // What one very long polyline needed is not kept for the thread's lifetime.
+  void Trim() {
+    if (Boxes.capacity() <= std::size_t{1} << 14) return;
+    std::vector<TRect2D>().swap(Boxes);
+    std::vector<TRect2D>().swap(RunBoxes);
+    std::vector<int>().swap(Order);
+    std::vector<int>().swap(Active);
+  }
+};
+
+[[gnu::noinline]] TSelfScratch& SelfScratch() {
+  thread_local TSelfScratch scratch;
+  return scratch;
+}
 
 // Up to this many segments, runs of SweepRunLength segments are paired by a sweep over the
 // runs sorted by their left sides; beyond, runs of SelfRunLength through a tree of the
@@ -370,8 +398,8 @@ constexpr int SweepSegmentLimit = 1024;
 
 namespace internal {
 
-bool SelfCrossByRuns(const TDynPoints2D& P, double AbsTol, bool ByTree) {
-  const TSelfPairs pairs(P, AbsTol);
+bool SelfCrossByRuns(std::span<const TPoint2D> P, double AbsTol, bool ByTree, bool Closing) {
+  const TSelfPairs pairs(P, Closing, AbsTol);
   const int segments = pairs.Segments();
   const int runLength = ByTree ? SelfRunLength : SweepRunLength;
   // Every pair of segments whose boxes meet within AbsTol is examined once, from the later
@@ -379,45 +407,40 @@ bool SelfCrossByRuns(const TDynPoints2D& P, double AbsTol, bool ByTree) {
   // boxes meet: a run's box holds its segments' boxes, so the runs that a run's box meets
   // hold every segment that meets one of its own.
   const int runs = (segments + runLength - 1) / runLength;
-  std::vector<TRect2D> runBoxes(static_cast<std::size_t>(runs));
+  TSelfScratch& scratch = SelfScratch();
+  struct TTrimOnExit {
+    TSelfScratch& S;
+    ~TTrimOnExit() { S.Trim(); }
+  } trim{scratch};
+  std::vector<TRect2D>& boxes = scratch.Boxes;
+  std::vector<TRect2D>& runBoxes = scratch.RunBoxes;
+  boxes.resize(static_cast<std::size_t>(segments));
+  runBoxes.resize(static_cast<std::size_t>(runs));
+  for (int k = 0; k < segments; ++k) boxes[static_cast<std::size_t>(k)] = pairs.Box(k);
   for (int r = 0; r < runs; ++r) {
-    const int last = std::min((r + 1) * runLength, segments);
-    TPoint2D lo = P[static_cast<std::size_t>(r * runLength)];
-    TPoint2D hi = lo;
-    for (int k = r * runLength + 1; k <= last; ++k) {
-      lo = lo.ExtMin(P[static_cast<std::size_t>(k)]);
-      hi = hi.ExtMax(P[static_cast<std::size_t>(k)]);
+    const int first = r * runLength;
+    const int end = std::min(first + runLength, segments);
+    TRect2D box = boxes[static_cast<std::size_t>(first)];
+    for (int k = first + 1; k < end; ++k) {
+      const TRect2D& b = boxes[static_cast<std::size_t>(k)];
+      box = TRect2D(std::min(box.XMin, b.XMin), std::min(box.YMin, b.YMin), std::max(box.XMax, b.XMax),
+                    std::max(box.YMax, b.YMax));
     }
-    runBoxes[static_cast<std::size_t>(r)] = TRect2D(lo.X, lo.Y, hi.X, hi.Y);
+    runBoxes[static_cast<std::size_t>(r)] = box;
   }
 
-  TRect2D mine[SelfRunLength];
-  TRect2D theirs[SelfRunLength];
-  int mineOf = -1;
-  const auto segmentBoxes = [&](int First, int End, TRect2D* Boxes) {
-    for (int k = First; k < End; ++k) Boxes[k - First] = pairs.Box(k);
-  };
   // Runs R and S <= R, whose boxes meet.
   const auto runsCross = [&](int R, int S) {
     const int first = R * runLength;
     const int end = std::min(first + runLength, segments);
-    if (mineOf != R) {
-      segmentBoxes(first, end, mine);
-      mineOf = R;
-    }
     const int otherFirst = S * runLength;
-    const TRect2D* other = mine;
-    if (S != R) {
-      segmentBoxes(otherFirst, otherFirst + runLength, theirs);
-      other = theirs;
-    }
     const TRect2D& otherBox = runBoxes[static_cast<std::size_t>(S)];
     for (int i = first; i < end; ++i) {
-      const TRect2D& box = mine[i - first];
+      const TRect2D& box = boxes[static_cast<std::size_t>(i)];
       if (S != R && !pairs.Meets(otherBox, box)) continue;
       const int otherEnd = S == R ? i : otherFirst + runLength;
       for (int j = otherFirst; j < otherEnd; ++j) {
-        if (pairs.Meets(other[j - otherFirst], box) && pairs.Crosses(i, j)) return true;
+        if (pairs.Meets(boxes[static_cast<std::size_t>(j)], box) && pairs.Crosses(i, j)) return true;
       }
     }
     return false;
@@ -426,12 +449,14 @@ bool SelfCrossByRuns(const TDynPoints2D& P, double AbsTol, bool ByTree) {
   if (!ByTree) {
     // The runs in order of their left sides; a run that falls behind the sweep by more than
     // AbsTol stays behind, for the later runs start further right.
-    std::vector<int> order(static_cast<std::size_t>(runs));
+    std::vector<int>& order = scratch.Order;
+    order.resize(static_cast<std::size_t>(runs));
     for (int r = 0; r < runs; ++r) order[static_cast<std::size_t>(r)] = r;
     std::sort(order.begin(), order.end(), [&](int A, int B) {
       return runBoxes[static_cast<std::size_t>(A)].XMin < runBoxes[static_cast<std::size_t>(B)].XMin;
     });
-    std::vector<int> active;
+    std::vector<int>& active = scratch.Active;
+    active.clear();
     for (int r : order) {
       const TRect2D& box = runBoxes[static_cast<std::size_t>(r)];
       if (runsCross(r, r)) return true;
@@ -468,14 +493,23 @@ bool SelfCrossByRuns(const TDynPoints2D& P, double AbsTol, bool ByTree) {
 
 }  // namespace internal
 
-bool TVPolyline2D::IsSelfIntersect(double AbsTol) const {
-  const int n = Count();
+namespace internal {
+
+bool SelfCrosses(std::span<const TPoint2D> P, double AbsTol, bool Closing) {
+  const std::size_t n = P.size() + (Closing ? 1 : 0);
   if (n <= 2) return false;
-  internal::CheckFiniteVertices(FItems, "TVPolyline2D.IsSelfIntersect");
   // The tree of runs pays for itself only on many runs; a negative or NaN tolerance, which
   // the sweep's order does not hold for, goes to the tree too.
-  const bool byTree = !(AbsTol >= 0.0) || n - 1 > SweepSegmentLimit;
-  return internal::SelfCrossByRuns(FItems, AbsTol, byTree);
+  const bool byTree = !(AbsTol >= 0.0) || n - 1 > static_cast<std::size_t>(SweepSegmentLimit);
+  return SelfCrossByRuns(P, AbsTol, byTree, Closing);
+}
+
+}  // namespace internal
+
+bool TVPolyline2D::IsSelfIntersect(double AbsTol) const {
+  if (Count() <= 2) return false;
+  internal::CheckFiniteVertices(FItems, "TVPolyline2D.IsSelfIntersect");
+  return internal::SelfCrosses(FItems, AbsTol, false);
 }
 
 int TVPolyline2D::RelationWith(const TVPolyline2D& Polyline) const {

@@ -153,8 +153,9 @@ TEST(MPolygon, OutlineAreaAndOrientationRoundTrip) {
         const double area = PolyArea(from);
         EXPECT_NEAR(poly.Area(), area, 1e-12 * std::fabs(area) + 1e-12);
         EXPECT_EQ(poly.IsClockwise(), area < 0.0);
-        // Left never decreases along the list, and the box is the outline's.
-        for (int c = 1; c < poly.Count(); ++c) EXPECT_LE(poly[c - 1]->GetLeft(), poly[c]->GetLeft());
+        // The list is in Compare's order (Left, then the bottom among equal Lefts, which the
+        // histograms' upright edges give), and the box is the outline's.
+        for (int c = 1; c < poly.Count(); ++c) EXPECT_LE(TMPolygon::Compare(poly[c - 1], poly[c]), 0);
         EXPECT_EQ(poly.BoundBox(), CalcAABB(from));
         EXPECT_TRUE(SameCycle(Outline(*poly.CloneAs<TMPolygon>()), from));
         // A polygon that does not own its chains keeps them elsewhere, but they are the same.

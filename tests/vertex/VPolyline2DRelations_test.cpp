@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <random>
 #include <set>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -235,7 +236,8 @@ TEST(VPolyline2DRelations, SelfIntersectionAgainstAllPairs) {
   EXPECT_GT(verdicts[1], 300);
 }
 
-// The sweep over runs against the tree of runs: the same verdict on touching, collinear and
+// The sweep over runs against the tree of runs, and both on a closed outline against its
+// open vertices with the closing segment added: the same verdict on touching, collinear and
 // repeated vertices, at tolerances that do and do not bridge the gaps, on short and long
 // outlines, and on every real ring at hand with and without a vertex moved onto another.
 TEST(VPolyline2DRelations, SelfIntersectionSweepAgainstTree) {
@@ -244,6 +246,12 @@ TEST(VPolyline2DRelations, SelfIntersectionSweepAgainstTree) {
     for (double tol : {0.0, 1e-9, 0.5, 1.5}) {
       const bool want = internal::SelfCrossByRuns(Pts, tol, true);
       ASSERT_EQ(internal::SelfCrossByRuns(Pts, tol, false), want) << What << " " << Pts.size() << " tol " << tol;
+      // A closed outline tested in place, without its repeated vertex.
+      if (Pts.size() > 3 && Pts.front() == Pts.back()) {
+        const std::span<const TPoint2D> open(Pts.data(), Pts.size() - 1);
+        for (bool byTree : {false, true})
+          ASSERT_EQ(internal::SelfCrossByRuns(open, tol, byTree, true), want) << What << " closing " << byTree;
+      }
       ++verdicts[want ? 1 : 0];
     }
   };

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <type_traits>
 #include <nlohmann/json.hpp>
 #include <simdjson.h>
 
@@ -18,6 +19,7 @@
 #include "orvane/paths/Path64.h"
 #include "orvane/paths/clipping/Clipper.h"
 #include "orvane/vertex/VPolyline2D.h"
+#include "orvane/vertex/internal/SelfCrossing.h"
 
 namespace orvane::tool {
 
@@ -141,10 +143,8 @@ class TSimdNode {
     const simdjson::dom::element x = *it;
     if (!(++it != end)) return false;
     const simdjson::dom::element y = *it;
-    if (!x.is_number() || !y.is_number()) return false;
-    X = x.get_double().value_unsafe();
-    Y = y.get_double().value_unsafe();
-    return true;
+    // get_double takes any number and refuses anything else.
+    return x.get_double().get(X) == simdjson::SUCCESS && y.get_double().get(Y) == simdjson::SUCCESS;
   }
   bool Vertex(double& X, double& Y, double& Bulge) const {
     if (!FE.is_array()) return false;
@@ -195,18 +195,37 @@ class TSimdNode {
   simdjson::dom::element FE;
 };
 
+// What a message names: a ring, a part, a placement. Spelled out only when a message
+// needs it, for the reader passes thousands of rings that are fine. Refers to its text or
+// maker, which outlive the call it is passed to.
+class TName {
+ public:
+  TName(const char* Text)
+      : FObj(Text), FMake([](const void* T) { return std::string(static_cast<const char*>(T)); }) {}
+  TName(const std::string& Text)
+      : FObj(&Text), FMake([](const void* T) { return *static_cast<const std::string*>(T); }) {}
+  template <class F>
+    requires std::is_invocable_r_v<std::string, const F&>
+  TName(const F& Make) : FObj(&Make), FMake([](const void* M) { return (*static_cast<const F*>(M))(); }) {}
+  std::string operator()() const { return FMake(FObj); }
+
+ private:
+  const void* FObj;
+  std::string (*FMake)(const void*);
+};
+
 // A ring [[x, y], ...]; a repeated closing vertex is dropped.
 template <class N>
-TDynPoints2D ReadRing(const std::optional<N>& Ring, const std::string& What) {
-  if (!Ring || !Ring->IsArray()) throw ELayoutError(What + " is not an array of [x, y] points");
+TDynPoints2D ReadRing(const std::optional<N>& Ring, TName What) {
+  if (!Ring || !Ring->IsArray()) throw ELayoutError(What() + " is not an array of [x, y] points");
   TDynPoints2D pts;
   pts.reserve(Ring->Size());
   Ring->ForEach([&](std::size_t i, const N& p) {
     double x = 0.0;
     double y = 0.0;
-    if (!p.Point(x, y)) throw ELayoutError(Format("%s: point %d is not [x, y]", What, static_cast<int>(i)));
+    if (!p.Point(x, y)) throw ELayoutError(Format("%s: point %d is not [x, y]", What(), static_cast<int>(i)));
     if (!std::isfinite(x) || !std::isfinite(y)) {
-      throw ELayoutError(Format("%s: point %d has a coordinate that is not finite", What, static_cast<int>(i)));
+      throw ELayoutError(Format("%s: point %d has a coordinate that is not finite", What(), static_cast<int>(i)));
     }
     // A vertex given twice in a row adds no edge.
     if (pts.empty() || !(pts.back() == TPoint2D(x, y))) pts.emplace_back(x, y);
@@ -214,7 +233,7 @@ TDynPoints2D ReadRing(const std::optional<N>& Ring, const std::string& What) {
   if (pts.size() > 1 && pts.front() == pts.back()) pts.pop_back();
   if (pts.size() < 3) {
     throw ELayoutError(
-        Format("%s has %d distinct vertices; a ring needs at least 3", What, static_cast<int>(pts.size())));
+        Format("%s has %d distinct vertices; a ring needs at least 3", What(), static_cast<int>(pts.size())));
   }
   return pts;
 }
@@ -222,8 +241,8 @@ TDynPoints2D ReadRing(const std::optional<N>& Ring, const std::string& What) {
 // A part's ring, whose vertices may be [x, y, bulge]. Bulges gets one bulge per vertex
 // kept, or stays empty while every bulge is 0.
 template <class N>
-TDynPoints2D ReadRing(const std::optional<N>& Ring, const std::string& What, std::vector<double>& Bulges) {
-  if (!Ring || !Ring->IsArray()) throw ELayoutError(What + " is not an array of [x, y] points");
+TDynPoints2D ReadRing(const std::optional<N>& Ring, TName What, std::vector<double>& Bulges) {
+  if (!Ring || !Ring->IsArray()) throw ELayoutError(What() + " is not an array of [x, y] points");
   TDynPoints2D pts;
   pts.reserve(Ring->Size());
   Bulges.clear();
@@ -232,15 +251,15 @@ TDynPoints2D ReadRing(const std::optional<N>& Ring, const std::string& What, std
     double y = 0.0;
     double bulge = 0.0;
     if (!p.Vertex(x, y, bulge))
-      throw ELayoutError(Format("%s: point %d is not [x, y] or [x, y, bulge]", What, static_cast<int>(i)));
+      throw ELayoutError(Format("%s: point %d is not [x, y] or [x, y, bulge]", What(), static_cast<int>(i)));
     if (!std::isfinite(x) || !std::isfinite(y)) {
-      throw ELayoutError(Format("%s: point %d has a coordinate that is not finite", What, static_cast<int>(i)));
+      throw ELayoutError(Format("%s: point %d has a coordinate that is not finite", What(), static_cast<int>(i)));
     }
     if (!std::isfinite(bulge))
-      throw ELayoutError(Format("%s: point %d has a bulge that is not finite", What, static_cast<int>(i)));
+      throw ELayoutError(Format("%s: point %d has a bulge that is not finite", What(), static_cast<int>(i)));
     if (std::fabs(bulge) > MaxBulge) {
       throw ELayoutError(Format("%s: point %d has bulge %g; a bulge lies within +-%g, an arc of less than a full turn",
-                                What, static_cast<int>(i), bulge, MaxBulge));
+                                What(), static_cast<int>(i), bulge, MaxBulge));
     }
     if (std::fabs(bulge) < MinBulge) bulge = 0.0;
     // A vertex given twice in a row adds no edge; the segment that starts at the second
@@ -263,21 +282,21 @@ TDynPoints2D ReadRing(const std::optional<N>& Ring, const std::string& What, std
   // Two vertices joined by an arc and a line, or by two arcs, still enclose an area.
   const std::size_t least = arcs ? 2 : 3;
   if (pts.size() < least) {
-    throw ELayoutError(Format("%s has %d distinct vertices; a ring needs at least %d", What,
+    throw ELayoutError(Format("%s has %d distinct vertices; a ring needs at least %d", What(),
                               static_cast<int>(pts.size()), static_cast<int>(least)));
   }
   return pts;
 }
 
 template <class N>
-std::vector<TDynPoints2D> ReadHoles(const N& Owner, const std::string& What,
-                                    std::vector<std::vector<double>>* Bulges = nullptr) {
+std::vector<TDynPoints2D> ReadHoles(const N& Owner, TName What, std::vector<std::vector<double>>* Bulges = nullptr) {
   std::vector<TDynPoints2D> holes;
   const std::optional<N> h = Owner.Find("holes");
   if (!h) return holes;
-  if (!h->IsArray()) throw ELayoutError(What + ": holes is not an array of rings");
+  if (!h->IsArray()) throw ELayoutError(What() + ": holes is not an array of rings");
+  holes.reserve(h->Size());
   h->ForEach([&](std::size_t k, const N& ring) {
-    const std::string what = Format("%s hole %d", What, static_cast<int>(k));
+    const auto what = [&] { return Format("%s hole %d", What(), static_cast<int>(k)); };
     holes.push_back(Bulges ? ReadRing(std::optional<N>(ring), what, Bulges->emplace_back())
                            : ReadRing(std::optional<N>(ring), what));
   });
@@ -314,30 +333,32 @@ struct TShape {
 
 template <class N>
 std::vector<TLayoutPart> ReadPlacements(const std::optional<N>& Placements, const std::map<std::string, TShape>& Shapes,
-                                        const std::string& What) {
-  if (!Placements || !Placements->IsArray()) throw ELayoutError(What + ": placements is not an array");
+                                        TName What) {
+  if (!Placements || !Placements->IsArray()) throw ELayoutError(What() + ": placements is not an array");
   std::vector<TLayoutPart> parts;
   parts.reserve(Placements->Size());
   Placements->ForEach([&](std::size_t i, const N& pl) {
-    const std::string where = Format("%s placement %d", What, static_cast<int>(i));
+    const auto where = [&] { return Format("%s placement %d", What(), static_cast<int>(i)); };
     const std::optional<N> named = pl.Find("part");
-    if (!pl.IsObject() || !named) throw ELayoutError(where + " names no part");
+    if (!pl.IsObject() || !named) throw ELayoutError(where() + " names no part");
     const std::string id = named->IdText();
     auto shape = Shapes.find(id);
-    if (shape == Shapes.end()) throw ELayoutError(where + " names unknown shape " + id);
+    if (shape == Shapes.end()) throw ELayoutError(where() + " names unknown shape " + id);
     TLayoutPart part;
     part.Id = id;
     const double deg = pl.ValueNumber("rotation_deg", 0.0);
     double tx = 0.0;
     double ty = 0.0;
     if (const std::optional<N> translation = pl.Find("translation")) {
-      if (!translation->IsArray() || !translation->Point(tx, ty)) throw ELayoutError(where + ": translation is not [x, y]");
+      if (!translation->IsArray() || !translation->Point(tx, ty)) throw ELayoutError(where() + ": translation is not [x, y]");
     }
     if (!std::isfinite(deg) || !std::isfinite(tx) || !std::isfinite(ty)) {
-      throw ELayoutError(where + ": rotation or translation is not finite");
+      throw ELayoutError(where() + ": rotation or translation is not finite");
     }
     const std::optional<N> placed = pl.Find("placed");
-    part.Outer = placed ? ReadRing(placed, where + " placed ring") : PlaceShape(shape->second.Outer, deg, tx, ty);
+    part.Outer = placed ? ReadRing(placed, [&] { return where() + " placed ring"; })
+                        : PlaceShape(shape->second.Outer, deg, tx, ty);
+    part.Holes.reserve(shape->second.Holes.size());
     for (const TDynPoints2D& hole : shape->second.Holes) part.Holes.push_back(PlaceShape(hole, deg, tx, ty));
     parts.push_back(std::move(part));
   });
@@ -390,13 +411,13 @@ std::vector<TLayout> ReadDocument(const N& Doc, const std::string& Name) {
     // The tool's own format: parts given in place.
     if (!parts->IsArray()) throw ELayoutError("parts is not an array");
     parts->ForEach([&](std::size_t i, const N& p) {
-      const std::string what = Format("part %d", static_cast<int>(i));
-      if (!p.IsObject()) throw ELayoutError(what + " is not an object");
+      const auto what = [&] { return Format("part %d", static_cast<int>(i)); };
+      if (!p.IsObject()) throw ELayoutError(what() + " is not an object");
       TLayoutPart part;
       const std::optional<N> id = p.Find("id");
       part.Id = id ? id->IdText() : std::to_string(i);
       part.Bulges.resize(1);
-      part.Outer = ReadRing(p.Find("outer"), what + " outer ring", part.Bulges[0]);
+      part.Outer = ReadRing(p.Find("outer"), [&] { return what() + " outer ring"; }, part.Bulges[0]);
       part.Holes = ReadHoles(p, what, &part.Bulges);
       // A part of straight edges keeps no bulges, and so is checked as a polygon; a part
       // with an arc anywhere has a bulge for every vertex.
@@ -418,7 +439,8 @@ std::vector<TLayout> ReadDocument(const N& Doc, const std::string& Name) {
       const std::optional<N> named = s.Find("part");
       if (!s.IsObject() || !named) throw ELayoutError("a shape has no part id");
       const std::string id = named->IdText();
-      shapes[id] = TShape{ReadRing(s.Find("outer"), "shape " + id), ReadHoles(s, "shape " + id)};
+      const auto what = [&] { return "shape " + id; };
+      shapes[id] = TShape{ReadRing(s.Find("outer"), what), ReadHoles(s, what)};
     });
   }
 
@@ -431,7 +453,8 @@ std::vector<TLayout> ReadDocument(const N& Doc, const std::string& Name) {
       const std::string algorithm = sol.ValueString("algorithm", std::string());
       layout.Name =
           Format("%s solution %d%s", Name, static_cast<int>(k), algorithm.empty() ? "" : " (" + algorithm + ")");
-      layout.Parts = ReadPlacements(sol.Find("placements"), shapes, Format("solution %d", static_cast<int>(k)));
+      layout.Parts =
+          ReadPlacements(sol.Find("placements"), shapes, [&] { return Format("solution %d", static_cast<int>(k)); });
       layout.Expected = ReadChecks(sol);
       layouts.push_back(std::move(layout));
     });
@@ -481,12 +504,12 @@ constexpr double MaxCoordinate = static_cast<double>(Clipper::HiRange) / PathWor
 
 // The vertices inside the coordinate range; with Shape, also a ring of straight edges with
 // area that does not cross itself.
-void CheckRing(const TDynPoints2D& Ring, const std::string& What, bool Shape = true) {
+void CheckRing(const TDynPoints2D& Ring, TName What, bool Shape = true) {
   for (std::size_t i = 0; i < Ring.size(); ++i) {
     const TPoint2D& p = Ring[i];
     if (!(std::fabs(p.X) <= MaxCoordinate && std::fabs(p.Y) <= MaxCoordinate)) {
       throw ELayoutError(Format("%s: point %d (%g, %g) lies beyond +-%g, the coordinate range of the overlap areas",
-                                What, static_cast<int>(i), p.X, p.Y, MaxCoordinate));
+                                What(), static_cast<int>(i), p.X, p.Y, MaxCoordinate));
     }
   }
   if (!Shape) return;
@@ -494,9 +517,10 @@ void CheckRing(const TDynPoints2D& Ring, const std::string& What, bool Shape = t
   const bool collinear = std::all_of(Ring.begin(), Ring.end(), [&](const TPoint2D& p) {
     return (Ring[1].X - o.X) * (p.Y - o.Y) == (Ring[1].Y - o.Y) * (p.X - o.X);
   });
-  if (collinear) throw ELayoutError(What + " has no area: its vertices lie on one line");
-  if (ClosedPolyline(Ring).IsSelfIntersect(0.0)) throw ELayoutError(What + " crosses or touches itself");
-  if (PolyArea(Ring) == 0.0) throw ELayoutError(What + " has no area");
+  if (collinear) throw ELayoutError(What() + " has no area: its vertices lie on one line");
+  // Tested in place, closed by its first vertex: the same answer as on the closed outline.
+  if (internal::SelfCrosses(Ring, 0.0, true)) throw ELayoutError(What() + " crosses or touches itself");
+  if (PolyArea(Ring) == 0.0) throw ELayoutError(What() + " has no area");
 }
 
 // A ring with arcs: its arcs inside the coordinate range, and on its chords, with area and
@@ -514,7 +538,7 @@ void CheckArcRing(const TLayoutPart& Part, std::size_t K, const TDynPoints2D& Ch
     }
   }
   if (PolyArea(Chords) == 0.0) throw ELayoutError(What + " has no area");
-  if (ClosedPolyline(Chords).IsSelfIntersect(0.0)) throw ELayoutError(What + " crosses or touches itself");
+  if (internal::SelfCrosses(Chords, 0.0, true)) throw ELayoutError(What + " crosses or touches itself");
 }
 
 // Rings the check can answer for: inside the coordinate range, with area, not crossing
@@ -523,10 +547,10 @@ void ValidateLayout(const TLayout& Layout) {
   if (!Layout.Container.empty()) CheckRing(Layout.Container, "container");
   for (std::size_t i = 0; i < Layout.Parts.size(); ++i) {
     const TLayoutPart& part = Layout.Parts[i];
-    const std::string what = Format("part %d (id %s)", static_cast<int>(i), part.Id);
+    const auto what = [&] { return Format("part %d (id %s)", static_cast<int>(i), part.Id); };
     if (part.HasArcs()) {
       const auto ring = [&](std::size_t K) {
-        return K ? Format("%s hole %d", what, static_cast<int>(K - 1)) : what + " outer ring";
+        return K ? Format("%s hole %d", what(), static_cast<int>(K - 1)) : what() + " outer ring";
       };
       // The vertices in range first: the chords are made from them.
       for (std::size_t k = 0; k < part.RingCount(); ++k) CheckRing(part.Ring(k), ring(k), false);
@@ -538,19 +562,19 @@ void ValidateLayout(const TLayout& Layout) {
       for (std::size_t h = 0; h < part.Holes.size(); ++h) {
         for (const TPoint2D& p : part.Holes[h]) {
           if (outer.RelationWithPoint(p) == TShapeRelation::srOut)
-            throw ELayoutError(Format("%s hole %d reaches outside the part's outer ring", what, static_cast<int>(h)));
+            throw ELayoutError(Format("%s hole %d reaches outside the part's outer ring", what(), static_cast<int>(h)));
         }
       }
       continue;
     }
-    CheckRing(part.Outer, what + " outer ring");
+    CheckRing(part.Outer, [&] { return what() + " outer ring"; });
     if (part.Holes.empty()) continue;
     const TMPolygon outer(ClosedPolyline(part.Outer), nullptr);
     for (std::size_t h = 0; h < part.Holes.size(); ++h) {
-      const std::string hole = Format("%s hole %d", what, static_cast<int>(h));
+      const auto hole = [&] { return Format("%s hole %d", what(), static_cast<int>(h)); };
       CheckRing(part.Holes[h], hole);
       for (const TPoint2D& p : part.Holes[h]) {
-        if (outer.PointIsIn(p) == 0) throw ELayoutError(hole + " reaches outside the part's outer ring");
+        if (outer.PointIsIn(p) == 0) throw ELayoutError(hole() + " reaches outside the part's outer ring");
       }
     }
   }
