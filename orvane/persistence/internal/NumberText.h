@@ -41,5 +41,9 @@ inline std::string_view TrimBlanks(std::string_view Text) {
 bool TextToDouble(std::string_view Text, double& Value);
 // The whole of Text as a 32-bit integer; false otherwise.
 bool TextToInt32(std::string_view Text, std::int32_t& Value);
+// The same for a NUL-terminated text with ASCII blanks allowed around the number: the
+// readers of markup values, which meet millions of them and find most in plain decimals.
+bool TextToDouble(const char* Text, double& Value);
+bool TextToInt32(const char* Text, std::int32_t& Value);
 
 }  // namespace orvane::internal

@@ -26,6 +26,106 @@ bool TextToInt32(std::string_view Text, std::int32_t& Value) {
   return true;
 }
 
+namespace {
+
+constexpr bool IsBlank(char C) { return C == ' ' || C == '\t' || C == '\n' || C == '\r'; }
+
+// Every power of ten that a double holds exactly.
+constexpr double CExactPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                  1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+// Appends the decimal digits at P to Mantissa and returns the first non-digit. Four digits a
+// round where there are four: a byte is looked at only when the one before it was a digit,
+// so never beyond the text's end.
+const char* AppendDigits(const char* P, std::uint64_t& Mantissa) {
+  const auto digit = [&](int I) { return static_cast<unsigned>(static_cast<unsigned char>(P[I])) - '0'; };
+  for (;;) {
+    const unsigned d0 = digit(0);
+    if (d0 > 9) return P;
+    const unsigned d1 = digit(1);
+    if (d1 > 9) {
+      Mantissa = Mantissa * 10 + d0;
+      return P + 1;
+    }
+    const unsigned d2 = digit(2);
+    if (d2 > 9) {
+      Mantissa = Mantissa * 100 + d0 * 10 + d1;
+      return P + 2;
+    }
+    const unsigned d3 = digit(3);
+    if (d3 > 9) {
+      Mantissa = Mantissa * 1000 + d0 * 100 + d1 * 10 + d2;
+      return P + 3;
+    }
+    Mantissa = Mantissa * 10000 + d0 * 1000 + d1 * 100 + d2 * 10 + d3;
+    P += 4;
+  }
+}
+
+// The plain decimal at S ("-12.5": no exponent) and what follows it. When its digits make an
+// integer below 2^53 and it has at most 22 decimals, integer and power of ten are exact
+// doubles and one division rounds correctly, so Value is the one from_chars gives.
+enum class TDecimal { Exact, Long, Other };
+
+TDecimal PlainDecimal(const char* S, double& Value, const char*& End) {
+  const char* p = S;
+  const bool negative = *p == '-';
+  if (negative) ++p;
+  // More than 19 digits may wrap the integer; such numbers are left to from_chars.
+  std::uint64_t mantissa = 0;
+  const char* whole = p;
+  p = AppendDigits(p, mantissa);
+  if (p == whole) return TDecimal::Other;
+  std::ptrdiff_t decimals = 0;
+  if (*p == '.') {
+    const char* fraction = ++p;
+    p = AppendDigits(p, mantissa);
+    decimals = p - fraction;
+    if (decimals == 0) return TDecimal::Other;
+  }
+  if (*p != '\0' && !IsBlank(*p)) return TDecimal::Other;
+  End = p;
+  const std::ptrdiff_t digits = (p - whole) - (decimals > 0 ? 1 : 0);
+  if (digits > 19 || decimals > 22 || mantissa > (std::uint64_t{1} << 53)) return TDecimal::Long;
+  const double v = static_cast<double>(mantissa) / CExactPow10[decimals];
+  Value = negative ? -v : v;
+  return TDecimal::Exact;
+}
+
+}  // namespace
+
+bool TextToDouble(const char* Text, double& Value) {
+  while (IsBlank(*Text)) ++Text;
+  double v = 0.0;
+  const char* end = nullptr;
+  const TDecimal kind = PlainDecimal(Text, v, end);
+  if (kind != TDecimal::Exact) {
+    if (kind == TDecimal::Other) {
+      end = Text;
+      while (*end != '\0' && !IsBlank(*end)) ++end;
+    }
+    const auto res = std::from_chars(Text, end, v, std::chars_format::general);
+    if (res.ec != std::errc() || res.ptr != end || !std::isfinite(v)) return false;
+  }
+  while (IsBlank(*end)) ++end;
+  if (*end != '\0') return false;
+  Value = v;
+  return true;
+}
+
+bool TextToInt32(const char* Text, std::int32_t& Value) {
+  while (IsBlank(*Text)) ++Text;
+  const char* end = Text;
+  while (*end != '\0' && !IsBlank(*end)) ++end;
+  std::int32_t v = 0;
+  const auto res = std::from_chars(Text, end, v);
+  if (res.ec != std::errc() || res.ptr != end) return false;
+  while (IsBlank(*end)) ++end;
+  if (*end != '\0') return false;
+  Value = v;
+  return true;
+}
+
 bool SameText(std::string_view A, std::string_view B) {
   if (A.size() != B.size()) return false;
   const auto lower = [](char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; };
@@ -42,7 +142,7 @@ std::string ValueName(const char* Attr) { return Attr != nullptr ? Format("the a
 
 double ParseDouble(const pugi::xml_node& Node, const char* Where, const char* Attr, const char* Text) {
   double v = 0.0;
-  if (!TextToDouble(TrimBlanks(Text), v)) {
+  if (!TextToDouble(Text, v)) {
     TXmlNodeHelper::Fail(Node, Where, Format("%s \"%s\" is no finite number", ValueName(Attr), Text));
   }
   return v;
@@ -123,18 +223,25 @@ double TXmlNodeHelper::ReadDoubleAttr(const pugi::xml_node& ANode, const char* N
 }
 
 std::int32_t TXmlNodeHelper::ReadIntAttr(const pugi::xml_node& ANode, const char* Name, const char* Where) {
-  const pugi::xml_attribute attr = ANode.attribute(Name);
-  if (!attr) return 0;
+  return ReadIntAttr(ANode, ANode.attribute(Name), Where);
+}
+
+std::int32_t TXmlNodeHelper::ReadIntAttr(const pugi::xml_node& ANode, const pugi::xml_attribute& Attr,
+                                         const char* Where) {
+  if (!Attr) return 0;
   std::int32_t v = 0;
-  if (!TextToInt32(TrimBlanks(attr.value()), v)) {
-    Fail(ANode, Where, Format("the attribute %s \"%s\" is no 32-bit integer", Name, attr.value()));
+  if (!TextToInt32(Attr.value(), v)) {
+    Fail(ANode, Where, Format("the attribute %s \"%s\" is no 32-bit integer", Attr.name(), Attr.value()));
   }
   return v;
 }
 
 bool TXmlNodeHelper::ReadBoolAttr(const pugi::xml_node& ANode, const char* Name, const char* Where) {
-  const pugi::xml_attribute attr = ANode.attribute(Name);
-  return attr ? ParseBool(ANode, Where, Name, attr.value()) : false;
+  return ReadBoolAttr(ANode, ANode.attribute(Name), Where);
+}
+
+bool TXmlNodeHelper::ReadBoolAttr(const pugi::xml_node& ANode, const pugi::xml_attribute& Attr, const char* Where) {
+  return Attr ? ParseBool(ANode, Where, Attr.name(), Attr.value()) : false;
 }
 
 std::int64_t TXmlNodeHelper::CountChildren(const pugi::xml_node& ANode, std::string_view Prefix, std::int64_t Limit) {

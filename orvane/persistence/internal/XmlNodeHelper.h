@@ -40,6 +40,9 @@ class TXmlNodeHelper {
   static double ReadDoubleAttr(const pugi::xml_node& ANode, const pugi::xml_attribute& Attr, const char* Where);
   static std::int32_t ReadIntAttr(const pugi::xml_node& ANode, const char* Name, const char* Where);
   static bool ReadBoolAttr(const pugi::xml_node& ANode, const char* Name, const char* Where);
+  // The same for an attribute found by a walk; an empty Attr reads as absent.
+  static std::int32_t ReadIntAttr(const pugi::xml_node& ANode, const pugi::xml_attribute& Attr, const char* Where);
+  static bool ReadBoolAttr(const pugi::xml_node& ANode, const pugi::xml_attribute& Attr, const char* Where);
 
   // The number of child elements of ANode whose name starts with Prefix (ASCII letter case
   // ignored), counted no further than Limit + 1: enough to check a count from the file
