@@ -1,6 +1,7 @@
 #include "orvane/persistence/internal/XmlNodeHelper.h"
 
 #include <cmath>
+#include <cstring>
 
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Format.h"
@@ -29,10 +30,6 @@ bool TextToInt32(std::string_view Text, std::int32_t& Value) {
 namespace {
 
 constexpr bool IsBlank(char C) { return C == ' ' || C == '\t' || C == '\n' || C == '\r'; }
-
-// Every power of ten that a double holds exactly.
-constexpr double CExactPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                                  1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
 // Appends the decimal digits at P to Mantissa and returns the first non-digit. Four digits a
 // round where there are four: a byte is looked at only when the one before it was a digit,
@@ -94,7 +91,7 @@ TDecimal PlainDecimal(const char* S, double& Value, const char*& End) {
 
 }  // namespace
 
-bool TextToDouble(const char* Text, double& Value) {
+bool TextToDoubleZ(const char* Text, double& Value) {
   while (IsBlank(*Text)) ++Text;
   double v = 0.0;
   const char* end = nullptr;
@@ -113,7 +110,15 @@ bool TextToDouble(const char* Text, double& Value) {
   return true;
 }
 
-bool TextToInt32(const char* Text, std::int32_t& Value) {
+bool DecimalToDouble(const char* Text, const char* End, double& Value) {
+  double v = 0.0;
+  const auto res = std::from_chars(Text, End, v, std::chars_format::general);
+  if (res.ec != std::errc() || res.ptr != End || !std::isfinite(v)) return false;
+  Value = v;
+  return true;
+}
+
+bool TextToInt32Z(const char* Text, std::int32_t& Value) {
   while (IsBlank(*Text)) ++Text;
   const char* end = Text;
   while (*end != '\0' && !IsBlank(*end)) ++end;
@@ -149,6 +154,9 @@ double ParseDouble(const pugi::xml_node& Node, const char* Where, const char* At
 }
 
 bool ParseBool(const pugi::xml_node& Node, const char* Where, const char* Attr, const char* Text) {
+  // The words as written, before the general way with blanks.
+  if (std::strcmp(Text, "false") == 0) return false;
+  if (std::strcmp(Text, "true") == 0) return true;
   const std::string_view t = TrimBlanks(Text);
   if (t == "true" || t == "1") return true;
   if (t == "false" || t == "0") return false;
