@@ -44,8 +44,10 @@ bool TextToInt32(std::string_view Text, std::int32_t& Value);
 // The same for a NUL-terminated text with ASCII blanks allowed around the number.
 bool TextToDoubleZ(const char* Text, double& Value);
 bool TextToInt32Z(const char* Text, std::int32_t& Value);
-// The plain decimal [Text, End) by from_chars, for those too long to be read exactly in line.
-bool DecimalToDouble(const char* Text, const char* End, double& Value);
+// The plain decimal [Text, End), whose digits make Mantissa with Decimals of them behind the
+// point, for those too long to be read exactly in line.
+bool DecimalToDouble(const char* Text, const char* End, std::uint64_t Mantissa, std::ptrdiff_t Digits,
+                     std::ptrdiff_t Decimals, double& Value);
 
 // Every power of ten that a double holds exactly.
 inline constexpr double CExactPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
@@ -71,7 +73,9 @@ inline bool TextToDouble(const char* Text, double& Value) {
   const std::ptrdiff_t decimals = *point == '.' ? p - point - 1 : 0;
   const std::ptrdiff_t digits = (point - whole) + decimals;
   if (*p != '\0' || point == whole || (*point == '.' && decimals == 0)) return TextToDoubleZ(Text, Value);
-  if (digits > 19 || decimals > 22 || mantissa > (std::uint64_t{1} << 53)) return DecimalToDouble(Text, p, Value);
+  if (digits > 19 || decimals > 22 || mantissa > (std::uint64_t{1} << 53)) {
+    return DecimalToDouble(Text, p, mantissa, digits, decimals, Value);
+  }
   const double v = static_cast<double>(mantissa) / CExactPow10[decimals];
   Value = negative ? -v : v;
   return true;

@@ -1,5 +1,6 @@
 #include "orvane/persistence/internal/XmlNodeHelper.h"
 
+#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -110,7 +111,35 @@ bool TextToDoubleZ(const char* Text, double& Value) {
   return true;
 }
 
-bool DecimalToDouble(const char* Text, const char* End, double& Value) {
+bool DecimalToDouble(const char* Text, const char* End, std::uint64_t Mantissa, std::ptrdiff_t Digits,
+                     std::ptrdiff_t Decimals, double& Value) {
+  // A guess by two roundings, or the double next to it, taken when exact integer arithmetic
+  // shows it to be the nearest: with c = M 2^E (M of 53 bits), Mantissa / 10^Decimals lies
+  // strictly within half a unit of c when (2M - 1) 10^Decimals < Mantissa 2^(1-E) <
+  // (2M + 1) 10^Decimals. Long coordinates ("-415.3610207819987") nearly all pass; ties and
+  // the rest go to from_chars.
+  __extension__ using TWide = unsigned __int128;
+  if (Digits <= 19 && Decimals <= 19) {
+    const auto pow10 = static_cast<std::uint64_t>(CExactPow10[Decimals]);
+    auto bits = std::bit_cast<std::uint64_t>(static_cast<double>(Mantissa) / CExactPow10[Decimals]);
+    for (int tries = 0; tries < 2; ++tries) {
+      const auto biased = static_cast<int>(bits >> 52);
+      const int shift = 1076 - biased;  // 1 - E
+      // A power of two has a narrower half unit below it; it is left to from_chars.
+      if ((bits & ((std::uint64_t{1} << 52) - 1)) == 0 || shift < 0 || shift > 64) break;
+      const std::uint64_t m = (bits & ((std::uint64_t{1} << 52) - 1)) | (std::uint64_t{1} << 52);
+      const TWide scaled = static_cast<TWide>(Mantissa) << shift;
+      if (scaled <= static_cast<TWide>(2 * m - 1) * pow10) {
+        --bits;
+      } else if (scaled >= static_cast<TWide>(2 * m + 1) * pow10) {
+        ++bits;
+      } else {
+        const double v = std::bit_cast<double>(bits);
+        Value = *Text == '-' ? -v : v;
+        return true;
+      }
+    }
+  }
   double v = 0.0;
   const auto res = std::from_chars(Text, End, v, std::chars_format::general);
   if (res.ec != std::errc() || res.ptr != End || !std::isfinite(v)) return false;
