@@ -1,5 +1,6 @@
 #include "orvane/persistence/GeCurve2DFiler.h"
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <pugixml.hpp>
@@ -145,8 +146,13 @@ bool ReadLight(std::vector<std::unique_ptr<TGeCurve2D>>& Items, std::istream& AS
   if (!AStream.seekg(start) || size <= 0) return rewind();
   const auto length = static_cast<std::size_t>(size);
   const std::unique_ptr<char[]> text = std::make_unique_for_overwrite<char[]>(length);
-  if (!AStream.read(text.get(), size) || AStream.gcount() != size) return rewind();
-  if (std::memchr(text.get(), '&', length) != nullptr) return rewind();
+  // Read in pieces, each looked through for '&' while it is still in the cache.
+  constexpr std::size_t CPiece = std::size_t{1} << 17;
+  for (std::size_t at = 0; at < length; at += CPiece) {
+    const auto piece = static_cast<std::streamsize>(std::min(CPiece, length - at));
+    if (!AStream.read(text.get() + at, piece) || AStream.gcount() != piece) return rewind();
+    if (std::memchr(text.get() + at, '&', static_cast<std::size_t>(piece)) != nullptr) return rewind();
+  }
   pugi::xml_document doc;
   if (!doc.load_buffer_inplace(text.get(), length, CLightParse, pugi::encoding_auto)) return rewind();
   try {

@@ -123,19 +123,36 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
   // One walk over the attributes; the first of a name counts. They are read in a fixed order
   // whatever their order in the file, so that a file with several faults names the same one.
   pugi::xml_attribute ctrlAttr, degreeAttr, knotAttr, periodicAttr, rationalAttr;
+  const char* ctrlText = nullptr;
+  const char* degreeText = nullptr;
+  const char* knotText = nullptr;
   for (pugi::xml_attribute a = ANode.first_attribute(); a; a = a.next_attribute()) {
     const char* an = a.name();
-    pugi::xml_attribute* slot = NameIs(an, "CtrlCount")    ? &ctrlAttr
-                                : NameIs(an, "Degree")     ? &degreeAttr
-                                : NameIs(an, "KnotCount")  ? &knotAttr
-                                : NameIs(an, "IsPeriodic") ? &periodicAttr
-                                : NameIs(an, "IsRational") ? &rationalAttr
-                                                           : nullptr;
-    if (slot != nullptr && !*slot) *slot = a;
+    const auto take = [&](pugi::xml_attribute& Slot, const char** Text) {
+      if (Slot) return;
+      Slot = a;
+      if (Text != nullptr) *Text = a.value();
+    };
+    if (NameIs(an, "CtrlCount")) {
+      take(ctrlAttr, &ctrlText);
+    } else if (NameIs(an, "Degree")) {
+      take(degreeAttr, &degreeText);
+    } else if (NameIs(an, "KnotCount")) {
+      take(knotAttr, &knotText);
+    } else if (NameIs(an, "IsPeriodic")) {
+      take(periodicAttr, nullptr);
+    } else if (NameIs(an, "IsRational")) {
+      take(rationalAttr, nullptr);
+    }
   }
-  const std::int32_t n = TXmlNodeHelper::ReadIntAttr(ANode, ctrlAttr, Where);
-  const std::int32_t p = TXmlNodeHelper::ReadIntAttr(ANode, degreeAttr, Where);
-  const std::int32_t k = TXmlNodeHelper::ReadIntAttr(ANode, knotAttr, Where);
+  // Plain counts read straight; the helper reads the rest and words the faults.
+  const auto count = [&](const pugi::xml_attribute& A, const char* Text) {
+    std::int32_t v = 0;
+    return Text != nullptr && internal::TextToInt32(Text, v) ? v : TXmlNodeHelper::ReadIntAttr(ANode, A, Where);
+  };
+  const std::int32_t n = count(ctrlAttr, ctrlText);
+  const std::int32_t p = count(degreeAttr, degreeText);
+  const std::int32_t k = count(knotAttr, knotText);
   if (const std::string fault = CountsFault(n, p, k); !fault.empty()) TXmlNodeHelper::Fail(ANode, Where, fault);
   // A control point without its element would have weight 0 and is refused below; the knots
   // are fewer than the points plus 5. So the child nodes bound every array. Text straight
