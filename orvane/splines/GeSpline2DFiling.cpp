@@ -126,12 +126,14 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
   const char* ctrlText = nullptr;
   const char* degreeText = nullptr;
   const char* knotText = nullptr;
+  const char* periodicText = nullptr;
+  const char* rationalText = nullptr;
   for (pugi::xml_attribute a = ANode.first_attribute(); a; a = a.next_attribute()) {
     const char* an = a.name();
     const auto take = [&](pugi::xml_attribute& Slot, const char** Text) {
-      if (Slot) return;
+      if (*Text != nullptr) return;
       Slot = a;
-      if (Text != nullptr) *Text = a.value();
+      *Text = a.value();
     };
     if (NameIs(an, "CtrlCount")) {
       take(ctrlAttr, &ctrlText);
@@ -140,9 +142,9 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
     } else if (NameIs(an, "KnotCount")) {
       take(knotAttr, &knotText);
     } else if (NameIs(an, "IsPeriodic")) {
-      take(periodicAttr, nullptr);
+      take(periodicAttr, &periodicText);
     } else if (NameIs(an, "IsRational")) {
-      take(rationalAttr, nullptr);
+      take(rationalAttr, &rationalText);
     }
   }
   // Plain counts read straight; the helper reads the rest and words the faults.
@@ -163,9 +165,15 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
   if (children < n) {
     TXmlNodeHelper::Fail(ANode, Where, Format("the control point count %d exceeds the elements present", n));
   }
-  const bool periodic = TXmlNodeHelper::ReadBoolAttr(ANode, periodicAttr, Where);
+  // The flags as written read straight, the helper reads any other form.
+  const auto flag = [&](const pugi::xml_attribute& A, const char* Text) {
+    if (Text == nullptr) return false;
+    if (NameIs(Text, "false")) return false;
+    return NameIs(Text, "true") || TXmlNodeHelper::ReadBoolAttr(ANode, A, Where);
+  };
+  const bool periodic = flag(periodicAttr, periodicText);
   // Checked for form only: the weights decide rationality, whatever the flag says.
-  TXmlNodeHelper::ReadBoolAttr(ANode, rationalAttr, Where);
+  flag(rationalAttr, rationalText);
 
   // One pass over the children; the first element of an index counts, a knot without its
   // element is 0.0. A control point's attributes are walked once rather than looked up.
@@ -173,13 +181,15 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
   TDynPoints2D pts(static_cast<std::size_t>(n));
   TFloatDynArray weights(static_cast<std::size_t>(n), 0.0);
   // Which indices have been read, on the stack for the usual small spline.
-  std::array<char, 256> seenSmall{};
+  const std::size_t indices = static_cast<std::size_t>(k) + static_cast<std::size_t>(n);
+  std::array<char, 256> seenSmall;
   std::vector<char> seenLarge;
   char* seen = seenSmall.data();
-  if (static_cast<std::size_t>(k) + static_cast<std::size_t>(n) > seenSmall.size()) {
-    seenLarge.assign(static_cast<std::size_t>(k) + static_cast<std::size_t>(n), 0);
+  if (indices > seenSmall.size()) {
+    seenLarge.resize(indices);
     seen = seenLarge.data();
   }
+  std::fill_n(seen, indices, char{0});
   for (pugi::xml_node c = ANode.first_child(); c; c = c.next_sibling()) {
     if (c.type() != pugi::node_element) continue;
     const char* name = c.name();
