@@ -46,7 +46,7 @@ void ReadDocument(const pugi::xml_document& Doc, std::vector<std::unique_ptr<TGe
     throw EInOutError("[Error] TGeCurve2DFiler.ReadCurveList: the root element is \"%s\", not \"%s\"",
                       root ? root.name() : "", CRootName);
   }
-  for (pugi::xml_node child = root.first_child(); child; child = child.next_sibling()) {
+  for (pugi::xml_node child = root.first_child(); !internal::IsEmpty(child); child = child.next_sibling()) {
     if (child.type() == pugi::node_element) Items.push_back(TGeCurve2DFiler::ReadCurve(child));
   }
 }

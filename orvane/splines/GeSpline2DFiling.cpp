@@ -128,7 +128,7 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
   const char* knotText = nullptr;
   const char* periodicText = nullptr;
   const char* rationalText = nullptr;
-  for (pugi::xml_attribute a = ANode.first_attribute(); a; a = a.next_attribute()) {
+  for (pugi::xml_attribute a = ANode.first_attribute(); !internal::IsEmpty(a); a = a.next_attribute()) {
     const char* an = a.name();
     const auto take = [&](pugi::xml_attribute& Slot, const char** Text) {
       if (*Text != nullptr) return;
@@ -161,7 +161,9 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
   // inside the element is one of them, whether the parser kept it as a child or as the
   // element's own value.
   std::int64_t children = *ANode.value() != '\0' ? 1 : 0;
-  for (pugi::xml_node c = ANode.first_child(); c && children < n; c = c.next_sibling()) ++children;
+  for (pugi::xml_node c = ANode.first_child(); !internal::IsEmpty(c) && children < n; c = c.next_sibling()) {
+    ++children;
+  }
   if (children < n) {
     TXmlNodeHelper::Fail(ANode, Where, Format("the control point count %d exceeds the elements present", n));
   }
@@ -190,7 +192,7 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
     seen = seenLarge.data();
   }
   std::fill_n(seen, indices, char{0});
-  for (pugi::xml_node c = ANode.first_child(); c; c = c.next_sibling()) {
+  for (pugi::xml_node c = ANode.first_child(); !internal::IsEmpty(c); c = c.next_sibling()) {
     if (c.type() != pugi::node_element) continue;
     const char* name = c.name();
     if (const std::int32_t i = IndexAfter(name, "Knot", k); i >= 0) {
@@ -205,7 +207,7 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
       seen[static_cast<std::size_t>(k) + at] = 1;
       double* slot[3] = {&pts[at].X, &pts[at].Y, &weights[at]};
       bool got[3] = {false, false, false};
-      for (pugi::xml_attribute a = c.first_attribute(); a; a = a.next_attribute()) {
+      for (pugi::xml_attribute a = c.first_attribute(); !internal::IsEmpty(a); a = a.next_attribute()) {
         const char* an = a.name();
         const int v = NameIs(an, "X") ? 0 : NameIs(an, "Y") ? 1 : NameIs(an, "Wt") ? 2 : -1;
         if (v < 0 || got[v]) continue;

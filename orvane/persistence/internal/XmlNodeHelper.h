@@ -5,9 +5,11 @@
 // names the element's path and its byte offset.
 
 #include <cstdint>
+#include <cstring>
 #include <pugixml.hpp>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "orvane/foundation/Point2D.h"
 
@@ -56,6 +58,17 @@ class TXmlNodeHelper {
   // EInOutError "[Error] <Where>: <What> (<Place(ANode)>)".
   [[noreturn]] static void Fail(const pugi::xml_node& ANode, const char* Where, const std::string& What);
 };
+
+// Whether a node or attribute handle is empty, tested in line: a handle is one pointer to the
+// parser's record, nil when empty, whereas its own test is a call into the library, which the
+// walks over large files would make for every node and attribute.
+template <class THandle>
+bool IsEmpty(const THandle& AHandle) {
+  static_assert(sizeof(THandle) == sizeof(void*) && std::is_trivially_copyable_v<THandle>);
+  const void* record = nullptr;
+  std::memcpy(&record, &AHandle, sizeof record);
+  return record == nullptr;
+}
 
 // ASCII letter case ignored; other bytes compare exactly.
 bool SameText(std::string_view A, std::string_view B);
