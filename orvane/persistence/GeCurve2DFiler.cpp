@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <fstream>
+#include <new>
 #include <pugixml.hpp>
 #include <sstream>
 #include <vector>
@@ -145,7 +146,13 @@ bool ReadLight(std::vector<std::unique_ptr<TGeCurve2D>>& Items, std::istream& AS
   const std::streamoff size = AStream.tellg() - start;
   if (!AStream.seekg(start) || size <= 0) return rewind();
   const auto length = static_cast<std::size_t>(size);
-  const std::unique_ptr<char[]> text = std::make_unique_for_overwrite<char[]>(length);
+  // Without room for the text the full read reports it, as it always has.
+  std::unique_ptr<char[]> text;
+  try {
+    text = std::make_unique_for_overwrite<char[]>(length);
+  } catch (const std::bad_alloc&) {
+    return rewind();
+  }
   // Read in pieces, each looked through for '&' while it is still in the cache.
   constexpr std::size_t CPiece = std::size_t{1} << 17;
   for (std::size_t at = 0; at < length; at += CPiece) {
@@ -157,7 +164,8 @@ bool ReadLight(std::vector<std::unique_ptr<TGeCurve2D>>& Items, std::istream& AS
   if (!doc.load_buffer_inplace(text.get(), length, CLightParse, pugi::encoding_auto)) return rewind();
   try {
     ReadDocument(doc, Items);
-  } catch (const EInOutError&) {
+  } catch (const Exception&) {
+    // Whatever the light read refuses, the full read decides and words.
     return rewind();
   }
   return true;
@@ -169,6 +177,7 @@ void TGeCurve2DFiler::ReadCurveList(TObjectList<TGeCurve2D>& AList, std::istream
                                     std::string_view ASourceName) {
   std::vector<std::unique_ptr<TGeCurve2D>> items;
   if (!ReadLight(items, AStream)) ReadFullyConverted(items, AStream, ASourceName);
+  AList.SetCapacity(AList.Count() + static_cast<int>(items.size()));
   for (std::unique_ptr<TGeCurve2D>& item : items) AList.Add(item.release());
 }
 

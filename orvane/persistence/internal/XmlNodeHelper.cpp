@@ -32,81 +32,25 @@ namespace {
 
 constexpr bool IsBlank(char C) { return C == ' ' || C == '\t' || C == '\n' || C == '\r'; }
 
-// Appends the decimal digits at P to Mantissa and returns the first non-digit. Four digits a
-// round where there are four: a byte is looked at only when the one before it was a digit,
-// so never beyond the text's end.
-const char* AppendDigits(const char* P, std::uint64_t& Mantissa) {
-  const auto digit = [&](int I) { return static_cast<unsigned>(static_cast<unsigned char>(P[I])) - '0'; };
-  for (;;) {
-    const unsigned d0 = digit(0);
-    if (d0 > 9) return P;
-    const unsigned d1 = digit(1);
-    if (d1 > 9) {
-      Mantissa = Mantissa * 10 + d0;
-      return P + 1;
-    }
-    const unsigned d2 = digit(2);
-    if (d2 > 9) {
-      Mantissa = Mantissa * 100 + d0 * 10 + d1;
-      return P + 2;
-    }
-    const unsigned d3 = digit(3);
-    if (d3 > 9) {
-      Mantissa = Mantissa * 1000 + d0 * 100 + d1 * 10 + d2;
-      return P + 3;
-    }
-    Mantissa = Mantissa * 10000 + d0 * 1000 + d1 * 100 + d2 * 10 + d3;
-    P += 4;
-  }
-}
-
-// The plain decimal at S ("-12.5": no exponent) and what follows it. When its digits make an
-// integer below 2^53 and it has at most 22 decimals, integer and power of ten are exact
-// doubles and one division rounds correctly, so Value is the one from_chars gives.
-enum class TDecimal { Exact, Long, Other };
-
-TDecimal PlainDecimal(const char* S, double& Value, const char*& End) {
-  const char* p = S;
-  const bool negative = *p == '-';
-  if (negative) ++p;
-  // More than 19 digits may wrap the integer; such numbers are left to from_chars.
-  std::uint64_t mantissa = 0;
-  const char* whole = p;
-  p = AppendDigits(p, mantissa);
-  if (p == whole) return TDecimal::Other;
-  std::ptrdiff_t decimals = 0;
-  if (*p == '.') {
-    const char* fraction = ++p;
-    p = AppendDigits(p, mantissa);
-    decimals = p - fraction;
-    if (decimals == 0) return TDecimal::Other;
-  }
-  if (*p != '\0' && !IsBlank(*p)) return TDecimal::Other;
-  End = p;
-  const std::ptrdiff_t digits = (p - whole) - (decimals > 0 ? 1 : 0);
-  if (digits > 19 || decimals > 22 || mantissa > (std::uint64_t{1} << 53)) return TDecimal::Long;
-  const double v = static_cast<double>(mantissa) / CExactPow10[decimals];
-  Value = negative ? -v : v;
-  return TDecimal::Exact;
+// Moves Text past its leading ASCII blanks and returns the end of the token there; nil when
+// anything but blanks follows that token.
+const char* TokenEnd(const char*& Text) {
+  while (IsBlank(*Text)) ++Text;
+  const char* end = Text;
+  while (*end != '\0' && !IsBlank(*end)) ++end;
+  const char* rest = end;
+  while (IsBlank(*rest)) ++rest;
+  return *rest == '\0' ? end : nullptr;
 }
 
 }  // namespace
 
 bool TextToDoubleZ(const char* Text, double& Value) {
-  while (IsBlank(*Text)) ++Text;
+  const char* end = TokenEnd(Text);
+  if (end == nullptr) return false;
   double v = 0.0;
-  const char* end = nullptr;
-  const TDecimal kind = PlainDecimal(Text, v, end);
-  if (kind != TDecimal::Exact) {
-    if (kind == TDecimal::Other) {
-      end = Text;
-      while (*end != '\0' && !IsBlank(*end)) ++end;
-    }
-    const auto res = std::from_chars(Text, end, v, std::chars_format::general);
-    if (res.ec != std::errc() || res.ptr != end || !std::isfinite(v)) return false;
-  }
-  while (IsBlank(*end)) ++end;
-  if (*end != '\0') return false;
+  const auto res = std::from_chars(Text, end, v, std::chars_format::general);
+  if (res.ec != std::errc() || res.ptr != end || !std::isfinite(v)) return false;
   Value = v;
   return true;
 }
@@ -148,14 +92,11 @@ bool DecimalToDouble(const char* Text, const char* End, std::uint64_t Mantissa, 
 }
 
 bool TextToInt32Z(const char* Text, std::int32_t& Value) {
-  while (IsBlank(*Text)) ++Text;
-  const char* end = Text;
-  while (*end != '\0' && !IsBlank(*end)) ++end;
+  const char* end = TokenEnd(Text);
+  if (end == nullptr) return false;
   std::int32_t v = 0;
   const auto res = std::from_chars(Text, end, v);
   if (res.ec != std::errc() || res.ptr != end) return false;
-  while (IsBlank(*end)) ++end;
-  if (*end != '\0') return false;
   Value = v;
   return true;
 }
