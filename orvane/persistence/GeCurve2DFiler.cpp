@@ -1,6 +1,9 @@
 #include "orvane/persistence/GeCurve2DFiler.h"
 
+#include <algorithm>
+#include <cstring>
 #include <fstream>
+#include <new>
 #include <pugixml.hpp>
 #include <sstream>
 #include <vector>
@@ -44,7 +47,7 @@ void ReadDocument(const pugi::xml_document& Doc, std::vector<std::unique_ptr<TGe
     throw EInOutError("[Error] TGeCurve2DFiler.ReadCurveList: the root element is \"%s\", not \"%s\"",
                       root ? root.name() : "", CRootName);
   }
-  for (pugi::xml_node child = root.first_child(); child; child = child.next_sibling()) {
+  for (pugi::xml_node child = root.first_child(); !internal::IsEmpty(child); child = child.next_sibling()) {
     if (child.type() == pugi::node_element) Items.push_back(TGeCurve2DFiler::ReadCurve(child));
   }
 }
@@ -101,20 +104,80 @@ void TGeCurve2DFiler::ReadCurveList(TObjectList<TGeCurve2D>& AList, const std::s
   ReadCurveList(AList, file, AFilename);
 }
 
-void TGeCurve2DFiler::ReadCurveList(TObjectList<TGeCurve2D>& AList, std::istream& AStream,
-                                    std::string_view ASourceName) {
+namespace {
+
+// Reads the whole document from AStream with pugixml's full conversions: the reference for
+// what a file holds and for every message about it.
+void ReadFullyConverted(std::vector<std::unique_ptr<TGeCurve2D>>& Items, std::istream& AStream,
+                        std::string_view ASourceName) {
   pugi::xml_document doc;
   const pugi::xml_parse_result parsed = doc.load(AStream, pugi::parse_default, pugi::encoding_auto);
   if (!parsed) {
     throw EInOutError("[Error] TGeCurve2DFiler.ReadCurveList: \"%s\", byte %d: %s", std::string(ASourceName),
                       static_cast<std::int64_t>(parsed.offset), parsed.description());
   }
-  std::vector<std::unique_ptr<TGeCurve2D>> items;
   try {
-    ReadDocument(doc, items);
+    ReadDocument(doc, Items);
   } catch (const EInOutError& e) {
     throw EInOutError("%s in \"%s\"", e.Message, std::string(ASourceName));
   }
+}
+
+// Without '&' no value holds an entity, so the full conversions can only turn blanks inside
+// values into other blanks (line ends, tabs in attributes), which every value reader trims or
+// refuses alike; and a value's text kept in its element rather than in a child node reads the
+// same. The light parse then reads the same curves for less work; a file it refuses goes
+// through the full parse again, so that errors are reported as the full parse sees them.
+constexpr unsigned CLightParse = pugi::parse_cdata | pugi::parse_embed_pcdata;
+
+// The curves of the rest of a seekable stream by the light parse, reading the stream into a
+// buffer of ours that pugixml parses in place. False, with the stream back at its start,
+// when the full parse must decide.
+bool ReadLight(std::vector<std::unique_ptr<TGeCurve2D>>& Items, std::istream& AStream) {
+  const std::streampos start = AStream.tellg();
+  if (start < 0) return false;
+  const auto rewind = [&] {
+    Items.clear();
+    AStream.clear();
+    AStream.seekg(start);
+    return false;
+  };
+  if (!AStream.seekg(0, std::ios::end)) return rewind();
+  const std::streamoff size = AStream.tellg() - start;
+  if (!AStream.seekg(start) || size <= 0) return rewind();
+  const auto length = static_cast<std::size_t>(size);
+  // Without room for the text the full read reports it, as it always has.
+  std::unique_ptr<char[]> text;
+  try {
+    text = std::make_unique_for_overwrite<char[]>(length);
+  } catch (const std::bad_alloc&) {
+    return rewind();
+  }
+  // Read in pieces, each looked through for '&' while it is still in the cache.
+  constexpr std::size_t CPiece = std::size_t{1} << 17;
+  for (std::size_t at = 0; at < length; at += CPiece) {
+    const auto piece = static_cast<std::streamsize>(std::min(CPiece, length - at));
+    if (!AStream.read(text.get() + at, piece) || AStream.gcount() != piece) return rewind();
+    if (std::memchr(text.get() + at, '&', static_cast<std::size_t>(piece)) != nullptr) return rewind();
+  }
+  pugi::xml_document doc;
+  if (!doc.load_buffer_inplace(text.get(), length, CLightParse, pugi::encoding_auto)) return rewind();
+  try {
+    ReadDocument(doc, Items);
+  } catch (const Exception&) {
+    // Whatever the light read refuses, the full read decides and words.
+    return rewind();
+  }
+  return true;
+}
+
+}  // namespace
+
+void TGeCurve2DFiler::ReadCurveList(TObjectList<TGeCurve2D>& AList, std::istream& AStream,
+                                    std::string_view ASourceName) {
+  std::vector<std::unique_ptr<TGeCurve2D>> items;
+  if (!ReadLight(items, AStream)) ReadFullyConverted(items, AStream, ASourceName);
+  AList.SetCapacity(AList.Count() + static_cast<int>(items.size()));
   for (std::unique_ptr<TGeCurve2D>& item : items) AList.Add(item.release());
 }
 

@@ -15,6 +15,7 @@
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/Format.h"
 #include "orvane/persistence/FbsStream.h"
+#include "orvane/persistence/internal/NumberText.h"
 #include "orvane/persistence/internal/XmlNodeHelper.h"
 #include "orvane/splines/GeSpline2D.h"
 
@@ -60,16 +61,28 @@ std::string ValuesFault(int Degree, const TFloatDynArray& Knots, const TDynPoint
 }
 
 // The index behind Prefix in an element name such as "Knot12": canonical decimal (no sign,
-// no leading zero) below Count; -1 for any other name.
-std::int32_t IndexAfter(std::string_view Name, std::string_view Prefix, std::int32_t Count) {
-  if (!Name.starts_with(Prefix) || Name.size() == Prefix.size()) return -1;
-  Name.remove_prefix(Prefix.size());
-  if (Name[0] == '0' && Name.size() > 1) return -1;
-  std::int32_t idx = 0;
-  const char* end = Name.data() + Name.size();
-  const auto [ptr, ec] = std::from_chars(Name.data(), end, idx);
-  if (ec != std::errc() || ptr != end || idx < 0 || idx >= Count) return -1;
-  return idx;
+// no leading zero) below Count; -1 for any other name. Read in place, as the names of a
+// large file are many.
+std::int32_t IndexAfter(const char* Name, std::string_view Prefix, std::int32_t Count) {
+  for (const char c : Prefix) {
+    if (*Name++ != c) return -1;
+  }
+  if (*Name < '0' || *Name > '9' || (*Name == '0' && Name[1] != '\0')) return -1;
+  std::int64_t idx = 0;
+  for (; *Name != '\0'; ++Name) {
+    if (*Name < '0' || *Name > '9') return -1;
+    idx = idx * 10 + (*Name - '0');
+    if (idx >= Count) return -1;
+  }
+  return static_cast<std::int32_t>(idx);
+}
+
+// Name equals Expected; inline, as it runs for every attribute of a large file.
+bool NameIs(const char* Name, std::string_view Expected) {
+  for (const char c : Expected) {
+    if (*Name++ != c) return false;
+  }
+  return *Name == '\0';
 }
 
 // "Knot7" and the like without a heap allocation per element.
@@ -107,47 +120,99 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
   using internal::TXmlNodeHelper;
   static constexpr const char* Where = "TGeSpline2D.LoadFromXmlNode";
   TGeCurve2D::LoadFromXmlNode(ANode);
-  const std::int32_t n = TXmlNodeHelper::ReadIntAttr(ANode, "CtrlCount", Where);
-  const std::int32_t p = TXmlNodeHelper::ReadIntAttr(ANode, "Degree", Where);
-  const std::int32_t k = TXmlNodeHelper::ReadIntAttr(ANode, "KnotCount", Where);
+  // One walk over the attributes; the first of a name counts. They are read in a fixed order
+  // whatever their order in the file, so that a file with several faults names the same one.
+  pugi::xml_attribute ctrlAttr, degreeAttr, knotAttr, periodicAttr, rationalAttr;
+  const char* ctrlText = nullptr;
+  const char* degreeText = nullptr;
+  const char* knotText = nullptr;
+  const char* periodicText = nullptr;
+  const char* rationalText = nullptr;
+  for (pugi::xml_attribute a = ANode.first_attribute(); !internal::IsEmpty(a); a = a.next_attribute()) {
+    const char* an = a.name();
+    const auto take = [&](pugi::xml_attribute& Slot, const char** Text) {
+      if (*Text != nullptr) return;
+      Slot = a;
+      *Text = a.value();
+    };
+    if (NameIs(an, "CtrlCount")) {
+      take(ctrlAttr, &ctrlText);
+    } else if (NameIs(an, "Degree")) {
+      take(degreeAttr, &degreeText);
+    } else if (NameIs(an, "KnotCount")) {
+      take(knotAttr, &knotText);
+    } else if (NameIs(an, "IsPeriodic")) {
+      take(periodicAttr, &periodicText);
+    } else if (NameIs(an, "IsRational")) {
+      take(rationalAttr, &rationalText);
+    }
+  }
+  // Plain counts read straight; the helper reads the rest and words the faults.
+  const auto count = [&](const pugi::xml_attribute& A, const char* Text) {
+    std::int32_t v = 0;
+    return Text != nullptr && internal::TextToInt32(Text, v) ? v : TXmlNodeHelper::ReadIntAttr(ANode, A, Where);
+  };
+  const std::int32_t n = count(ctrlAttr, ctrlText);
+  const std::int32_t p = count(degreeAttr, degreeText);
+  const std::int32_t k = count(knotAttr, knotText);
   if (const std::string fault = CountsFault(n, p, k); !fault.empty()) TXmlNodeHelper::Fail(ANode, Where, fault);
   // A control point without its element would have weight 0 and is refused below; the knots
-  // are fewer than the points plus 5. So the element children bound every array.
-  std::int64_t children = 0;
-  for (pugi::xml_node c = ANode.first_child(); c && children < n; c = c.next_sibling()) ++children;
+  // are fewer than the points plus 5. So the child nodes bound every array. Text straight
+  // inside the element is one of them, whether the parser kept it as a child or as the
+  // element's own value.
+  std::int64_t children = *ANode.value() != '\0' ? 1 : 0;
+  for (pugi::xml_node c = ANode.first_child(); !internal::IsEmpty(c) && children < n; c = c.next_sibling()) {
+    ++children;
+  }
   if (children < n) {
     TXmlNodeHelper::Fail(ANode, Where, Format("the control point count %d exceeds the elements present", n));
   }
-  const bool periodic = TXmlNodeHelper::ReadBoolAttr(ANode, "IsPeriodic", Where);
+  // The flags as written read straight, the helper reads any other form.
+  const auto flag = [&](const pugi::xml_attribute& A, const char* Text) {
+    if (Text == nullptr) return false;
+    if (NameIs(Text, "false")) return false;
+    return NameIs(Text, "true") || TXmlNodeHelper::ReadBoolAttr(ANode, A, Where);
+  };
+  const bool periodic = flag(periodicAttr, periodicText);
   // Checked for form only: the weights decide rationality, whatever the flag says.
-  TXmlNodeHelper::ReadBoolAttr(ANode, "IsRational", Where);
+  flag(rationalAttr, rationalText);
 
   // One pass over the children; the first element of an index counts, a knot without its
   // element is 0.0. A control point's attributes are walked once rather than looked up.
   TFloatDynArray knots(static_cast<std::size_t>(k), 0.0);
   TDynPoints2D pts(static_cast<std::size_t>(n));
   TFloatDynArray weights(static_cast<std::size_t>(n), 0.0);
-  std::vector<char> seen(static_cast<std::size_t>(k) + static_cast<std::size_t>(n), 0);
-  for (pugi::xml_node c = ANode.first_child(); c; c = c.next_sibling()) {
+  // Which indices have been read, on the stack for the usual small spline.
+  const std::size_t indices = static_cast<std::size_t>(k) + static_cast<std::size_t>(n);
+  std::array<char, 256> seenSmall;
+  std::vector<char> seenLarge;
+  char* seen = seenSmall.data();
+  if (indices > seenSmall.size()) {
+    seenLarge.resize(indices);
+    seen = seenLarge.data();
+  }
+  std::fill_n(seen, indices, char{0});
+  for (pugi::xml_node c = ANode.first_child(); !internal::IsEmpty(c); c = c.next_sibling()) {
     if (c.type() != pugi::node_element) continue;
-    const std::string_view name = c.name();
+    const char* name = c.name();
     if (const std::int32_t i = IndexAfter(name, "Knot", k); i >= 0) {
       const auto at = static_cast<std::size_t>(i);
       if (seen[at] != 0) continue;
       seen[at] = 1;
-      knots[at] = TXmlNodeHelper::ReadDoubleText(c, Where);
+      // Read straight; the helper only to word a value that does not read.
+      if (!internal::TextToDouble(c.child_value(), knots[at])) knots[at] = TXmlNodeHelper::ReadDoubleText(c, Where);
     } else if (const std::int32_t j = IndexAfter(name, "CtrlPoint", n); j >= 0) {
       const auto at = static_cast<std::size_t>(j);
       if (seen[static_cast<std::size_t>(k) + at] != 0) continue;
       seen[static_cast<std::size_t>(k) + at] = 1;
       double* slot[3] = {&pts[at].X, &pts[at].Y, &weights[at]};
       bool got[3] = {false, false, false};
-      for (pugi::xml_attribute a = c.first_attribute(); a; a = a.next_attribute()) {
-        const std::string_view an = a.name();
-        const int v = an == "X" ? 0 : an == "Y" ? 1 : an == "Wt" ? 2 : -1;
+      for (pugi::xml_attribute a = c.first_attribute(); !internal::IsEmpty(a); a = a.next_attribute()) {
+        const char* an = a.name();
+        const int v = NameIs(an, "X") ? 0 : NameIs(an, "Y") ? 1 : NameIs(an, "Wt") ? 2 : -1;
         if (v < 0 || got[v]) continue;
         got[v] = true;
-        *slot[v] = TXmlNodeHelper::ReadDoubleAttr(c, a, Where);
+        if (!internal::TextToDouble(a.value(), *slot[v])) *slot[v] = TXmlNodeHelper::ReadDoubleAttr(c, a, Where);
       }
     }
   }

@@ -172,3 +172,40 @@ TEST(XmlCurveFile, NestingIsCapped) {
   shallow.append_child("Line2D");
   EXPECT_NE(TGeObject::ReadFromXmlNode(shallow.last_child()), nullptr);
 }
+
+// A file whose values hold entities, or whose line ends are CR LF, reads as the plain file;
+// a bad value is worded as the fully converted file has it (its tabs become spaces).
+TEST(XmlCurveFile, EntitiesAndLineEndsReadAsThePlainFile) {
+  const std::string plain = Doc(
+      "<Spline2D CtrlCount=\"2\" Degree=\"1\" KnotCount=\"4\"><Knot0>0</Knot0><Knot1>0</Knot1>"
+      "<Knot2>1</Knot2><Knot3>1</Knot3><CtrlPoint0 X=\"1.5\" Y=\"2\" Wt=\"1\"/>"
+      "<CtrlPoint1 X=\"3\" Y=\"-4\" Wt=\"1\"/></Spline2D>"
+      "<CompositeCurve2D><Any Class=\"Line2D\"><LineStart X=\"1\" Y=\"2\"/></Any></CompositeCurve2D>");
+  std::string escaped = plain;
+  escaped.replace(escaped.find("1.5"), 3, "&#49;.5");
+  escaped.replace(escaped.find("Line2D"), 6, "Line&#50;D");
+  std::string crlf = plain;
+  for (std::size_t at = 0; (at = crlf.find("><", at)) != std::string::npos; at += 3) crlf.insert(at + 1, "\r\n");
+  TObjectList<TGeCurve2D> want, a, b;
+  Read(plain, want);
+  Read(escaped, a);
+  Read(crlf, b);
+  ASSERT_EQ(want.Count(), 2);
+  const std::string text = Save({want[0], want[1]});
+  EXPECT_EQ(Save({a[0], a[1]}), text);
+  EXPECT_EQ(Save({b[0], b[1]}), text);
+  const auto message = [](const std::string& Text) {
+    TObjectList<TGeCurve2D> list;
+    try {
+      Read(Text, list);
+    } catch (const EInOutError& e) {
+      return e.Message;
+    }
+    return std::string("no error");
+  };
+  std::string bad = plain;
+  bad.replace(bad.find("Y=\"-4\""), 6, "Y=\"\t-4\t4\"");
+  EXPECT_EQ(message(bad),
+            "[Error] TGeSpline2D.LoadFromXmlNode: the attribute Y \" -4 4\" is no finite number "
+            "(/Curve2DList/Spline2D/CtrlPoint1, byte 161) in \"mem.xml\"");
+}

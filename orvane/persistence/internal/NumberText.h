@@ -41,5 +41,56 @@ inline std::string_view TrimBlanks(std::string_view Text) {
 bool TextToDouble(std::string_view Text, double& Value);
 // The whole of Text as a 32-bit integer; false otherwise.
 bool TextToInt32(std::string_view Text, std::int32_t& Value);
+// The same for a NUL-terminated text with ASCII blanks allowed around the number.
+bool TextToDoubleZ(const char* Text, double& Value);
+bool TextToInt32Z(const char* Text, std::int32_t& Value);
+// The plain decimal [Text, End), whose digits make Mantissa with Decimals of them behind the
+// point, for those too long to be read exactly in line.
+bool DecimalToDouble(const char* Text, const char* End, std::uint64_t Mantissa, std::ptrdiff_t Digits,
+                     std::ptrdiff_t Decimals, double& Value);
+
+// Every power of ten that a double holds exactly.
+inline constexpr double CExactPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                         1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+// TextToDoubleZ, taking the common case in line: the readers of markup values meet millions
+// of numbers and find most of them plain decimals ("-12.5") with nothing around them. When
+// such a decimal's digits make an integer of at most 2^53 and it has at most 22 decimals,
+// integer and power of ten are exact doubles and one division rounds correctly, so the value
+// is the one from_chars gives.
+inline bool TextToDouble(const char* Text, double& Value) {
+  const char* p = Text;
+  const bool negative = *p == '-';
+  if (negative) ++p;
+  // More than 19 digits may wrap the integer; such numbers go the general way.
+  std::uint64_t mantissa = 0;
+  const char* whole = p;
+  for (unsigned d; (d = static_cast<unsigned char>(*p) - 48u) <= 9; ++p) mantissa = mantissa * 10 + d;
+  const char* point = p;
+  if (*p == '.') {
+    for (unsigned d; (d = static_cast<unsigned char>(*++p) - 48u) <= 9;) mantissa = mantissa * 10 + d;
+  }
+  const std::ptrdiff_t decimals = *point == '.' ? p - point - 1 : 0;
+  const std::ptrdiff_t digits = (point - whole) + decimals;
+  if (*p != '\0' || point == whole || (*point == '.' && decimals == 0)) return TextToDoubleZ(Text, Value);
+  if (digits > 19 || decimals > 22 || mantissa > (std::uint64_t{1} << 53)) {
+    return DecimalToDouble(Text, p, mantissa, digits, decimals, Value);
+  }
+  const double v = static_cast<double>(mantissa) / CExactPow10[decimals];
+  Value = negative ? -v : v;
+  return true;
+}
+
+// TextToInt32Z, taking a plain count of up to 9 digits in line.
+inline bool TextToInt32(const char* Text, std::int32_t& Value) {
+  const char* p = Text;
+  std::int32_t v = 0;
+  for (unsigned d; (d = static_cast<unsigned char>(*p) - 48u) <= 9 && p - Text < 9; ++p) {
+    v = v * 10 + static_cast<std::int32_t>(d);
+  }
+  if (*p != '\0' || p == Text) return TextToInt32Z(Text, Value);
+  Value = v;
+  return true;
+}
 
 }  // namespace orvane::internal

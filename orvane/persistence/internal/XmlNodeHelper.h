@@ -5,9 +5,11 @@
 // names the element's path and its byte offset.
 
 #include <cstdint>
+#include <cstring>
 #include <pugixml.hpp>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "orvane/foundation/Point2D.h"
 
@@ -40,6 +42,9 @@ class TXmlNodeHelper {
   static double ReadDoubleAttr(const pugi::xml_node& ANode, const pugi::xml_attribute& Attr, const char* Where);
   static std::int32_t ReadIntAttr(const pugi::xml_node& ANode, const char* Name, const char* Where);
   static bool ReadBoolAttr(const pugi::xml_node& ANode, const char* Name, const char* Where);
+  // The same for an attribute found by a walk; an empty Attr reads as absent.
+  static std::int32_t ReadIntAttr(const pugi::xml_node& ANode, const pugi::xml_attribute& Attr, const char* Where);
+  static bool ReadBoolAttr(const pugi::xml_node& ANode, const pugi::xml_attribute& Attr, const char* Where);
 
   // The number of child elements of ANode whose name starts with Prefix (ASCII letter case
   // ignored), counted no further than Limit + 1: enough to check a count from the file
@@ -53,6 +58,17 @@ class TXmlNodeHelper {
   // EInOutError "[Error] <Where>: <What> (<Place(ANode)>)".
   [[noreturn]] static void Fail(const pugi::xml_node& ANode, const char* Where, const std::string& What);
 };
+
+// Whether a node or attribute handle is empty, tested in line: a handle is one pointer to the
+// parser's record, nil when empty, whereas its own test is a call into the library, which the
+// walks over large files would make for every node and attribute.
+template <class THandle>
+bool IsEmpty(const THandle& AHandle) {
+  static_assert(sizeof(THandle) == sizeof(void*) && std::is_trivially_copyable_v<THandle>);
+  const void* record = nullptr;
+  std::memcpy(&record, &AHandle, sizeof record);
+  return record == nullptr;
+}
 
 // ASCII letter case ignored; other bytes compare exactly.
 bool SameText(std::string_view A, std::string_view B);
