@@ -56,7 +56,6 @@ TEST(MChain, BoundsFollowAddsAndTranslate) {
   EXPECT_FALSE(copy->GetPositive());
   EXPECT_EQ(copy->GetNext(), nullptr);
   EXPECT_EQ(copy->GetLeft(), 0.0);
-  EXPECT_NE(dynamic_cast<TMChain*>(c.New().get()), nullptr);
 
   c.Clear();
   c.ResetBound();
