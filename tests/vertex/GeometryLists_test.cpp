@@ -240,10 +240,6 @@ TEST(VPoint2DList, MeasuresTransformsAndSnips) {
   TVPoint2DList r{{1.23456, -0.00049}};
   r.RoundTo(3);
   EXPECT_EQ(r.First(), TPoint2D(1.235, -0.0));
-
-  std::unique_ptr<TVPoint2DList> c = sq.CloneAs<TVPoint2DList>();
-  ASSERT_NE(c, nullptr);
-  EXPECT_EQ(c->Points(), sq.Points());
 }
 
 TEST(VPoint2DList, IndexOfByXYAcrossTheToleranceBoundary) {
