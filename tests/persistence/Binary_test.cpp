@@ -116,23 +116,6 @@ TEST(FbsStream, ClassSelectionByTheFirstRecord) {
   EXPECT_EQ(TGeObject::ReadFromGeoData(r2), nullptr);
 }
 
-TEST(FbsStream, TruncationAtEveryByteIsAnInOutError) {
-  const TGeLine2D line({1, 2}, {3, 4});
-  const TGeCircularArc2D arc({1, 2}, 3, 0.5, -1);
-  const std::string bytes = Write({&line, &arc});
-  for (std::size_t n = 0; n < bytes.size(); ++n) {
-    std::istringstream in(bytes.substr(0, n));
-    EXPECT_THROW(
-        {
-          TFbsStreamReader reader(in, "cut");
-          TGeObject::ReadFromGeoData(reader);
-          TGeObject::ReadFromGeoData(reader);
-        },
-        EInOutError)
-        << "cut at " << n;
-  }
-}
-
 TEST(FbsStream, HostileFieldsAreRefusedWithStreamAndOffset) {
   std::ostringstream out;
   {
