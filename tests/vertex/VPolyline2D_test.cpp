@@ -71,12 +71,8 @@ TEST(VPolyline2D, ErrorAndAssertionTexts) {
   } catch (const EAssertionFailed& e) {
     EXPECT_EQ(e.Source, "Orvane");
   }
-  TList<int> hull;
-  TVPolyline2D two{{0, 0}, {1, 0}};
-  ExpectRaise<Exception>([&] { two.ConvexHull(hull); }, "Error Input for [MelkmanAlg]");
   EXPECT_THROW(TVPolyline2D().Gravity(), EListError);
   EXPECT_THROW(open.SubCurve(0.0, 2.5), EParamError);
-  EXPECT_THROW(open.CalcPointByParam(std::nan("")), EParamError);
 }
 
 TEST(VPolyline2D, ParameterAndLengthRoundTrips) {
