@@ -18,16 +18,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* Data, std::size_t Size
   const std::string text(reinterpret_cast<const char*>(Data), Size);
   try {
     const orvane::tool::TDxfDrawing d = orvane::tool::ReadDxfText(text, {});
-    // A drawing whose INSERT arrays multiply its free-form curves far beyond its text (more
-    // than one per 128 bytes) is only read: fitting it is work linear in that volume, which
-    // the reader caps, and tells nothing new about the logic.
+    // A drawing whose INSERT arrays multiply it far beyond its text (more pieces than one per
+    // 16 bytes, or free-form curves than one per 128) is only read: fitting and nesting it is
+    // work in that volume, which the reader caps, and tells nothing new about the logic.
     std::size_t freeForm = 0;
     for (const orvane::tool::TDxfPiece& p : d.Pieces) {
       if (dynamic_cast<const orvane::TGeSpline2D*>(p.Curve.get())) ++freeForm;
       if (const auto* c = dynamic_cast<const orvane::TGeCompositeCurve2D*>(p.Curve.get()))
         for (int i = 0; i < c->GetCurveCount(); ++i) freeForm += dynamic_cast<const orvane::TGeSpline2D*>(c->GetCurve(i)) != nullptr;
     }
-    if (freeForm > 32 + Size / 128) return 0;
+    if (freeForm > 32 + Size / 128 || d.Pieces.size() > 64 + Size / 16) return 0;
     // One pass per input, its arc tolerance (the drawing's default, or a fixed one) chosen by
     // the input's length: the corpus covers both at half the time per input.
     orvane::tool::TProfileOptions o;

@@ -451,6 +451,20 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
   for (std::size_t i = 0; i < closed.size(); ++i) {
     TProfileContour& k = R.Contours[static_cast<std::size_t>(closed[i])];
     if (k.Flat.size() < 2) continue;
+    // An exact copy of a contour just before it in the order (drawings repeat entities) has
+    // that contour's place: every larger contour it meets is the same, and equal areas do not
+    // hold each other.
+    bool copied = false;
+    for (std::size_t j = i; j-- > 0 && !copied && i - j <= 64;) {
+      const TProfileContour& o = R.Contours[static_cast<std::size_t>(closed[j])];
+      if (std::fabs(o.Area) != std::fabs(k.Area)) break;
+      if (o.Flat == k.Flat) {
+        k.Parent = o.Parent;
+        k.Depth = o.Depth;
+        copied = true;
+      }
+    }
+    if (copied) continue;
     // Points evenly spread by length, off the joints where contours touch: a contour that
     // crosses another lies inside it when most of its length does.
     const TDynPoints2D probes = SpreadPoints(k.Flat, 16);
@@ -459,8 +473,21 @@ TProfileResult ProfileDrawing(const TDxfDrawing& Drawing, const TProfileOptions&
       if (o.Box.XMin > k.Box.XMax || o.Box.YMin > k.Box.YMax || o.Box.XMax < k.Box.XMin || o.Box.YMax < k.Box.YMin)
         continue;
       if (std::fabs(o.Area) <= std::fabs(k.Area)) continue;
-      const auto in = std::count_if(probes.begin(), probes.end(), [&](const TPoint2D& p) { return InsidePolygon(o.Flat, p); });
-      if (2 * static_cast<std::size_t>(in) > probes.size()) {
+      // The majority must lie in o's box before any lies in o; and the count stops once the
+      // majority is decided either way (stacks of overlapping copies test every pair).
+      const std::size_t need = probes.size() / 2 + 1;
+      std::size_t inBox = 0;
+      for (const TPoint2D& p : probes) inBox += o.Box.XMin <= p.X && p.X <= o.Box.XMax && o.Box.YMin <= p.Y && p.Y <= o.Box.YMax;
+      if (inBox < need) continue;
+      std::size_t in = 0, out = 0;
+      for (std::size_t q = 0; q < probes.size() && in < need && out + need <= probes.size(); ++q) {
+        if (InsidePolygon(o.Flat, probes[q])) {
+          ++in;
+        } else {
+          ++out;
+        }
+      }
+      if (in >= need) {
         // The smallest enclosing contour is the direct parent: scanned from the smallest up.
         k.Parent = closed[j];
         k.Depth = o.Depth + 1;
