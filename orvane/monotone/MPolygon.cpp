@@ -26,7 +26,7 @@ inline bool Climbs(const TPoint2D& From, const TPoint2D& To) { return To.Y > Fro
 // No coordinate is infinite or NaN: none has every exponent bit set. One more in the
 // exponent field carries into the sign bit exactly for those, so the test is an and, an add
 // and an or per coordinate, without a branch or a compare.
-bool AllFinite(const TDynPoints2D& P) {
+bool AllFinite(std::span<const TPoint2D> P) {
   constexpr std::uint64_t exponent = 0x7ff0000000000000ull;
   constexpr std::uint64_t unit = 0x0010000000000000ull;
   std::uint64_t bad = 0;
@@ -127,12 +127,35 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
   // The exponent of every coordinate is looked at first, without a branch per vertex.
   if (!AllFinite(p)) internal::CheckFiniteVertices(p, "TMPolygon.Create");
   if (n < 2) return;
-
-  // The outline is walked once, from its last vertex; a closed polyline's vertex 0 is its
-  // last vertex again and is skipped. A new chain starts at every change between climbing
-  // and falling, and neighbouring chains share the turning vertex.
+  // A closed polyline's vertex 0 is its last vertex again: the cycle skips it and takes the
+  // last vertex for it.
   const bool closed = Polyline.IsClosed(DefaultTol);
-  const int start = closed ? 1 : 0;
+  if (closed && n - 1 > 2) {
+    const TCycle cycle{p.data(), n - 1, p[static_cast<std::size_t>(n - 1)]};
+    MakeChains(&cycle, p, closed);
+  } else {
+    MakeChains(nullptr, p, closed);
+  }
+}
+
+std::unique_ptr<TMPolygon> TMPolygon::FromRing(std::span<const TPoint2D> Ring, void* AOriInf, bool AOwnsObjects) {
+  if (Ring.size() < 3) {
+    TDynPoints2D closed(Ring.begin(), Ring.end());
+    if (!closed.empty()) closed.push_back(closed.front());
+    return std::make_unique<TMPolygon>(TVPolyline2D(std::move(closed)), AOriInf, AOwnsObjects);
+  }
+  auto polygon = std::make_unique<TMPolygon>(AOwnsObjects);
+  polygon->OriInf = AOriInf;
+  if (!AllFinite(Ring)) internal::CheckFiniteVertices(TDynPoints2D(Ring.begin(), Ring.end()), "TMPolygon.Create");
+  // The ring's own first vertex stands for the closing one.
+  const TCycle cycle{Ring.data(), static_cast<int>(Ring.size()), Ring.front()};
+  polygon->MakeChains(&cycle, {}, true);
+  return polygon;
+}
+
+void TMPolygon::MakeChains(const TCycle* Cycle, const TDynPoints2D& Open, bool Closed) {
+  // The outline is walked once, from the cycle's vertex 0. A new chain starts at every
+  // change between climbing and falling, and neighbouring chains share the turning vertex.
   // The working lists of the thread's previous construction: nothing below builds another
   // polygon, so no two constructions share them at once.
   auto& scratch = BuildScratch<TRingRun, TChainBlock, TBlockSpan>();
@@ -149,9 +172,9 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
     spans.push_back({Chain.FLeft, Chain.FRight, Chain.FItems.front().Y, Chain.FItems.back().Y, blockCount, got});
     blockCount += got;
   };
-  if (closed && n - start > 2) {
+  if (Cycle != nullptr) {
     std::vector<TRingRun>& runs = scratch.Runs;
-    RingRuns(p, runs);
+    RingRuns(*Cycle, runs);
     if (GetOwnsObjects()) {
       owned.reserve(runs.size());
       for (std::size_t k = 0; k < runs.size(); ++k) {
@@ -165,14 +188,14 @@ TMPolygon::TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObje
     }
     // A chain of k segments has k / BlockSegments stretches, and one more for a rest; the
     // chains share no segment.
-    blocks.resize(std::max(blocks.size(), static_cast<std::size_t>(n / BlockSegments) + runs.size() + 1));
+    blocks.resize(std::max(blocks.size(), static_cast<std::size_t>((Cycle->M + 1) / BlockSegments) + runs.size() + 1));
     for (std::size_t k = 0; k < runs.size(); ++k) {
-      FillChain(*made[k], p, runs[k]);
+      FillChain(*made[k], *Cycle, runs[k]);
       made[k]->FNext = made[(k + 1) % runs.size()];
       addBlocks(*made[k]);
     }
   } else {
-    CutPolyline(p, closed, owned);
+    CutPolyline(Open, Closed, owned);
     std::size_t bound = 0;
     for (const std::unique_ptr<TMChain>& c : owned) bound += static_cast<std::size_t>(c->Count() / BlockSegments + 1);
     blocks.resize(std::max(blocks.size(), bound));
@@ -453,26 +476,28 @@ void TMPolygon::CutPolyline(const TDynPoints2D& P, bool Closed, std::vector<std:
   }
 }
 
-void TMPolygon::RingRuns(const TDynPoints2D& P, std::vector<TRingRun>& Runs) {
-  // The ring's cycle of vertices q: the last vertex stands in for vertex 0, which it
-  // repeats. Indices run on past the end of the cycle (q(j) = q(j - m)), so that a chain
-  // across the seam is one range.
-  const int n = static_cast<int>(P.size());
-  const int m = n - 1;
-  const TPoint2D* p = P.data();
+void TMPolygon::RingRuns(const TCycle& C, std::vector<TRingRun>& Runs) {
+  // The cycle's vertices q: q(0) is the seam vertex, q(i) = P[i] for 0 < i < M. Indices
+  // run on past the end of the cycle (q(j) = q(j - M)), so that a chain across the seam is
+  // one range.
+  const int m = C.M;
+  const TPoint2D* p = C.P;
+  const TPoint2D& seam = C.Seam;
   // One run per stretch between turns; the last one ends at the vertex before the seam.
   std::vector<TRingRun>& runs = Runs;
   runs.clear();
-  bool kind = Climbs(p[n - 1], p[1]);
+  bool kind = Climbs(seam, p[1]);
   runs.push_back({0, 0, kind});
-  for (int i = 1; i < m; ++i) {
-    const bool next = p[i + 1].Y > p[i].Y;
+  const auto step = [&](int I, double NextY) {
+    const bool next = NextY > p[I].Y;
     if (next != kind) {
-      runs.back().Last = i;
-      runs.push_back({i, i, next});
+      runs.back().Last = I;
+      runs.push_back({I, I, next});
       kind = next;
     }
-  }
+  };
+  for (int i = 1; i + 1 < m; ++i) step(i, p[i + 1].Y);
+  step(m - 1, seam.Y);
   runs.back().Last = m - 1;
   if (runs.size() == 1) {
     // One run around the whole ring: it comes back to its first vertex.
@@ -483,7 +508,7 @@ void TMPolygon::RingRuns(const TDynPoints2D& P, std::vector<TRingRun>& Runs) {
   std::size_t first = 0;
   // A level first run does not survive on its own: the newest run takes it over.
   bool level = true;
-  for (int j = 1; j <= runs.front().Last && level; ++j) level = p[j].Y == p[n - 1].Y;
+  for (int j = 1; j <= runs.front().Last && level; ++j) level = p[j].Y == seam.Y;
   if (level) {
     newest.Last = runs.front().Last + m;
     first = 1;
@@ -492,17 +517,16 @@ void TMPolygon::RingRuns(const TDynPoints2D& P, std::vector<TRingRun>& Runs) {
     // The seam lies inside a run: the first run joins the newest.
     newest.Last = runs[first].Last + m;
     ++first;
-  } else if (!level && !(p[m - 1] == p[n - 1])) {
+  } else if (!level && !(p[m - 1] == seam)) {
     // The newest run closes the ring at the first run's start.
     newest.Last = m;
   }
   runs.erase(runs.begin(), runs.begin() + static_cast<std::ptrdiff_t>(first));
 }
 
-void TMPolygon::FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun& Run) {
-  const int n = static_cast<int>(P.size());
-  const int m = n - 1;
-  const TPoint2D* p = P.data();
+void TMPolygon::FillChain(TMChain& Chain, const TCycle& C, const TRingRun& Run) {
+  const int m = C.M;
+  const TPoint2D* p = C.P;
   Chain.FPositive = Run.Positive;
   TDynPoints2D& v = Chain.FItems;
   if (Run.Begin >= 1 && Run.Last < m) {
@@ -515,12 +539,12 @@ void TMPolygon::FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun&
   }
   v.reserve(static_cast<std::size_t>(Run.Last - Run.Begin + 1));
   // Copied in stretches that are contiguous in P, climbing: a falling run backwards. The
-  // cycle's vertex 0 is P's last vertex.
+  // cycle's vertex 0 is the seam vertex.
   if (Run.Positive) {
     for (int j = Run.Begin; j <= Run.Last;) {
       const int i = j >= m ? j - m : j;
       if (i == 0) {
-        v.push_back(p[n - 1]);
+        v.push_back(C.Seam);
         ++j;
         continue;
       }
@@ -532,7 +556,7 @@ void TMPolygon::FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun&
     for (int j = Run.Last; j >= Run.Begin;) {
       const int i = j >= m ? j - m : j;
       if (i == 0) {
-        v.push_back(p[n - 1]);
+        v.push_back(C.Seam);
         --j;
         continue;
       }

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -41,6 +42,11 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
   // "[Error] TMPolygon.Create: vertex <k> is not a finite point". Chains made here are freed
   // with the polygon also when it does not own its items.
   TMPolygon(const TVPolyline2D& Polyline, void* AOriInf, bool AOwnsObjects = true);
+  // The polygon of Ring, a closed ring given without its closing vertex: the same chains,
+  // in the same order, as the polyline of Ring with its first vertex added at the end gives,
+  // without making that polyline. A ring of fewer than three vertices is made from that
+  // polyline. The same EParamError for a vertex that is not finite.
+  static std::unique_ptr<TMPolygon> FromRing(std::span<const TPoint2D> Ring, void* AOriInf, bool AOwnsObjects = true);
   // A polygon freed while it sits in a pile first leaves that pile.
   ~TMPolygon() override;
 
@@ -171,18 +177,28 @@ class ORVANE_API TMPolygon : public TVGeometry2DList<TMChain> {
   // themselves are read only for the stretches that come near each other.
   bool OverlapByBlocks(const TMPolygon& Other) const;
 
+  // A closed ring's cycle of M vertices, at least three: vertex 0 is Seam, vertex i is P[i]
+  // for 0 < i < M (P[0] is never read). A closed polyline's last vertex is its seam, and a
+  // ring without the closing vertex is its own seam.
+  struct TCycle {
+    const TPoint2D* P;
+    int M;
+    const TPoint2D& Seam;
+  };
   // A chain of a closed ring: the vertices Begin to Last of the ring's cycle, counted on
   // past its end across the seam, and whether they climb in the order of travel.
   struct TRingRun {
     int Begin, Last;
     bool Positive;
   };
-  // The chains of a closed ring of at least three vertices besides the repeated one, in
-  // order of travel, as ranges of its cycle, into Runs.
-  static void RingRuns(const TDynPoints2D& P, std::vector<TRingRun>& Runs);
-  // Fills Chain with one run of P, once, at its size, climbing; its x range is left to
-  // MakeBlocks.
-  static void FillChain(TMChain& Chain, const TDynPoints2D& P, const TRingRun& Run);
+  // The chains of the cycle in order of travel, as ranges of it, into Runs.
+  static void RingRuns(const TCycle& C, std::vector<TRingRun>& Runs);
+  // Fills Chain with one run of the cycle, once, at its size, climbing; its x range is left
+  // to MakeBlocks.
+  static void FillChain(TMChain& Chain, const TCycle& C, const TRingRun& Run);
+  // The chains of the cycle, or without one those of Open (closed or not), made, indexed by
+  // stretches and put in the list order, with the box.
+  void MakeChains(const TCycle* Cycle, const TDynPoints2D& Open, bool Closed);
   // The chains of an open polyline, or of a closed one that is a single step there and back.
   static void CutPolyline(const TDynPoints2D& P, bool Closed, std::vector<std::unique_ptr<TMChain>>& Chains);
   static TChainSpan SpanOf(const TMChain& Chain);

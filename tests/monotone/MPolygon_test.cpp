@@ -137,6 +137,46 @@ TEST(MPolygon, SeamsAndDegenerateOutlines) {
   EXPECT_THROW(broken->ToVPolyline2D(), EAssertionFailed);
 }
 
+// A ring given without its closing vertex makes the polygon of the ring closed: chain for
+// chain, in the same order and cycle, with the same box. Seams inside runs and level runs
+// across the seam are where the two ways of reading the seam vertex could part.
+TEST(MPolygon, FromRingMatchesTheClosedPolyline) {
+  const auto same = [](const TDynPoints2D& Ring, bool Owns) {
+    TDynPoints2D closed = Ring;
+    if (!closed.empty()) closed.push_back(closed.front());
+    const TMPolygon reference(TVPolyline2D(closed), nullptr, Owns);
+    const std::unique_ptr<TMPolygon> fromRing = TMPolygon::FromRing(Ring, nullptr, Owns);
+    if (fromRing->Count() != reference.Count() || fromRing->GetOwnsObjects() != Owns) return false;
+    if (!(fromRing->BoundBox() == reference.BoundBox())) return false;
+    for (int k = 0; k < reference.Count(); ++k) {
+      const TMChain* a = (*fromRing)[k];
+      const TMChain* b = reference[k];
+      if (!a->IsEqualTo(*b, 0.0) || a->GetPositive() != b->GetPositive()) return false;
+      if (fromRing->IndexOf(a->GetNext()) != reference.IndexOf(b->GetNext())) return false;
+    }
+    return true;
+  };
+  std::vector<TDynPoints2D> rings = {
+      {{4, 1}, {4, 2}, {0, 2}, {0, 0}, {4, 0}},                 // seam inside a climbing run
+      {{0, 1}, {1, 1}, {1, 2}, {-1, 2}, {-1, 0}, {0, 0}},       // level first run after the seam
+      {{0, 0}, {4, 0}, {4, 4}, {0, 4}, {0, 0}},                 // closing vertex given anyway
+      {{0, 0}, {1, 0}, {2, 0}, {3, 0}},                         // all level
+      {{0, 0}, {1, 1}},                                         // too short for a ring
+      {}};
+  std::mt19937 rng(41);
+  for (int k = 0; k < 300; ++k) {
+    // Whole-number rings have level steps everywhere, the seam included; stars do not.
+    TDynPoints2D ring = k % 3 ? testing::GridRing(rng, 12, 4) : testing::Star(rng, 3 + k % 30);
+    if (k % 3) ring.pop_back();
+    rings.push_back(std::move(ring));
+  }
+  for (std::size_t k = 0; k < rings.size(); ++k) {
+    EXPECT_TRUE(same(rings[k], true)) << "ring " << k;
+    EXPECT_TRUE(same(rings[k], false)) << "ring " << k;
+  }
+  EXPECT_THROW(TMPolygon::FromRing(TDynPoints2D{{0, 0}, {1, std::nan("")}, {0, 1}}, nullptr), EParamError);
+}
+
 TEST(MPolygon, OutlineAreaAndOrientationRoundTrip) {
   std::mt19937 rng(17);
   std::vector<TDynPoints2D> rings;

@@ -30,7 +30,7 @@ constexpr double KernelTol = DefaultTol;
 
 // The polygon keeps its chains to itself, which lets it make them all at once.
 std::unique_ptr<TMPolygon> MonotoneRing(const TDynPoints2D& Ring) {
-  return std::make_unique<TMPolygon>(ClosedPolyline(Ring), nullptr, false);
+  return TMPolygon::FromRing(Ring, nullptr, false);
 }
 
 // Two segments come within Dist: they cross, or an end of one lies within Dist of the other.

@@ -569,12 +569,12 @@ void ValidateLayout(const TLayout& Layout) {
     }
     CheckRing(part.Outer, [&] { return what() + " outer ring"; });
     if (part.Holes.empty()) continue;
-    const TMPolygon outer(ClosedPolyline(part.Outer), nullptr);
+    const std::unique_ptr<TMPolygon> outer = TMPolygon::FromRing(part.Outer, nullptr);
     for (std::size_t h = 0; h < part.Holes.size(); ++h) {
       const auto hole = [&] { return Format("%s hole %d", what(), static_cast<int>(h)); };
       CheckRing(part.Holes[h], hole);
       for (const TPoint2D& p : part.Holes[h]) {
-        if (outer.PointIsIn(p) == 0) throw ELayoutError(hole() + " reaches outside the part's outer ring");
+        if (outer->PointIsIn(p) == 0) throw ELayoutError(hole() + " reaches outside the part's outer ring");
       }
     }
   }
@@ -639,14 +639,6 @@ std::vector<TDynPoints2D> LinearRings(const TLayoutPart& Part) {
     }
   }
   return rings;
-}
-
-TVPolyline2D ClosedPolyline(const TDynPoints2D& Ring) {
-  TDynPoints2D closed;
-  closed.reserve(Ring.size() + 1);
-  closed.assign(Ring.begin(), Ring.end());
-  if (!closed.empty()) closed.push_back(closed.front());
-  return TVPolyline2D(std::move(closed));
 }
 
 std::vector<TLayout> ParseLayoutWithNlohmann(const std::string& Text, const std::string& Name) {

@@ -66,8 +66,6 @@ struct TLayout {
   std::optional<TExpectedChecks> Expected;
 };
 
-// A ring as the kernel's closed outline: its first vertex repeated at the end.
-TVPolyline2D ClosedPolyline(const TDynPoints2D& Ring);
 // A ring as the kernel's closed mixed outline: from each vertex a line, or an arc where
 // Bulges (nullptr for none) gives one.
 std::unique_ptr<TLABPolyline> ArcPolyline(const TDynPoints2D& Ring, const std::vector<double>* Bulges);
