@@ -96,6 +96,83 @@ struct TIndexedName {
   }
 };
 
+// Splines with at most this many control points are read in one walk over the children,
+// which also counts them; a larger count is first checked against the children present, so
+// that a forged count sizes nothing.
+constexpr std::int32_t CWalkOnce = 1024;
+
+// The arrays of a spline being read, and which indices have been read (on the stack for the
+// usual small spline). The first element of an index counts; a knot without its element is
+// 0.0, a control point without its element has weight 0 and is refused later.
+struct TReadArrays {
+  TFloatDynArray Knots;
+  TDynPoints2D Pts;
+  TFloatDynArray Weights;
+  std::array<char, 256> SeenSmall;
+  std::vector<char> SeenLarge;
+  char* Seen = nullptr;
+
+  TReadArrays(std::int32_t K, std::int32_t N) { Reset(K, N); }
+  void Reset(std::int32_t K, std::int32_t N) {
+    Knots.assign(static_cast<std::size_t>(K), 0.0);
+    Pts.assign(static_cast<std::size_t>(N), TPoint2D());
+    Weights.assign(static_cast<std::size_t>(N), 0.0);
+    const std::size_t indices = static_cast<std::size_t>(K) + static_cast<std::size_t>(N);
+    Seen = SeenSmall.data();
+    if (indices > SeenSmall.size()) {
+      SeenLarge.assign(indices, 0);
+      Seen = SeenLarge.data();
+    }
+    std::fill_n(Seen, indices, char{0});
+  }
+};
+
+// One pass over the children of a spline element into A; Children counts them all. The quick
+// pass (Careful false) reads only values written plainly and answers false at the first
+// other one, or at a named node without a value, which could be no element at all: text
+// and comments have no name, so they match no index. The careful pass reads every form and
+// words the faults.
+template <bool Careful>
+bool ReadChildren(const pugi::xml_node& ANode, std::int32_t K, std::int32_t N, TReadArrays& A,
+                  std::int64_t& Children) {
+  using internal::TXmlNodeHelper;
+  static constexpr const char* Where = "TGeSpline2D.LoadFromXmlNode";
+  for (pugi::xml_node c = ANode.first_child(); !internal::IsEmpty(c); c = c.next_sibling()) {
+    ++Children;
+    if (Careful && c.type() != pugi::node_element) continue;
+    const char* name = c.name();
+    if (const std::int32_t i = IndexAfter(name, "Knot", K); i >= 0) {
+      const auto at = static_cast<std::size_t>(i);
+      if (A.Seen[at] != 0) continue;
+      if (!internal::TextToDouble(c.child_value(), A.Knots[at])) {
+        if (!Careful) return false;
+        A.Knots[at] = TXmlNodeHelper::ReadDoubleText(c, Where);
+      }
+      A.Seen[at] = 1;
+    } else if (const std::int32_t j = IndexAfter(name, "CtrlPoint", N); j >= 0) {
+      const auto at = static_cast<std::size_t>(j);
+      if (A.Seen[static_cast<std::size_t>(K) + at] != 0) continue;
+      pugi::xml_attribute a = c.first_attribute();
+      if (!Careful && internal::IsEmpty(a)) return false;
+      // The attributes are walked once rather than looked up.
+      double* slot[3] = {&A.Pts[at].X, &A.Pts[at].Y, &A.Weights[at]};
+      bool got[3] = {false, false, false};
+      for (; !internal::IsEmpty(a); a = a.next_attribute()) {
+        const char* an = a.name();
+        const int v = NameIs(an, "X") ? 0 : NameIs(an, "Y") ? 1 : NameIs(an, "Wt") ? 2 : -1;
+        if (v < 0 || got[v]) continue;
+        got[v] = true;
+        if (!internal::TextToDouble(a.value(), *slot[v])) {
+          if (!Careful) return false;
+          *slot[v] = TXmlNodeHelper::ReadDoubleAttr(c, a, Where);
+        }
+      }
+      A.Seen[static_cast<std::size_t>(K) + at] = 1;
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 void TGeSpline2D::SaveToXmlNode(pugi::xml_node& ANode) const {
@@ -160,13 +237,25 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
   // are fewer than the points plus 5. So the child nodes bound every array. Text straight
   // inside the element is one of them, whether the parser kept it as a child or as the
   // element's own value.
-  std::int64_t children = *ANode.value() != '\0' ? 1 : 0;
-  for (pugi::xml_node c = ANode.first_child(); !internal::IsEmpty(c) && children < n; c = c.next_sibling()) {
-    ++children;
-  }
-  if (children < n) {
-    TXmlNodeHelper::Fail(ANode, Where, Format("the control point count %d exceeds the elements present", n));
-  }
+  const std::int64_t ownText = *ANode.value() != '\0' ? 1 : 0;
+  const auto countChildren = [&] {
+    std::int64_t children = ownText;
+    for (pugi::xml_node c = ANode.first_child(); !internal::IsEmpty(c) && children < n; c = c.next_sibling()) {
+      ++children;
+    }
+    return children;
+  };
+  const auto checkCount = [&](std::int64_t Children) {
+    if (Children < n) {
+      TXmlNodeHelper::Fail(ANode, Where, Format("the control point count %d exceeds the elements present", n));
+    }
+  };
+  if (n > CWalkOnce) checkCount(countChildren());
+  TReadArrays arrays(k, n);
+  std::int64_t children = ownText;
+  const bool plain = ReadChildren<false>(ANode, k, n, arrays, children);
+  // The faults in the order a careful reader meets them: the count, the flags, the values.
+  if (n <= CWalkOnce) checkCount(plain ? children : countChildren());
   // The flags as written read straight, the helper reads any other form.
   const auto flag = [&](const pugi::xml_attribute& A, const char* Text) {
     if (Text == nullptr) return false;
@@ -176,46 +265,14 @@ void TGeSpline2D::LoadFromXmlNode(const pugi::xml_node& ANode) {
   const bool periodic = flag(periodicAttr, periodicText);
   // Checked for form only: the weights decide rationality, whatever the flag says.
   flag(rationalAttr, rationalText);
-
-  // One pass over the children; the first element of an index counts, a knot without its
-  // element is 0.0. A control point's attributes are walked once rather than looked up.
-  TFloatDynArray knots(static_cast<std::size_t>(k), 0.0);
-  TDynPoints2D pts(static_cast<std::size_t>(n));
-  TFloatDynArray weights(static_cast<std::size_t>(n), 0.0);
-  // Which indices have been read, on the stack for the usual small spline.
-  const std::size_t indices = static_cast<std::size_t>(k) + static_cast<std::size_t>(n);
-  std::array<char, 256> seenSmall;
-  std::vector<char> seenLarge;
-  char* seen = seenSmall.data();
-  if (indices > seenSmall.size()) {
-    seenLarge.resize(indices);
-    seen = seenLarge.data();
+  if (!plain) {
+    arrays.Reset(k, n);
+    children = ownText;
+    ReadChildren<true>(ANode, k, n, arrays, children);
   }
-  std::fill_n(seen, indices, char{0});
-  for (pugi::xml_node c = ANode.first_child(); !internal::IsEmpty(c); c = c.next_sibling()) {
-    if (c.type() != pugi::node_element) continue;
-    const char* name = c.name();
-    if (const std::int32_t i = IndexAfter(name, "Knot", k); i >= 0) {
-      const auto at = static_cast<std::size_t>(i);
-      if (seen[at] != 0) continue;
-      seen[at] = 1;
-      // Read straight; the helper only to word a value that does not read.
-      if (!internal::TextToDouble(c.child_value(), knots[at])) knots[at] = TXmlNodeHelper::ReadDoubleText(c, Where);
-    } else if (const std::int32_t j = IndexAfter(name, "CtrlPoint", n); j >= 0) {
-      const auto at = static_cast<std::size_t>(j);
-      if (seen[static_cast<std::size_t>(k) + at] != 0) continue;
-      seen[static_cast<std::size_t>(k) + at] = 1;
-      double* slot[3] = {&pts[at].X, &pts[at].Y, &weights[at]};
-      bool got[3] = {false, false, false};
-      for (pugi::xml_attribute a = c.first_attribute(); !internal::IsEmpty(a); a = a.next_attribute()) {
-        const char* an = a.name();
-        const int v = NameIs(an, "X") ? 0 : NameIs(an, "Y") ? 1 : NameIs(an, "Wt") ? 2 : -1;
-        if (v < 0 || got[v]) continue;
-        got[v] = true;
-        if (!internal::TextToDouble(a.value(), *slot[v])) *slot[v] = TXmlNodeHelper::ReadDoubleAttr(c, a, Where);
-      }
-    }
-  }
+  TFloatDynArray& knots = arrays.Knots;
+  TDynPoints2D& pts = arrays.Pts;
+  TFloatDynArray& weights = arrays.Weights;
   if (const std::string fault = ValuesFault(p, knots, pts, weights); !fault.empty()) {
     TXmlNodeHelper::Fail(ANode, Where, fault);
   }

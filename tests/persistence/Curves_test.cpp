@@ -437,3 +437,73 @@ TEST(SplineRecords, MalformedRecordsAreReadErrorsThatLeaveTheSplineAsItWas) {
   target->LoadGeoData(r);
   EXPECT_TRUE(target->GetIsPeriodic());
 }
+
+// A spline element is read by a quick walk over plainly written values and, when that meets
+// anything else, by a careful one: both must read the same spline and, in a file with
+// several faults, name the one a single careful reader meets first (count, flags, values).
+TEST(SplineRecords, EveryValueFormReadsAlikeAndTheFirstFaultIsNamed) {
+  const std::string good = SaveXml({Make(2, {{1, 0}, {1, 1}, {0, 1}}, {1, 0.5, 1}, 3).get()});
+  const auto edit = [](std::string T, const std::vector<std::pair<std::string, std::string>>& Edits) {
+    for (const auto& [from, to] : Edits) T.replace(T.find(from), from.size(), to);
+    return T;
+  };
+  const auto message = [](const std::string& Text) {
+    TObjectList<TGeCurve2D> list;
+    try {
+      ReadXml(Text, list);
+    } catch (const EInOutError& e) {
+      return e.Message;
+    }
+    return std::string("read");
+  };
+  // Blanks around values, a repeated index and text between elements read as the plain file.
+  TObjectList<TGeCurve2D> plain;
+  ReadXml(good, plain);
+  for (const std::string& same :
+       {edit(good, {{"<Knot4>1<", "<Knot4> 1 <"}, {"Y=\"1\" Wt=\"0.5\"", "Y=\" 1\" Wt=\"0.5 \""}}),
+        edit(good, {{"<CtrlPoint1 ", "<CtrlPoint1 X=\"1\" Y=\"1\" Wt=\"0.5\"/>text<CtrlPoint1 X=\"9\" "}})}) {
+    TObjectList<TGeCurve2D> back;
+    ReadXml(same, back);
+    EXPECT_EQ(SaveXml({back.begin(), back.end()}), SaveXml({plain.begin(), plain.end()}));
+  }
+  // An empty first element of an index counts.
+  EXPECT_NE(message(edit(good, {{"<CtrlPoint2 ", "<CtrlPoint2/><CtrlPoint2 "}})).find("weight 2 is not a positive number"),
+            std::string::npos);
+  // Processing instructions named like values are no elements: ignored.
+  for (const std::string pi : {"<?Knot0 7?>", "<?CtrlPoint0 ?>"}) {
+    const std::string withPi = edit(good, {{"<Knot0>", pi + "<Knot0>"}});
+    pugi::xml_document doc;
+    ASSERT_TRUE(doc.load_string(withPi.c_str(), pugi::parse_default | pugi::parse_pi));
+    auto read = Make(1, {{0, 0}, {1, 0}}, {1, 1}, 2);
+    read->LoadFromXmlNode(doc.document_element().first_child());
+    EXPECT_EQ(SaveXml({read.get()}), SaveXml({plain.begin(), plain.end()}));
+  }
+
+  // Too few elements, a bad flag and a bad value: the count; then the flag; then the value.
+  const std::string counts = "CtrlCount=\"10\" Degree=\"2\" KnotCount=\"13\" IsPeriodic=\"maybe\"";
+  const std::string flag = "CtrlCount=\"3\" Degree=\"2\" KnotCount=\"6\" IsPeriodic=\"maybe\"";
+  const std::string header = "CtrlCount=\"3\" Degree=\"2\" KnotCount=\"6\" IsPeriodic=\"false\"";
+  const std::string badKnot = "<Knot4>x</Knot4>";
+  EXPECT_NE(message(edit(good, {{header, counts}, {"<Knot4>1</Knot4>", badKnot}}))
+                .find("the control point count 10 exceeds the elements present"),
+            std::string::npos);
+  EXPECT_NE(message(edit(good, {{header, flag}, {"<Knot4>1</Knot4>", badKnot}})).find("IsPeriodic \"maybe\" is no boolean"),
+            std::string::npos);
+  EXPECT_NE(message(edit(good, {{"<Knot4>1</Knot4>", badKnot}})).find("the value \"x\" is no finite number"),
+            std::string::npos);
+
+  // Beyond a thousand control points the count is checked before the arrays are made.
+  const int n = 1500;
+  TDynPoints2D pts;
+  for (int i = 0; i < n; ++i) pts.push_back({double(i), double(i % 7)});
+  const std::string large = SaveXml({Make(3, pts, TFloatDynArray(n, 1.0), 4).get()});
+  TObjectList<TGeCurve2D> back;
+  ReadXml(large, back);
+  ASSERT_EQ(back.Count(), 1);
+  EXPECT_EQ(SaveXml({back[0]}), large);
+  std::string cut = large;
+  cut.erase(cut.find("    <Knot0>"), cut.find("    <CtrlPoint0 ") - cut.find("    <Knot0>"));
+  cut.erase(cut.find("    <CtrlPoint1499 "), cut.find("  </Spline2D>") - cut.find("    <CtrlPoint1499 "));
+  EXPECT_NE(message(cut).find("the control point count 1500 exceeds the elements present"), std::string::npos)
+      << message(cut);
+}
