@@ -154,18 +154,21 @@ bool ReadChildren(const pugi::xml_node& ANode, std::int32_t K, std::int32_t N, T
       if (A.Seen[static_cast<std::size_t>(K) + at] != 0) continue;
       pugi::xml_attribute a = c.first_attribute();
       if (!Careful && internal::IsEmpty(a)) return false;
-      // The attributes are walked once rather than looked up.
+      // The attributes are walked once rather than looked up, and no further than the three.
       double* slot[3] = {&A.Pts[at].X, &A.Pts[at].Y, &A.Weights[at]};
-      bool got[3] = {false, false, false};
+      unsigned got = 0;
       for (; !internal::IsEmpty(a); a = a.next_attribute()) {
         const char* an = a.name();
-        const int v = NameIs(an, "X") ? 0 : NameIs(an, "Y") ? 1 : NameIs(an, "Wt") ? 2 : -1;
-        if (v < 0 || got[v]) continue;
-        got[v] = true;
+        const int v = (an[0] == 'X' || an[0] == 'Y') && an[1] == '\0' ? an[0] - 'X'
+                      : an[0] == 'W' && an[1] == 't' && an[2] == '\0' ? 2
+                                                                        : -1;
+        if (v < 0 || (got >> v & 1u) != 0) continue;
+        got |= 1u << v;
         if (!internal::TextToDouble(a.value(), *slot[v])) {
           if (!Careful) return false;
           *slot[v] = TXmlNodeHelper::ReadDoubleAttr(c, a, Where);
         }
+        if (got == 7u) break;
       }
       A.Seen[static_cast<std::size_t>(K) + at] = 1;
     }

@@ -53,6 +53,40 @@ bool DecimalToDouble(const char* Text, const char* End, std::uint64_t Mantissa, 
 inline constexpr double CExactPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                          1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
+// The decimal digits from P on, added to Mantissa; answers where they stop. Four digits
+// join before they meet Mantissa, so that its chain of multiplications, which decides the
+// time of a long number, is a quarter as long. A byte is read only after the byte before it
+// was a digit, so the text's terminating NUL is never passed.
+inline const char* AddDigits(const char* P, std::uint64_t& Mantissa) {
+  std::uint64_t m = Mantissa;
+  for (;;) {
+    const unsigned d0 = static_cast<unsigned char>(P[0]) - 48u;
+    if (d0 > 9) break;
+    const unsigned d1 = static_cast<unsigned char>(P[1]) - 48u;
+    if (d1 > 9) {
+      m = m * 10 + d0;
+      P += 1;
+      break;
+    }
+    const unsigned d2 = static_cast<unsigned char>(P[2]) - 48u;
+    if (d2 > 9) {
+      m = m * 100 + (d0 * 10 + d1);
+      P += 2;
+      break;
+    }
+    const unsigned d3 = static_cast<unsigned char>(P[3]) - 48u;
+    if (d3 > 9) {
+      m = m * 1000 + (d0 * 100 + d1 * 10 + d2);
+      P += 3;
+      break;
+    }
+    m = m * 10000 + (d0 * 1000 + d1 * 100 + d2 * 10 + d3);
+    P += 4;
+  }
+  Mantissa = m;
+  return P;
+}
+
 // TextToDoubleZ, taking the common case in line: the readers of markup values meet millions
 // of numbers and find most of them plain decimals ("-12.5") with nothing around them. When
 // such a decimal's digits make an integer of at most 2^53 and it has at most 22 decimals,
@@ -65,11 +99,9 @@ inline bool TextToDouble(const char* Text, double& Value) {
   // More than 19 digits may wrap the integer; such numbers go the general way.
   std::uint64_t mantissa = 0;
   const char* whole = p;
-  for (unsigned d; (d = static_cast<unsigned char>(*p) - 48u) <= 9; ++p) mantissa = mantissa * 10 + d;
+  p = AddDigits(p, mantissa);
   const char* point = p;
-  if (*p == '.') {
-    for (unsigned d; (d = static_cast<unsigned char>(*++p) - 48u) <= 9;) mantissa = mantissa * 10 + d;
-  }
+  if (*p == '.') p = AddDigits(p + 1, mantissa);
   const std::ptrdiff_t decimals = *point == '.' ? p - point - 1 : 0;
   const std::ptrdiff_t digits = (point - whole) + decimals;
   if (*p != '\0' || point == whole || (*point == '.' && decimals == 0)) return TextToDoubleZ(Text, Value);
