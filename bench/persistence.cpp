@@ -11,8 +11,12 @@
 //   splines, twice: the part drawings' splines taken in turn, and random cubics with every
 //   coordinate at full precision (argument 0 and 1)
 //     ours:  binary records of 10^5 of them, written and read as above; an XML curve file of
-//            10^4 of them read by TGeCurve2DFiler::ReadCurveList
-//     pugixml: xml_document::load of the same XML text
+//            10^4 of them read by TGeCurve2DFiler::ReadCurveList, from a stream as above and
+//            from the file by its name, as a host reads a drawing
+//     pugixml: xml_document::load of the same XML text, and load_file of the same file. Read
+//              from the file, the objects built (ours) and the tree (pugixml's) are freed
+//              outside the timing: freeing is no part of reading, and only ours frees an
+//              object per curve
 //   a JSON point list of 10^6 points
 //     ours:  TVPoint2DList::ReadFrom (file read, parse, points stored)
 //     nlohmann: the same file read and nlohmann::json::parse into its tree
@@ -28,6 +32,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <pugixml.hpp>
@@ -149,6 +154,42 @@ void PugixmlParse(benchmark::State& State, const TCurves& c) {
     std::istringstream in(c.Xml);
     pugi::xml_document doc;
     benchmark::DoNotOptimize(doc.load(in));
+  }
+  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Xml.size()));
+}
+
+// The same text as a file, read by its name; what was read is freed outside the timing.
+const std::string& XmlFile(const TCurves& c) {
+  static std::map<const TCurves*, std::string> files;
+  std::string& name = files[&c];
+  if (name.empty()) {
+    name = "/tmp/orvane_bench_curves_" + std::to_string(::getpid()) + "_" + std::to_string(files.size()) + ".xml";
+    std::ofstream(name, std::ios::binary) << c.Xml;
+  }
+  return name;
+}
+
+void XmlFileRead(benchmark::State& State, const TCurves& c) {
+  const std::string& file = XmlFile(c);
+  for (auto _ : State) {
+    auto list = std::make_unique<TObjectList<TGeCurve2D>>();
+    TGeCurve2DFiler::ReadCurveList(*list, file);
+    benchmark::DoNotOptimize(list->Count());
+    State.PauseTiming();
+    list.reset();
+    State.ResumeTiming();
+  }
+  State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Xml.size()));
+}
+
+void PugixmlFileParse(benchmark::State& State, const TCurves& c) {
+  const std::string& file = XmlFile(c);
+  for (auto _ : State) {
+    auto doc = std::make_unique<pugi::xml_document>();
+    benchmark::DoNotOptimize(doc->load_file(file.c_str()));
+    State.PauseTiming();
+    doc.reset();
+    State.ResumeTiming();
   }
   State.SetBytesProcessed(State.iterations() * static_cast<std::int64_t>(c.Xml.size()));
 }
@@ -352,6 +393,14 @@ void BM_Pugixml_SplineParse(benchmark::State& State) {
   if (const TCurves* c = Splines(State)) PugixmlParse(State, *c);
 }
 
+void BM_Orvane_SplineXmlFileRead(benchmark::State& State) {
+  if (const TCurves* c = Splines(State)) XmlFileRead(State, *c);
+}
+
+void BM_Pugixml_SplineFileParse(benchmark::State& State) {
+  if (const TCurves* c = Splines(State)) PugixmlFileParse(State, *c);
+}
+
 const std::string& PointsFile() {
   static const std::string file = [] {
     std::string name = "/tmp/orvane_bench_points_" + std::to_string(::getpid()) + ".json";
@@ -413,6 +462,8 @@ BENCHMARK(BM_Orvane_SplineBinaryWrite)->Arg(0)->Arg(1)->Unit(benchmark::kMillise
 BENCHMARK(BM_Orvane_SplineBinaryRead)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Orvane_SplineXmlRead)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Pugixml_SplineParse)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Orvane_SplineXmlFileRead)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Pugixml_SplineFileParse)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Orvane_JsonRead)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Nlohmann_JsonParse)->Unit(benchmark::kMillisecond);
 
