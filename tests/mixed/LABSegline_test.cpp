@@ -28,10 +28,8 @@ TEST(LABSegline, HalfDiskArcByBulgeOne) {
   ExpectNear(arc.TangentVector(0.0), {0, Pi});
   EXPECT_NEAR(arc.Length(0.1), Pi, 1e-15);
   const TRect2D box = arc.BoundBox();
-  EXPECT_NEAR(box.XMin, -1, 1e-15);
-  EXPECT_NEAR(box.XMax, 1, 1e-15);
-  EXPECT_NEAR(box.YMin, 0, 1e-15);
-  EXPECT_NEAR(box.YMax, 1, 1e-15);
+  ExpectNear({box.XMin, box.YMin}, {-1, 0}, 1e-15);
+  ExpectNear({box.XMax, box.YMax}, {1, 1}, 1e-15);
   EXPECT_NEAR(arc.ParamByPoint({-1.0, std::sqrt(3.0)}, 1e-6), 2.0 / 3.0, 1e-12);  // the ray at 120 degrees
   // Round(1 / 0.25) + 1 = 5 points, evenly in angle.
   const auto pts = arc.Sample(0.25);

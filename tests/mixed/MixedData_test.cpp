@@ -31,14 +31,6 @@ namespace fs = std::filesystem;
 
 fs::path CurvesDir() { return fs::path(ORVANE_SHARED_DATA_DIR) / "curves"; }
 
-// The LWPOLYLINEs of the ENTITIES section.
-std::vector<testing::TDxfLwPolyline> ReadLWPolylines(const fs::path& File) {
-  std::vector<testing::TDxfLwPolyline> result;
-  for (const testing::TDxfEntity& e : testing::ReadDxfEntities(File))
-    if (e.ModelSpace && e.Kind == "LWPOLYLINE") result.push_back(testing::LwPolyline(e));
-  return result;
-}
-
 void FromDxf(const testing::TDxfLwPolyline& D, TLABPolyline& p) {
   const std::size_t n = D.Pts.size();
   for (std::size_t i = 0; i + 1 < n + (D.Closed ? 1 : 0); ++i) {
@@ -234,7 +226,9 @@ TEST(MixedData, DxfBulgesCloseAndMeasureExactly) {
   for (const char* file : {"laser4diy_mainsheet_x.dxf", "laser4diy_cornerbracket_8pcs_x.dxf", "laser4diy_baseplate.dxf",
                            "skydxf_issue39.dxf"}) {
     if (!fs::exists(CurvesDir() / file)) GTEST_SKIP() << "no shared data: " << file;
-    for (const testing::TDxfLwPolyline& d : ReadLWPolylines(CurvesDir() / file)) {
+    for (const testing::TDxfEntity& e : testing::ReadDxfEntities(CurvesDir() / file)) {
+      if (!e.ModelSpace || e.Kind != "LWPOLYLINE") continue;
+      const testing::TDxfLwPolyline d = testing::LwPolyline(e);
       if (d.Pts.size() < 2) continue;
       TLABPolyline p;
       FromDxf(d, p);
