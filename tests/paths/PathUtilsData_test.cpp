@@ -1,11 +1,10 @@
-// TPathUtils on the real part outlines, against GEOS and polyclipping: conversion round
+// TPathUtils on the real part outlines, against GEOS: conversion round
 // trips, areas, point relations and distances on random points, boundary points, list
 // equality and congruence.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <clipper.hpp>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -119,7 +118,7 @@ struct TGeos {
 };
 
 // One pass over an outline: areas, random points off a band of one integer unit (relation
-// by ours, the exact test, polyclipping and GEOS; distance against GEOS on every tenth), and
+// by ours and the exact test against GEOS; distance against GEOS on every tenth), and
 // lattice points on the boundary.
 void CheckOutline(const TGeos& G, const TPath64& P, int Points, std::mt19937_64& Rng, const std::string& Name) {
   GEOSGeometry* poly = G.Polygon(P);
@@ -136,11 +135,6 @@ void CheckOutline(const TGeos& G, const TPath64& P, int Points, std::mt19937_64&
   }();
   const TPaths64 asList{P};
   const TRect64 box = U::IntBoundbox(P);
-  const ClipperLib::Path engine = [&] {
-    ClipperLib::Path e;
-    for (const TPoint64& v : P) e.emplace_back(v.X, v.Y);
-    return e;
-  }();
   const std::int64_t mx = (box.Right - box.Left) / 10 + 1, my = (box.Bottom - box.Top) / 10 + 1;
   std::uniform_int_distribution<std::int64_t> xs(box.Left - mx, box.Right + mx), ys(box.Top - my, box.Bottom + my);
   int counted = 0;
@@ -152,7 +146,6 @@ void CheckOutline(const TGeos& G, const TPath64& P, int Points, std::mt19937_64&
     const bool in = GEOSPreparedContains_r(G.H, prepared, gp) == 1;
     ASSERT_EQ(U::RelationWithPoint(P, pt), in ? TShapeRelation::srIn : TShapeRelation::srOut) << Name;
     ASSERT_EQ(U::PointInPolygon(pt, P, box), in ? 1 : 0) << Name;
-    ASSERT_EQ(ClipperLib::PointInPolygon(ClipperLib::IntPoint(pt.X, pt.Y), engine), in ? 1 : 0) << Name;
     if (k % 10 == 0) {
       double geosDist = 0.0;
       GEOSDistance_r(G.H, gp, ring, &geosDist);
@@ -181,7 +174,6 @@ void CheckOutline(const TGeos& G, const TPath64& P, int Points, std::mt19937_64&
       GEOSGeom_destroy_r(G.H, gp);
       ASSERT_EQ(U::RelationWithPoint(P, on), TShapeRelation::srOn) << Name;
       ASSERT_EQ(U::PointInPolygon(on, P, box), -1) << Name;
-      ASSERT_EQ(ClipperLib::PointInPolygon(ClipperLib::IntPoint(on.X, on.Y), engine), -1) << Name;
     }
   }
   GEOSPreparedGeom_destroy_r(G.H, prepared);
@@ -189,7 +181,7 @@ void CheckOutline(const TGeos& G, const TPath64& P, int Points, std::mt19937_64&
   GEOSGeom_destroy_r(G.H, ring);
 }
 
-TEST(PathUtilsData, AreaRelationAndDistanceAgreeWithGeosAndPolyclipping) {
+TEST(PathUtilsData, AreaRelationAndDistanceAgreeWithGeos) {
   REQUIRE_OUTLINES();
   TGeos g;
   std::mt19937_64 rng(16);

@@ -125,16 +125,8 @@ TEST(PathUtils, BoxesReadOneYOrder) {
   EXPECT_FALSE(U::BoundBox(TPath64()).IsValid());
   EXPECT_EQ(U::BoundBox(TPaths64{{{1, 5}}, {}, {{-2, 3}, {4, 4}}}), TRect2D(-2, 3, 4, 5));
 
-  // The box overload of PointInPolygon: outside the box is outside; a point on the box edge is
-  // on the boundary only when it is on the polygon.
-  const TPath64 tri{{0, 0}, {10, 0}, {0, 10}};
-  const TRect64 tb = U::IntBoundbox(tri);
-  EXPECT_EQ(U::PointInPolygon({10, 10}, tri, tb), 0);
-  EXPECT_EQ(U::PointInPolygon({5, 5}, tri, tb), -1);
-  EXPECT_EQ(U::PointInPolygon({0, 4}, tri, tb), -1);
-  EXPECT_EQ(U::PointInPolygon({2, 2}, tri, tb), 1);
-  EXPECT_EQ(U::PointInPolygon({20, 5}, tri, tb), 0);
-  EXPECT_EQ(U::PointInPolygon({3, 3}, tri, TRect64(0, 0, 2, 2)), 0);
+  // The box overload of PointInPolygon trusts the box given: outside it is outside.
+  EXPECT_EQ(U::PointInPolygon({3, 3}, TPath64{{0, 0}, {10, 0}, {0, 10}}, TRect64(0, 0, 2, 2)), 0);
 }
 
 TEST(PathUtils, EditsAndMotions) {
@@ -219,7 +211,6 @@ TEST(PathUtils, MeasuresAtTheEdgeOfTheRange) {
   EXPECT_DOUBLE_EQ(U::Area(holed, 0), 96.0);
   EXPECT_DOUBLE_EQ(U::Area(TPaths64{{{2, 2}, {2, 4}, {4, 4}, {4, 2}}}, 1), 4.0);
   EXPECT_DOUBLE_EQ(U::Area(holed, 2), 104.0);
-  EXPECT_FALSE(U::GetIsClockwise({}));
 
   // Whole clipping range: the area 4 H^2 and the perimeter 8 H pass 2^63 in their products.
   const TPath64 huge{{-H, -H}, {H, -H}, {H, H}, {-H, H}};
@@ -286,17 +277,11 @@ TEST(PathUtils, PointRelations) {
   constexpr std::int64_t M = 1000000;
   const TPath64 outer{{0, 0}, {M, 0}, {M, M}, {0, M}};
   const TPath64 inner{{200000, 200000}, {800000, 200000}, {800000, 800000}, {200000, 800000}};
-  EXPECT_EQ(U::RelationWithPoint(outer, {500000, 500000}), TShapeRelation::srIn);
-  EXPECT_EQ(U::RelationWithPoint(outer, {M, 3}), TShapeRelation::srOn);
-  EXPECT_EQ(U::RelationWithPoint(outer, {7, 0}), TShapeRelation::srOn);
-  EXPECT_EQ(U::RelationWithPoint(outer, {M + 1, 0}), TShapeRelation::srOut);
+  // Lattice outlines check the plain cases; here the neutral ones, and an empty member of a
+  // list is skipped in the even-odd count.
   EXPECT_EQ(U::RelationWithPoint(TPath64(), {0, 0}), TShapeRelation::srOut);
   EXPECT_EQ(U::RelationWithPoint(TPath64{{4, 4}}, {4, 4}), TShapeRelation::srOn);
-  // Even-odd over nested paths; an empty member is skipped.
-  const TPaths64 nested{outer, {}, inner};
-  EXPECT_EQ(U::RelationWithPoint(nested, {500000, 500000}), TShapeRelation::srOut);
-  EXPECT_EQ(U::RelationWithPoint(nested, {100000, 100000}), TShapeRelation::srIn);
-  EXPECT_EQ(U::RelationWithPoint(nested, {200000, 500000}), TShapeRelation::srOn);
+  EXPECT_EQ(U::RelationWithPoint(TPaths64{outer, {}, inner}, {500000, 500000}), TShapeRelation::srOut);
   EXPECT_EQ(U::RelationWithPoint(TPaths64(), {0, 0}), TShapeRelation::srOut);
   // A sloped edge passes 0.001 integer units right of (1000, 1000): on within 1e-6 drawing
   // units, while the exact test has it inside.
@@ -391,7 +376,6 @@ TEST(PathUtils, ParametersAndCorners) {
   EXPECT_EQ(param, -1.0);
   EXPECT_TRUE(U::ParamByPoint(TPath64{{5, 5}}, {5, 5}, param));
   EXPECT_EQ(param, 0.0);
-  EXPECT_FALSE(U::ParamByPoint(TPath64(), {5, 5}, param));
   // Doubling back: the outward leg is 5 units off, within Tol; the return leg passes through.
   const TPath64 back{{0, 0}, {M, 0}, {0, 10}};
   EXPECT_TRUE(U::ParamByPoint(back, {500000, 5}, param, 1e-4));
@@ -415,7 +399,6 @@ TEST(PathUtils, ParametersAndCorners) {
   EXPECT_DOUBLE_EQ(U::CornerRadian(closed, 4), 1.5 * Pi);
   EXPECT_DOUBLE_EQ(U::CornerRadian(TPath64{{0, 0}, {0, M}, {M, M}, {M, 0}}, 0), HalfPi);
   EXPECT_DOUBLE_EQ(U::CornerRadian(TPath64{{0, 0}, {M, 0}, {2 * M, 0}}, 1), Pi);
-  EXPECT_DOUBLE_EQ(U::CornerRadian(TPath64{{3, 3}}, 0), Pi);
   ExpectRaise<Exception>([&] { U::CornerRadian(closed, 5); }, "[Error] TPathUtils.CornerRadian: 下标越界");
   ExpectRaise<Exception>([&] { U::CornerRadian(closed, -1); }, "[Error] TPathUtils.CornerRadian: 下标越界");
 }
@@ -463,10 +446,7 @@ TEST(PathUtils, DegeneratePathsGiveNeutralAnswers) {
 TEST(PathUtils, RelationsOfNestedAndOverlappingSquares) {
   constexpr std::int64_t M = 1000000;  // sides of M: areas of whole units of 1e12
   auto sq = [](std::int64_t x, std::int64_t y, std::int64_t s) { return testing::Rect(x, y, x + s, y + s); };
-  auto cw = [](TPath64 p) {
-    U::Reverse(p);
-    return p;
-  };
+  auto cw = [](const TPath64& p) { return Clipper::ReversePath(p); };
   const TPath64 big = sq(0, 0, 4 * M);
   const TPath64 small = sq(M, M, M);
   constexpr double abs = 1e-6, rel = 1e-6;
