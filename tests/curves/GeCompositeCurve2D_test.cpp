@@ -48,10 +48,8 @@ TEST(GeCompositeCurve2D, StandardOutlines) {
   EXPECT_NEAR(rr->GetCurveLength(), 30.283185307179586, 1e-13);
   EXPECT_EQ(rr->GetInterval().Upper, 8.0);
   const TRect2D box = rr->BoundBlock();
-  EXPECT_NEAR(box.XMin, -5, 1e-15);
-  EXPECT_NEAR(box.YMin, -3, 1e-15);
-  EXPECT_NEAR(box.XMax, 5, 1e-15);
-  EXPECT_NEAR(box.YMax, 3, 1e-15);
+  ExpectNear({box.XMin, box.YMin}, {-5, -3}, 1e-15);
+  ExpectNear({box.XMax, box.YMax}, {5, 3}, 1e-15);
   EXPECT_TRUE(rr->GetIsClosed());
   EXPECT_TRUE(rr->CheckContinuous());
   EXPECT_FALSE(rr->GetIsClockwise());

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <random>
 
 #include "orvane/curves/LengthSamples.h"
@@ -118,30 +119,20 @@ void ExpectSameAsFresh(const TGePolyline2D& Curve) {
 
 TEST(GePolyline2D, CachesFollowEveryChange) {
   TGePolyline2D curve(TDynPoints2D{{0, 0}, {3, 0}, {3, 4}, {7, 4}});
-  auto touch = [&] {
-    curve.GetCurveLength();
-    curve.LengthAt(1.5);
-  };
-  touch();
-  curve.SetPoint(1, TPoint2D(2, -1));
-  ExpectSameAsFresh(curve);
-  touch();
-  curve.ReverseDir();
-  ExpectSameAsFresh(curve);
-  touch();
   TMatrix2D m;
   m.SetToRotation(0.3, TPoint2D(1, 2));
-  curve.TransformBy(m);
-  ExpectSameAsFresh(curve);
-  touch();
-  curve.SetPoints(Rect);
-  ExpectSameAsFresh(curve);
-  touch();
-  curve.Assign(TGePolyline2D(TDynPoints2D{{1, 1}, {2, 2}}));
-  ExpectSameAsFresh(curve);
-  touch();
-  curve.Initialize(3);
-  ExpectSameAsFresh(curve);
+  const std::function<void()> changes[] = {[&] { curve.SetPoint(1, TPoint2D(2, -1)); },
+                                           [&] { curve.ReverseDir(); },
+                                           [&] { curve.TransformBy(m); },
+                                           [&] { curve.SetPoints(Rect); },
+                                           [&] { curve.Assign(TGePolyline2D(TDynPoints2D{{1, 1}, {2, 2}})); },
+                                           [&] { curve.Initialize(3); }};
+  for (const auto& change : changes) {
+    curve.GetCurveLength();  // fill the caches before the change
+    curve.LengthAt(1.5);
+    change();
+    ExpectSameAsFresh(curve);
+  }
   // A polygon's closing segment starts at the last vertex and ends at vertex 0.
   TGePolygon2D ring(TDynPoints2D{{0, 0}, {4, 0}, {4, 3}});
   EXPECT_EQ(ring.GetCurveLength(), 12.0);

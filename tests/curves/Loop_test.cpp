@@ -83,11 +83,8 @@ TEST(GeLoop, AreaBoxAndCentroid) {
   EXPECT_DOUBLE_EQ(flipped->GetArea(), -6.0);
   EXPECT_EQ(flipped->GetBoundBox(), TRect2D(1, 2, 4, 4));
 
-  // An L of three unit squares: centroid (5/6, 5/6) by hand.
-  TGeLoop ell({{0, 0}, {2, 0}, {2, 1}, {1, 1}, {1, 2}, {0, 2}});
-  EXPECT_DOUBLE_EQ(ell.GetArea(), 3.0);
-  testing::ExpectNear(ell.GetGravityCenter(), TPoint2D(5.0 / 6.0, 5.0 / 6.0), 1e-15);
-  // The centroid leaves area and orientation alone, read before or after it.
+  // A clockwise L of three unit squares: centroid (5/6, 5/6) by hand, which leaves area and
+  // orientation alone, read before or after it.
   TGeLoop cw(testing::Reversed({{0, 0}, {2, 0}, {2, 1}, {1, 1}, {1, 2}, {0, 2}}));
   testing::ExpectNear(cw.GetGravityCenter(), TPoint2D(5.0 / 6.0, 5.0 / 6.0), 1e-15);
   EXPECT_DOUBLE_EQ(cw.GetArea(), -3.0);
@@ -128,14 +125,8 @@ TEST(GeLoop, AreaBoxAndCentroid) {
 }
 
 TEST(GeLoop, PointTestsAndContainment) {
+  // Plain point tests are the index and GEOS checks' business below.
   TGeLoop sq(Square(0, 0, 10));
-  EXPECT_EQ(sq.RelationWithPt({5, 5}, 1e-6), In);
-  EXPECT_EQ(sq.RelationWithPt({10, 5}, 1e-6), On);
-  EXPECT_EQ(sq.RelationWithPt({0, 0}, 1e-6), On);
-  EXPECT_EQ(sq.RelationWithPt({11, 5}, 1e-6), Out);
-  EXPECT_TRUE(sq.Contains(TPoint2D(5, 5)));
-  EXPECT_FALSE(sq.Contains(TPoint2D(-1, 5)));
-  EXPECT_TRUE(sq.PtInPoly({5, 5}));
   EXPECT_FALSE(TGeLoop({{0, 0}, {10, 0}}).PtInPoly({5, 0}));
   // PtInPoly works on the point rounded to single precision: just right of the right edge,
   // the rounded point is on it and counts as in; the margin of Contains keeps it out.
@@ -262,11 +253,8 @@ TEST(GeLoop, IndexAgreesWithScan) {
 
 #if ORVANE_HAVE_GEOS
 
-class TGeosOracle {
- public:
-  TGeosOracle() : FH(GEOS_init_r()) {}
-  TGeosOracle(const TGeosOracle&) = delete;
-  TGeosOracle& operator=(const TGeosOracle&) = delete;
+struct TGeosOracle {
+  GEOSContextHandle_t FH = GEOS_init_r();
   ~TGeosOracle() { GEOS_finish_r(FH); }
 
   // Compares area, centroid and the relation of Points with GEOS's for the ring Pts (no
@@ -340,9 +328,6 @@ class TGeosOracle {
     GEOSGeom_destroy_r(FH, poly);
     return valid;
   }
-
- private:
-  GEOSContextHandle_t FH;
 };
 
 // Points in and around Box, in single precision, which PtInPoly rounds to.
@@ -378,13 +363,16 @@ TEST(GeLoop, RealOutlinesAgainstGeos) {
   std::mt19937 rng(7);
   int parts = 0;
   int regions = 0;
+  auto ring = [](const nlohmann::json& Xys) {
+    TDynPoints2D r;
+    for (const nlohmann::json& xy : Xys) r.emplace_back(xy[0].get<double>(), xy[1].get<double>());
+    return r;
+  };
   for (const auto& entry : std::filesystem::directory_iterator(dir)) {
     std::ifstream in(entry.path());
     const nlohmann::json doc = nlohmann::json::parse(in);
     for (const nlohmann::json& part : doc["parts"]) {
-      TDynPoints2D ring;
-      for (const nlohmann::json& xy : part["outer"]) ring.emplace_back(xy[0].get<double>(), xy[1].get<double>());
-      const TGeLoop loop(ring);
+      const TGeLoop loop(ring(part["outer"]));
       const TRect2D box = loop.GetBoundBox();
       geos.Check(loop.GetPolyline2D().Points(), PointsIn(rng, box, 60), 1e-7 * (box.Width() + box.Height()));
       if (HasFatalFailure()) FAIL() << entry.path().filename() << " part " << part["id"];
@@ -394,11 +382,6 @@ TEST(GeLoop, RealOutlinesAgainstGeos) {
     // out.
     if (!doc.contains("bins")) continue;
     for (const nlohmann::json& bin : doc["bins"]) {
-      auto ring = [](const nlohmann::json& Xys) {
-        TDynPoints2D r;
-        for (const nlohmann::json& xy : Xys) r.emplace_back(xy[0].get<double>(), xy[1].get<double>());
-        return r;
-      };
       std::vector<TDynPoints2D> holes;
       for (const nlohmann::json& h : bin["holes"]) holes.push_back(ring(h));
       const TDynPoints2D outer = ring(bin["outer"]);
