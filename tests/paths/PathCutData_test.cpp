@@ -141,12 +141,9 @@ TEST(PathCutData, BaldacciBinsNestLikeGeos) {
       EXPECT_NEAR(ours / 1e10, geosArea, perimeter * 1e-5) << bin["id"];
 
       const GEOSPreparedGeometry* prepared = GEOSPrepare_r(g.H, area);
-      double xmin = outer[0].X, xmax = xmin, ymin = outer[0].Y, ymax = ymin;
-      for (const TPoint2D& p : outer) {
-        xmin = std::min(xmin, p.X), xmax = std::max(xmax, p.X);
-        ymin = std::min(ymin, p.Y), ymax = std::max(ymax, p.Y);
-      }
-      std::uniform_real_distribution<double> ux(xmin, xmax), uy(ymin, ymax);
+      TRect2D box;
+      box.SetByPointsExt(outer);
+      std::uniform_real_distribution<double> ux(box.XMin, box.XMax), uy(box.YMin, box.YMax);
       for (int k = 0; k < 1000; ++k) {
         const TPoint2D pt(ux(rng), uy(rng));
         GEOSGeometry* gp = GEOSGeom_createPointFromXY_r(g.H, pt.X, pt.Y);

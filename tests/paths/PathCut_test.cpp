@@ -231,7 +231,6 @@ TEST(PathCut, ListsAndPolygonsFromClippingTrees) {
   Clipper::TPolyTree tree;
   ASSERT_TRUE(clipper.Execute(TClipType::ctUnion, &tree, TFillRule::frEvenOdd));
   const auto list = U::PolyTreeToPathsList(tree);
-  EXPECT_TRUE(list->GetOwns());
   ASSERT_EQ(list->Count(), 3);
   std::multiset<std::size_t> sizes;
   for (const TPaths64& item : *list) sizes.insert(item.size());

@@ -110,11 +110,6 @@ struct TGeos {
   GEOSGeometry* Point(const TPoint64& P) const {
     return GEOSGeom_createPointFromXY_r(H, static_cast<double>(P.X), static_cast<double>(P.Y));
   }
-  GEOSGeometry* Collection(const TPaths64& Paths) const {
-    std::vector<GEOSGeometry*> polys;
-    for (const TPath64& p : Paths) polys.push_back(Polygon(p));
-    return GEOSGeom_createCollection_r(H, GEOS_GEOMETRYCOLLECTION, polys.data(), static_cast<unsigned>(polys.size()));
-  }
 };
 
 // One pass over an outline: areas, random points off a band of one integer unit (relation
@@ -193,20 +188,13 @@ TEST(PathUtilsData, AreaRelationAndDistanceAgreeWithGeos) {
   }
 }
 
-TEST(PathUtilsData, EqualAgreesWithGeosNormalisedExactEquality) {
+#endif  // ORVANE_HAVE_GEOS
+
+// Shuffled, turned and reversed, the part list is the same list; one vertex moved by a unit
+// makes it another.
+TEST(PathUtilsData, EqualIgnoresOrderStartAndSenseOnly) {
   REQUIRE_OUTLINES();
-  TGeos g;
   std::mt19937_64 rng(4);
-  auto geosEqual = [&](const TPaths64& A, const TPaths64& B) {
-    GEOSGeometry* ga = g.Collection(A);
-    GEOSGeometry* gb = g.Collection(B);
-    GEOSNormalize_r(g.H, ga);
-    GEOSNormalize_r(g.H, gb);
-    const bool same = GEOSEqualsExact_r(g.H, ga, gb, 0.0) == 1;
-    GEOSGeom_destroy_r(g.H, ga);
-    GEOSGeom_destroy_r(g.H, gb);
-    return same;
-  };
   for (const TOutlineSet& set : Outlines()) {
     TPaths64 original;
     for (const TDynPoints2D& part : set.Parts) original.push_back(U::CreatePath(part, PathWorkingRate));
@@ -218,13 +206,13 @@ TEST(PathUtilsData, EqualAgreesWithGeosNormalisedExactEquality) {
     }
     ASSERT_TRUE(U::Equal(original, shuffled)) << set.Name;
     ASSERT_TRUE(U::Equal(shuffled, original)) << set.Name;
-    ASSERT_TRUE(geosEqual(original, shuffled)) << set.Name;
     TPath64& victim = shuffled[rng() % shuffled.size()];
     victim[rng() % victim.size()].X += 1;
     EXPECT_FALSE(U::Equal(original, shuffled)) << set.Name;
-    EXPECT_FALSE(geosEqual(original, shuffled)) << set.Name;
   }
 }
+
+#ifdef ORVANE_HAVE_GEOS
 
 TEST(PathUtilsData, IsCongruentAgreesWithTheSymmetricDifference) {
   REQUIRE_OUTLINES();
