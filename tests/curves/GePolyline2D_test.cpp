@@ -142,12 +142,6 @@ TEST(GePolyline2D, CachesFollowEveryChange) {
 }
 
 TEST(GePolyline2D, PolygonPointPositionAgainstEvenOdd) {
-  // A diamond: rays through its side vertices count each once.
-  const TGePolygon2D diamond(TDynPoints2D{{0, -1}, {1, 0}, {0, 1}, {-1, 0}});
-  EXPECT_EQ(diamond.IsIn(TPoint2D(-0.5, 0), DefTol), 1);
-  EXPECT_EQ(diamond.IsIn(TPoint2D(0.5, 0.5), DefTol), 0);
-  EXPECT_EQ(diamond.IsIn(TPoint2D(1, 0), DefTol), 0);
-  EXPECT_EQ(diamond.IsIn(TPoint2D(1.5, 0), DefTol), -1);
   EXPECT_EQ(TGePolygon2D().IsIn(TPoint2D(0, 0), DefTol), -1);
   // Grid rings with grid points: rays run through vertices and along edges all the time.
   std::mt19937 rng(7);
