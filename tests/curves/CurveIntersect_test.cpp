@@ -74,21 +74,16 @@ TEST(CurveIntersect, RaysThroughJointsAndVertices) {
 TEST(CurveIntersect, RaysTouchingCubicsAndArcs) {
   // A box whose top dips as a cubic to (8, 1.5): the ray at that height touches the dip from
   // above, which must count twice (or not at all), never once.
-  auto shape = std::make_unique<TGeCompositeCurve2D>();
-  shape->AddCurve(std::make_unique<TGeLine2D>(TPoint2D(0, 0), TPoint2D(10, 0)));
-  shape->AddCurve(std::make_unique<TGeLine2D>(TPoint2D(10, 0), TPoint2D(10, 3)));
-  shape->AddCurve(std::make_unique<TGeBezier2D>(TPoint2D(10, 3), TPoint2D(9, 1), TPoint2D(7, 1), TPoint2D(6, 3)));
-  shape->AddCurve(std::make_unique<TGeLine2D>(TPoint2D(6, 3), TPoint2D(0, 3)));
-  shape->AddCurve(std::make_unique<TGeLine2D>(TPoint2D(0, 3), TPoint2D(0, 0)));
+  auto dipped = [](std::unique_ptr<TGeCurve2D> Dip) {
+    auto c = LinesThrough({{6, 3}, {0, 3}, {0, 0}, {10, 0}, {10, 3}});
+    c->AddCurve(std::move(Dip));
+    return c;
+  };
+  const auto shape = dipped(std::make_unique<TGeBezier2D>(TPoint2D(10, 3), TPoint2D(9, 1), TPoint2D(7, 1), TPoint2D(6, 3)));
   const std::pair<TPoint2D, int> where[] = {{{2, 1.5}, 1}, {{2, 1.501}, 1}, {{8, 2}, -1}, {{8, 1.5}, 0}, {{7, 2.9}, -1}};
   for (const auto& [p, want] : where) EXPECT_EQ(shape->IsIn(p, DefTol), want) << p.ToString();
   // The same with the dip as an arc: the touch at its lowest point.
-  auto arcShape = std::make_unique<TGeCompositeCurve2D>();
-  arcShape->AddCurve(std::make_unique<TGeLine2D>(TPoint2D(0, 0), TPoint2D(10, 0)));
-  arcShape->AddCurve(std::make_unique<TGeLine2D>(TPoint2D(10, 0), TPoint2D(10, 3)));
-  arcShape->AddCurve(std::make_unique<TGeCircularArc2D>(TPoint2D(8, 3), 2.0, 0.0, -Pi));
-  arcShape->AddCurve(std::make_unique<TGeLine2D>(TPoint2D(6, 3), TPoint2D(0, 3)));
-  arcShape->AddCurve(std::make_unique<TGeLine2D>(TPoint2D(0, 3), TPoint2D(0, 0)));
+  const auto arcShape = dipped(std::make_unique<TGeCircularArc2D>(TPoint2D(8, 3), 2.0, 0.0, -Pi));
   EXPECT_EQ(arcShape->IsIn(TPoint2D(2, 1), DefTol), 1);
   EXPECT_EQ(arcShape->IsIn(TPoint2D(8, 2), DefTol), -1);
   // A poly-Bezier circle: points inside, outside, and a ray through its joints.

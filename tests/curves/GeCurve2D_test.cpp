@@ -167,20 +167,13 @@ TEST(GeCurve2D, TransformsCommuteWithEvaluation) {
   }
 }
 
-TEST(GeCurve2D, EveryClassClonesToItself) {
-  const TGeLine2D line(TPoint2D(1, 2), TPoint2D(3, 5));
+TEST(GeCurve2D, ClonesKeepTheirClassAndUnrelatedCopiesDoNothing) {
   const TGeCircularArc2D arc(TPoint2D(1, 2), 3.0, 0.5, -2.0);
-  const TGeObject root;
-  for (const TGeObject* obj : std::initializer_list<const TGeObject*>{&line, &arc, &root})
-    EXPECT_EQ(obj->Clone()->ClassName(), obj->ClassName());
   EXPECT_TRUE(arc.Clone()->Equals(&arc));
   EXPECT_EQ(arc.CloneAs<TGeLine2D>(), nullptr);
-  // Copying between unrelated curve classes is silently nothing.
   TGeLine2D target(TPoint2D(7, 7), TPoint2D(8, 8));
   target.Assign(arc);
   EXPECT_EQ(target.GetLineStart(), TPoint2D(7, 7));
-  EXPECT_EQ(root.ToString(), "TGeObject");
-  EXPECT_FALSE(root.Equals(&line));
 }
 
 }  // namespace
