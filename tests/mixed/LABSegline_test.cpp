@@ -35,11 +35,7 @@ TEST(LABSegline, HalfDiskArcByBulgeOne) {
   const auto pts = arc.Sample(0.25);
   ASSERT_EQ(pts->Count(), 5);
   ExpectNear((*pts)[1], {std::sqrt(0.5), std::sqrt(0.5)}, 1e-15);
-  // The record made from the value arc of the same bulge is the same arc.
-  const TLABSegline fromArc = TLABSegline::CreateArc(TArc2D::CreateBulge({1, 0}, {-1, 0}, 1.0));
-  EXPECT_NEAR(fromArc.Bulge, 1.0, 1e-12);
-  ExpectNear(fromArc.P2, {0, 0}, 1e-15);
-  ExpectNear(fromArc.PointByParam(0.5), {0, 1}, 1e-15);
+  // Records from value arcs by bulge are checked against ezdxf with the real drawings' arcs.
   // Line form of a value arc: a line record.
   TArc2D flat;
   flat.DegradeLine({0, 0}, {2, 0});
