@@ -35,14 +35,11 @@ TEST(MHPolygon, RegionsInHolesInMaterialAndAround) {
   const TMHPolygon around(*Frame(-5, -5, 15, 15, 0));
   const TMHPolygon aroundWithHole(*Frame(-5, -5, 15, 15, 4));  // frame sits in its hole
   const TMHPolygon touching(*Frame(10, 0, 12, 2, 0));
-  EXPECT_FALSE(frame.IsCrossWith(inHole));
-  EXPECT_FALSE(inHole.IsCrossWith(frame));
-  EXPECT_TRUE(frame.IsCrossWith(inMaterial));
-  EXPECT_TRUE(inMaterial.IsCrossWith(frame));
-  EXPECT_TRUE(frame.IsCrossWith(around));
-  EXPECT_TRUE(around.IsCrossWith(frame));
-  EXPECT_FALSE(frame.IsCrossWith(aroundWithHole));
-  EXPECT_TRUE(frame.IsCrossWith(touching));
+  for (const auto& [other, want] : {std::pair(&inHole, false), std::pair(&inMaterial, true), std::pair(&around, true),
+                                    std::pair(&aroundWithHole, false), std::pair(&touching, true)}) {
+    EXPECT_EQ(frame.IsCrossWith(*other), want);
+    EXPECT_EQ(other->IsCrossWith(frame), want);
+  }
   // Boundaries only: contained without contact is no clip.
   EXPECT_FALSE(frame.ClipTest(inMaterial));
   EXPECT_TRUE(frame.ClipTest(touching));

@@ -30,8 +30,6 @@ TMPolygon* AddTo(TMPolygonList& L, const TDynPoints2D& Ring) {
   return raw;
 }
 
-std::vector<TMPolygon*> Members(const TMPolygonList& Pile) { return Pile.ToArray(); }
-
 // Components of the pairs for which Touch is true, as a sorted list of sorted index lists.
 template <class F>
 std::vector<std::vector<int>> Components(int N, F&& Touch) {
@@ -77,8 +75,8 @@ TEST(MPolygonList, PilesByFirstContact) {
   TMPolyline2DsList heaps;
   list.Merge(heaps);
   ASSERT_EQ(heaps.Count(), 2);
-  EXPECT_EQ(Members(*heaps[0]), (std::vector<TMPolygon*>{b, d, a, c, e}));
-  EXPECT_EQ(Members(*heaps[1]), (std::vector<TMPolygon*>{lone}));
+  EXPECT_EQ(heaps[0]->ToArray(), (std::vector<TMPolygon*>{b, d, a, c, e}));
+  EXPECT_EQ(heaps[1]->ToArray(), (std::vector<TMPolygon*>{lone}));
   EXPECT_EQ(d->Plug, heaps[0]);
 
   // A stack with one left edge, listed top, bottom, middle: the sweep keeps that order.
@@ -89,10 +87,10 @@ TEST(MPolygonList, PilesByFirstContact) {
   TMPolyline2DsList stackHeaps;
   stack.Merge(stackHeaps);
   ASSERT_EQ(stackHeaps.Count(), 1);
-  EXPECT_EQ(Members(*stackHeaps[0]), (std::vector<TMPolygon*>{top, middle, bottom}));
+  EXPECT_EQ(stackHeaps[0]->ToArray(), (std::vector<TMPolygon*>{top, middle, bottom}));
 }
 
-TEST(MPolygonList, ContactToleranceNestingAndSmallLists) {
+TEST(MPolygonList, ContactToleranceNestingAndFlatOutlines) {
   TMPolygonList list;
   AddTo(list, Box(0, 0, 10, 10));
   AddTo(list, Box(2, 2, 4, 4));                 // inside, no contact: a pile of its own
@@ -111,16 +109,19 @@ TEST(MPolygonList, ContactToleranceNestingAndSmallLists) {
   column.Merge(columnHeaps);
   EXPECT_EQ(columnHeaps.Count(), 1);
 
-  TMPolygonList empty;
-  empty.Merge(heaps);
+  // An empty list adds nothing to the caller's piles.
+  TMPolygonList().Merge(heaps);
   EXPECT_EQ(heaps.Count(), 3);
-  TMPolygonList one;
-  AddTo(one, Box(0, 0, 1, 1));
-  TMPolyline2DsList oneHeaps;
-  one.Merge(oneHeaps);
-  ASSERT_EQ(oneHeaps.Count(), 1);
-  EXPECT_EQ(oneHeaps[0]->Count(), 1);
-  EXPECT_FALSE(oneHeaps[0]->GetOwnsObjects());
+
+  // Outlines without height: the strips cannot be sized by a mean height, and one strip
+  // holds all of them.
+  TMPolygonList flat;
+  AddTo(flat, {{0, 0}, {1, 0}});
+  AddTo(flat, {{1, 0}, {2, 0}});
+  AddTo(flat, {{5, 0}, {6, 0}});
+  TMPolyline2DsList flatHeaps;
+  flat.Merge(flatHeaps);
+  EXPECT_EQ(PilesAsIndices(flat, flatHeaps), (std::vector<std::vector<int>>{{0, 1}, {2}}));
 }
 
 // Plug never dangles: freeing the piles clears the links, so a later Merge starts afresh;
@@ -173,18 +174,6 @@ TEST(MPolygonList, PlugLinksFollowThePiles) {
   a.reset();
   EXPECT_EQ(piles[0]->Count(), 1);
   EXPECT_EQ((*piles[0])[0], b.get());
-}
-
-// Outlines without height: the strips cannot be sized by a mean height, and one strip holds
-// all of them.
-TEST(MPolygonList, FlatOutlinesHaveNoHeightToDivideBy) {
-  TMPolygonList list;
-  AddTo(list, {{0, 0}, {1, 0}});
-  AddTo(list, {{1, 0}, {2, 0}});
-  AddTo(list, {{5, 0}, {6, 0}});
-  TMPolyline2DsList heaps;
-  list.Merge(heaps);
-  EXPECT_EQ(PilesAsIndices(list, heaps), (std::vector<std::vector<int>>{{0, 1}, {2}}));
 }
 
 // Random boxes and stars: Merge's piles against a union-find over every pair's boundary

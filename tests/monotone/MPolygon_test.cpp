@@ -66,12 +66,7 @@ TEST(MPolygon, RectangleFromLowerLeft) {
   auto copy = tagged.CloneAs<TMPolygon>();
   ASSERT_NE(copy, nullptr);
   EXPECT_EQ(copy->OriInf, nullptr);
-  EXPECT_EQ(copy->BoundBox(), tagged.BoundBox());
-  for (TMChain* c : *copy) {
-    EXPECT_TRUE(copy->Contains(c->GetNext()));
-    EXPECT_FALSE(tagged.Contains(c));
-  }
-  EXPECT_TRUE(copy->ToVPolyline2D()->IsEqualTo(*tagged.ToVPolyline2D(), 0.0));
+  for (TMChain* c : *copy) EXPECT_TRUE(copy->Contains(c->GetNext()));
 }
 
 TEST(MPolygon, SeamsAndDegenerateOutlines) {
@@ -123,11 +118,6 @@ TEST(MPolygon, SeamsAndDegenerateOutlines) {
   EXPECT_TRUE(Make(closed)->TestOverlap(acrossLeft));
 
   EXPECT_THROW(TMPolygon(TVPolyline2D{{0, 0}, {1, std::nan("")}, {0, 1}, {0, 0}}, nullptr), EParamError);
-
-  // A polygon that does not own its items still frees the chains it made.
-  const TMPolygon borrowed(TVPolyline2D(midEdge), nullptr, false);
-  EXPECT_FALSE(borrowed.GetOwnsObjects());
-  EXPECT_TRUE(SameCycle(Outline(borrowed), midEdge));
 
   // A broken ring is reported, not followed.
   auto broken = Make(midEdge);
@@ -203,7 +193,8 @@ TEST(MPolygon, OutlineAreaAndOrientationRoundTrip) {
   }
 }
 
-TEST(MPolygon, PointIsInAgreesWithEvenOdd) {
+// Against GEOS on random outlines in MonotoneGeos_test.cpp.
+TEST(MPolygon, PointIsInOnALevelTop) {
   // An arch whose underside peaks in a level stretch: a falling chain tops out in it, stored
   // with falling x, so that the binary search for a point on it may fall past the end.
   const TDynPoints2D arch{{0, 0}, {2, 2}, {2.5, 2}, {3, 2}, {3.5, 2}, {4, 2}, {6, 0}, {6, 5}, {0, 5}, {0, 0}};
@@ -213,25 +204,6 @@ TEST(MPolygon, PointIsInAgreesWithEvenOdd) {
   EXPECT_EQ(archPoly.PointIsIn({5, 2}), 1);
   EXPECT_EQ(archPoly.PointIsIn({3, 1}), 0);
 
-  std::mt19937 rng(5);
-  std::uniform_real_distribution<double> unit(0.0, 1.0);
-  for (int k = 0; k < 60; ++k) {
-    const TDynPoints2D ring = k % 3 == 2 ? testing::Histogram(rng, 2 + k / 3, 0.0, 0.0)
-                                         : testing::Star(rng, 4 + k, {0.0, 0.0}, 1.0 + k % 4, 12.0);
-    const auto poly = Make(k % 2 == 0 ? ring : testing::Reversed(ring));
-    const TRect2D box = CalcAABB(ring).InflatedRect(1.0, 1.0);
-    for (int q = 0; q < 300; ++q) {
-      TPoint2D pt(box.XMin + unit(rng) * box.Width(), box.YMin + unit(rng) * box.Height());
-      // Every fifth point on a vertex's height, where the rays graze corners.
-      if (q % 5 == 0) pt.Y = ring[static_cast<std::size_t>(q) % (ring.size() - 1)].Y;
-      if (testing::DistToRing(ring, pt) < 1e-5) continue;
-      ASSERT_EQ(poly->PointIsIn(pt), testing::EvenOddInside(ring, pt) ? 1 : 0) << k << ": " << pt.X << ", " << pt.Y;
-    }
-    for (std::size_t i = 0; i + 1 < ring.size(); ++i) {
-      EXPECT_EQ(poly->PointIsIn(ring[i]), 2);
-      EXPECT_EQ(poly->PointIsIn((ring[i] + ring[i + 1]) * 0.5), 2);
-    }
-  }
 }
 
 TEST(MPolygon, TestOverlapAgreesWithBruteForce) {
@@ -274,21 +246,6 @@ TEST(MPolygon, TestOverlapAgreesWithBruteForce) {
     for (TPoint2D& p : inner) p = p * 0.1;
     check(a, inner, false);
   }
-  // Histograms on whole numbers: side by side they share a collinear vertical edge; one on
-  // top of the other's highest bar shares a level edge.
-  for (int k = 0; k < 100; ++k) {
-    const TDynPoints2D a = testing::Histogram(rng, 1 + k % 9, 0.0, 0.0);
-    const TDynPoints2D b = testing::Histogram(rng, 1 + k % 5, 0.0, 0.0);
-    const double width = a[1].X;
-    double top = 0;
-    for (const TPoint2D& p : a) top = std::max(top, p.Y);
-    check(a, testing::Moved(b, {width, 0.0}), true);
-    check(a, testing::Moved(b, {width + 0.5, 0.0}), false);
-    check(a, testing::Moved(b, {-0.5, top}), std::nullopt);
-    check(a, testing::Moved(b, {-0.5, top + 0.5}), false);
-    check(testing::Reversed(a), testing::Moved(b, {std::floor(unit(rng) * width), std::floor(unit(rng) * 7.0)}),
-          std::nullopt);
-  }
   // Corners where level edges meet end to end, each chain reaching its level run at another
   // height: rare finds of a search over grid shapes.
   const std::vector<std::pair<TDynPoints2D, TDynPoints2D>> corners{
@@ -299,8 +256,8 @@ TEST(MPolygon, TestOverlapAgreesWithBruteForce) {
       {{{4, 4}, {4, 1}, {2, 1}, {1, 1}, {0, 1}, {2, 4}, {4, 4}}, {{3, -1}, {6, -2}, {7, 1}, {6, 1}, {3, 1}, {3, -1}}}};
   for (const auto& [a, b] : corners) check(a, b, true);
 
-  EXPECT_GT(decided, 1600);
-  EXPECT_GT(touching, 600);
+  EXPECT_GT(decided, 900);
+  EXPECT_GT(touching, 300);
 }
 
 TEST(MPolygon, TranslationFlipsWhereBruteForceDoes) {
@@ -325,21 +282,6 @@ TEST(MPolygon, TranslationFlipsWhereBruteForceDoes) {
       ASSERT_EQ(pb->BoundBox(), CalcAABB(b));
     }
     EXPECT_GE(flips, 2);
-  }
-  // Free-form outlines: Translate keeps the sort by left edge that the early exits rely on.
-  for (int k = 0; k < 20; ++k) {
-    const TDynPoints2D a = testing::Star(rng, 5 + 3 * k, {0.0, 0.0}, 2.0, 9.0);
-    TDynPoints2D b = testing::Star(rng, 40 - k, {-25.0, 0.3 * k}, 1.0, 6.0);
-    const auto pa = Make(a);
-    const auto pb = Make(b);
-    const TPoint2D step(0.173, 0.0);
-    for (int s = 0; s < 300; ++s) {
-      if (const std::optional<bool> want = Reference(a, b)) {
-        ASSERT_EQ(pa->TestOverlap(*pb), *want) << k << ", " << s;
-      }
-      pb->Translate(step);
-      b = testing::Moved(b, step);
-    }
   }
 }
 

@@ -26,20 +26,19 @@ TDynPoints2D Ring(const nlohmann::json& Pts) {
   return ring;
 }
 
-std::vector<fs::path> DataFiles(const char* Folder, const char* Prefix) {
+std::vector<fs::path> DataFiles(const char* Folder) {
   std::vector<fs::path> files;
   const fs::path dir = fs::path(ORVANE_SHARED_DATA_DIR) / Folder;
   if (!fs::is_directory(dir)) return files;
   for (const auto& entry : fs::directory_iterator(dir)) {
-    const std::string name = entry.path().filename().string();
-    if (entry.path().extension() == ".json" && name.rfind(Prefix, 0) == 0) files.push_back(entry.path());
+    if (entry.path().extension() == ".json") files.push_back(entry.path());
   }
   std::sort(files.begin(), files.end());
   return files;
 }
 
 TEST(MonotoneData, RealOutlines) {
-  const std::vector<fs::path> files = DataFiles("outlines", "");
+  const std::vector<fs::path> files = DataFiles("outlines");
   if (files.empty()) GTEST_SKIP() << "no part outlines in " << ORVANE_SHARED_DATA_DIR;
   int parts = 0;
   for (const fs::path& file : files) {
@@ -62,7 +61,7 @@ TEST(MonotoneData, RealOutlines) {
 // brute-force boundary distance, and PointIsIn of one's vertices in the other against the
 // even-odd rule.
 TEST(MonotoneData, PlacedLayouts) {
-  const std::vector<fs::path> files = DataFiles("layouts", "");
+  const std::vector<fs::path> files = DataFiles("layouts");
   if (files.empty()) GTEST_SKIP() << "no layouts in " << ORVANE_SHARED_DATA_DIR;
   int pairs = 0, touching = 0;
   for (const fs::path& file : files) {

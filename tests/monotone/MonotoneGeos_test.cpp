@@ -144,33 +144,23 @@ std::string Num(double V) {
 
 std::string Pt(const TPoint2D& P) { return "(" + Num(P.X) + ", " + Num(P.Y) + ")"; }
 
-// The ring as WKT, in the message when it is short enough to read, else in a file of the
-// test's temporary folder.
+// The ring as WKT when it is short enough to read; the seed reproduces longer ones.
 std::string Show(const TDynPoints2D& Ring) {
+  if (Ring.size() > 80) return std::to_string(Ring.size() - 1) + " vertices";
   std::string s = "POLYGON((";
   for (std::size_t k = 0; k < Ring.size(); ++k) s += (k ? ", " : "") + Num(Ring[k].X) + " " + Num(Ring[k].Y);
-  s += "))";
-  if (Ring.size() <= 80) return s;
-  static int written = 0;
-  const fs::path file = fs::path(::testing::TempDir()) / ("monotone_geos_" + std::to_string(++written) + ".wkt");
-  std::ofstream(file) << s << "\n";
-  return std::to_string(Ring.size() - 1) + " vertices in " + file.string();
+  return s + "))";
 }
 
 // One GEOS context for one test.
-class TGeos {
- public:
-  TGeos() : FH(GEOS_init_r()) {}
-  ~TGeos() { GEOS_finish_r(FH); }
+struct TGeos {
+  GEOSContextHandle_t H = GEOS_init_r();
+  TGeos() = default;
   TGeos(const TGeos&) = delete;
-  TGeos& operator=(const TGeos&) = delete;
-
-  GEOSContextHandle_t Handle() const { return FH; }
+  ~TGeos() { GEOS_finish_r(H); }
+  GEOSContextHandle_t Handle() const { return H; }
   // A closed ring, owned by the caller.
-  GEOSGeometry* Ring(const TDynPoints2D& P) const { return testing::GeosRing(FH, P); }
-
- private:
-  GEOSContextHandle_t FH;
+  GEOSGeometry* Ring(const TDynPoints2D& P) const { return testing::GeosRing(H, P); }
 };
 
 // Frees a geometry or a prepared geometry of one context.
@@ -228,19 +218,14 @@ class TSubject {
   TPrepared FPrepArea;
 };
 
-// The count of one kind of disagreement and the first few cases, to reproduce them.
+// The count of one kind of disagreement and the first few cases, to reproduce them. Case
+// is asked for its text only for those.
 struct TFaults {
   long Count = 0;
-  std::vector<std::string> First;
-  // Case is asked for its text only for the first few.
+  std::string First;
   template <class F>
   void Add(F&& Case) {
-    if (Count++ < 4) First.push_back(Case());
-  }
-  std::string Show() const {
-    std::string s;
-    for (const std::string& c : First) s += "\n  " + c;
-    return s;
+    if (Count++ < 4) First += "\n  " + Case();
   }
 };
 
@@ -252,12 +237,12 @@ struct TTally {
 
   void Expect(const char* Family) const {
     EXPECT_EQ(0, Missed.Count) << Family << ": boundaries within " << MustMeet << " with no contact found"
-                               << Missed.Show();
+                               << Missed.First;
     EXPECT_EQ(0, Phantom.Count) << Family << ": contact found between boundaries more than " << MustMiss << " apart"
-                                << Phantom.Show();
-    EXPECT_EQ(0, WrongPoint.Count) << Family << ": PointIsIn against GEOS" << WrongPoint.Show();
-    EXPECT_EQ(0, Chains.Count) << Family << ": a chain that does not climb" << Chains.Show();
-    EXPECT_EQ(0, Geos.Count) << Family << ": GEOS failed" << Geos.Show();
+                                << Phantom.First;
+    EXPECT_EQ(0, WrongPoint.Count) << Family << ": PointIsIn against GEOS" << WrongPoint.First;
+    EXPECT_EQ(0, Chains.Count) << Family << ": a chain that does not climb" << Chains.First;
+    EXPECT_EQ(0, Geos.Count) << Family << ": GEOS failed" << Geos.First;
   }
 };
 
