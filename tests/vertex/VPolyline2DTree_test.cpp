@@ -49,10 +49,6 @@ TEST(VPolyline2DTree, ConcentricSquaresInAnyOrder) {
     ASSERT_EQ(root->ChildCount(), 1);
     ASSERT_EQ(root->ChildNode(0)->ChildCount(), 1);
     EXPECT_EQ(root->ChildNode(0)->ChildNode(0)->GetDepth(), 2);
-    EXPECT_EQ(tree.RelationWith({0, 0}), 1);    // the innermost island
-    EXPECT_EQ(tree.RelationWith({2, 0}), -1);   // the hole
-    EXPECT_EQ(tree.RelationWith({4, 0}), 1);    // the ring
-    EXPECT_EQ(tree.RelationWith({6, 0}), -1);   // outside
     EXPECT_EQ(tree.RelationWith({3, 0}), 0);    // on the hole's edge
     EXPECT_EQ(tree.RelationWith({5, 1}), 0);    // on the outline
     auto polygons = tree.CreateHPolygons();
@@ -195,9 +191,7 @@ TEST(VPolyline2DTree, FromClipperTree) {
   TVPolyline2DTreeList trees(poly);
   ASSERT_EQ(trees.Count(), 2);
   EXPECT_TRUE(TVPolyline2DTree(poly).IsEmpty());  // the root has no contour
-  EXPECT_EQ(trees.RelationWith({0.5, 0.5}), 1);
   EXPECT_EQ(trees.RelationWith({2.5, 2.5}), 1);
-  EXPECT_EQ(trees.RelationWith({5, 5}), -1);
   EXPECT_EQ(trees.RelationWith({20.5, 20.5}), 1);
   EXPECT_EQ(trees.RelationWith({30, 30}), -1);
   EXPECT_EQ(trees.RelationWith({10, 5}), 0);
