@@ -210,12 +210,14 @@ TEST(MPolygonList, RandomLayoutsAgreeWithUnionFind) {
   }
 }
 
-// Placed nesting layouts: the piles equal a union-find over boundary contact (1e-6).
+// Placed nesting layouts: every pair of parts whose boxes come within 1e-5 has TestOverlap
+// checked against the brute-force boundary distance, and the piles equal a union-find over
+// boundary contact (1e-6).
 TEST(MPolygonList, PlacedLayoutsAgreeWithUnionFind) {
   namespace fs = std::filesystem;
   const fs::path dir = fs::path(ORVANE_SHARED_DATA_DIR) / "layouts";
   if (!fs::is_directory(dir)) GTEST_SKIP() << "no layouts in " << ORVANE_SHARED_DATA_DIR;
-  int layouts = 0, piled = 0;
+  int layouts = 0, piled = 0, pairs = 0, touching = 0;
   for (const auto& entry : fs::directory_iterator(dir)) {
     if (entry.path().extension() != ".json") continue;
     std::ifstream in(entry.path());
@@ -226,18 +228,35 @@ TEST(MPolygonList, PlacedLayoutsAgreeWithUnionFind) {
       for (const auto& s : doc["solutions"]) placements.push_back(&s["placements"]);
     for (const nlohmann::json* placed : placements) {
       std::vector<TDynPoints2D> rings;
+      TMPolygonList list;
       for (const auto& p : *placed) {
         TDynPoints2D r;
         for (const auto& xy : p["placed"]) r.emplace_back(xy[0].get<double>(), xy[1].get<double>());
         r.push_back(r.front());
         rings.push_back(std::move(r));
+        AddTo(list, rings.back());
       }
-      TMPolygonList list;
-      for (const TDynPoints2D& r : rings) AddTo(list, r);
+      const std::size_t n = rings.size();
+      std::vector<std::vector<double>> dist(n, std::vector<double>(n, 1.0));
+      for (std::size_t a = 0; a < n; ++a) {
+        for (std::size_t b = a + 1; b < n; ++b) {
+          if (list[int(a)]->BoundBox().RelationWithRect(list[int(b)]->BoundBox(), 1e-5) == 0) continue;
+          ++pairs;
+          const double d = dist[a][b] = testing::BoundaryDist(rings[a], rings[b]);
+          const bool got = list[int(a)]->TestOverlap(*list[int(b)]);
+          ASSERT_EQ(got, list[int(b)]->TestOverlap(*list[int(a)]));
+          touching += d <= 1e-9 ? 1 : 0;
+          // Between 1e-9 and 1e-5 (the layouts keep gaps down to 5e-7) a contact found must
+          // at least be a near one.
+          if (d <= 1e-9 || d >= 1e-5 || got) {
+            EXPECT_EQ(got, d <= 2e-6) << entry.path().filename() << " parts " << a << ", " << b << " apart by " << d;
+          }
+        }
+      }
       TMPolyline2DsList heaps;
       list.Merge(heaps);
-      const auto want = Components(static_cast<int>(rings.size()), [&](int i, int j) {
-        return testing::BoundaryDist(rings[static_cast<std::size_t>(i)], rings[static_cast<std::size_t>(j)]) <= 1e-6;
+      const auto want = Components(static_cast<int>(n), [&](int i, int j) {
+        return dist[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] <= 1e-6;
       });
       ASSERT_EQ(PilesAsIndices(list, heaps), want) << entry.path().filename();
       ++layouts;
@@ -246,6 +265,8 @@ TEST(MPolygonList, PlacedLayoutsAgreeWithUnionFind) {
   }
   EXPECT_GE(layouts, 30);
   EXPECT_GT(piled, 10);
+  EXPECT_GT(pairs, 1000);
+  EXPECT_GT(touching, 100);
 }
 
 }  // namespace

@@ -1,14 +1,17 @@
 // The monotone polygons against GEOS on seeded random pairs and points: grid shapes that
 // touch exactly, real part outlines placed against each other, and small outlines whose
-// edges climb in steps below the tolerance. Also hand-made cases of such steps, which need
-// no GEOS.
+// edges climb in steps below the tolerance. Also hand-made cases of such steps and the
+// outlines' round trip through the chains, which need no GEOS.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <random>
 #include <string>
 #include <vector>
@@ -20,10 +23,6 @@
 #include "support/TestSupport.h"
 
 #if ORVANE_HAVE_GEOS
-#include <filesystem>
-#include <fstream>
-#include <nlohmann/json.hpp>
-
 #include "support/Geos.h"
 #endif
 
@@ -45,6 +44,46 @@ bool ChainsClimb(const TMPolygon& Poly) {
     }
   }
   return true;
+}
+
+namespace fs = std::filesystem;
+
+// The part outlines of the data, closed here where a file leaves the closing vertex out, and
+// the words that name each; none when the data are absent.
+void ReadOutlines(std::vector<TDynPoints2D>& Rings, std::vector<std::string>& Names) {
+  const fs::path dir = fs::path(ORVANE_SHARED_DATA_DIR) / "outlines";
+  if (!fs::is_directory(dir)) return;
+  std::vector<fs::path> files;
+  for (const auto& entry : fs::directory_iterator(dir))
+    if (entry.path().extension() == ".json") files.push_back(entry.path());
+  std::sort(files.begin(), files.end());
+  for (const fs::path& file : files) {
+    std::ifstream in(file);
+    const nlohmann::json doc = nlohmann::json::parse(in);
+    for (const nlohmann::json& part : doc["parts"]) {
+      TDynPoints2D& ring = Rings.emplace_back();
+      for (const nlohmann::json& xy : part["outer"]) ring.emplace_back(xy[0].get<double>(), xy[1].get<double>());
+      if (!ring.empty() && ring.front() != ring.back()) ring.push_back(ring.front());
+      Names.push_back(file.filename().string() + " part " + std::to_string(part["id"].get<int>()));
+    }
+  }
+}
+
+// Every part outline comes back from its chains, with its area and its counter-clockwise
+// travel.
+TEST(MonotoneData, RealOutlines) {
+  std::vector<TDynPoints2D> rings;
+  std::vector<std::string> names;
+  ReadOutlines(rings, names);
+  if (rings.empty()) GTEST_SKIP() << "no part outlines in " << ORVANE_SHARED_DATA_DIR;
+  EXPECT_GT(rings.size(), 500u);
+  for (std::size_t k = 0; k < rings.size(); ++k) {
+    const TMPolygon poly{TVPolyline2D(rings[k]), nullptr};
+    ASSERT_TRUE(testing::SameCycle(poly.ToVPolyline2D()->ToTDynPoints2D(), rings[k])) << names[k];
+    const double area = PolyArea(rings[k]);
+    EXPECT_NEAR(poly.Area(), area, 1e-9 * area) << names[k];
+    EXPECT_FALSE(poly.IsClockwise()) << names[k];
+  }
 }
 
 TEST(MonotoneSteps, Reproducers) {
@@ -128,8 +167,6 @@ TEST(MonotoneSteps, Reproducers) {
 }
 
 #if ORVANE_HAVE_GEOS
-
-namespace fs = std::filesystem;
 
 // Boundaries or a point within MustMeet of a boundary are in contact for the kernel; beyond
 // MustMiss they are apart. Between the two, round-off on either side may decide.
@@ -490,34 +527,14 @@ TEST(MonotoneGeos, GridShapes) {
   EXPECT_GT(tally.OnEdge, 50000);
 }
 
-// A ring of the data files, closed here when the file leaves the closing vertex out.
-TDynPoints2D DataRing(const nlohmann::json& Pts) {
-  TDynPoints2D ring;
-  for (const nlohmann::json& xy : Pts) ring.emplace_back(xy[0].get<double>(), xy[1].get<double>());
-  if (!ring.empty() && ring.front() != ring.back()) ring.push_back(ring.front());
-  return ring;
-}
-
 // Part outlines of the nesting benchmarks, each with thirty others placed against it (see
 // TPlacement) at gaps near the tolerance, turned by exact quarter turns, by any angle, or by
 // quarter turns and a tilt of 1e-9 to 1e-6 rad, as half of the outlines themselves are.
 TEST(MonotoneGeos, RealOutlines) {
-  const fs::path dir = fs::path(ORVANE_SHARED_DATA_DIR) / "outlines";
-  if (!fs::is_directory(dir)) GTEST_SKIP() << "no part outlines in " << dir.string();
-  std::vector<fs::path> files;
-  for (const auto& entry : fs::directory_iterator(dir))
-    if (entry.path().extension() == ".json") files.push_back(entry.path());
-  std::sort(files.begin(), files.end());
   std::vector<TDynPoints2D> rings;
   std::vector<std::string> names;
-  for (const fs::path& file : files) {
-    std::ifstream in(file);
-    const nlohmann::json doc = nlohmann::json::parse(in);
-    for (const nlohmann::json& part : doc["parts"]) {
-      rings.push_back(DataRing(part["outer"]));
-      names.push_back(file.filename().string() + " part " + std::to_string(part["id"].get<int>()));
-    }
-  }
+  ReadOutlines(rings, names);
+  if (rings.empty()) GTEST_SKIP() << "no part outlines in " << ORVANE_SHARED_DATA_DIR;
   ASSERT_GT(rings.size(), 800u);
 
   const TGeos geos;
