@@ -186,24 +186,12 @@ TEST(VPolyline2DRelations, SelfIntersectionAgainstAllPairs) {
   EXPECT_FALSE((TVPolyline2D{{0, 0}, {4, 0}, {4, 1}, {2, 1e-5}}).IsSelfIntersect(1e-6));
   EXPECT_THROW((TVPolyline2D{{0, 0}, {NAN, 0}, {1, 1}}).IsSelfIntersect(1e-6), EParamError);
 
-  // Short polylines on a small grid, and long outlines on a fine one (many runs of segments),
-  // simple or with a vertex moved onto another, onto the middle of a segment, or across.
+  // Short polylines on a small grid: crossings, touches and collinear overlaps. Longer
+  // outlines are held to the tree of runs below.
   std::mt19937 rng(5);
-  std::uniform_real_distribution<double> unit(0.0, 1.0);
   int verdicts[2] = {0, 0};
   for (int round = 0; round < 3000; ++round) {
     TDynPoints2D pts = GridPolyline(rng, 3 + round % 8, 3 + round % 5);
-    if (round % 10 == 0) {
-      pts = RandomStar(rng, 20 + round % 150);
-      for (TPoint2D& p : pts) p = TPoint2D(2.0 * std::round(p.X * 50.0), 2.0 * std::round(p.Y * 50.0));
-      pts.erase(std::unique(pts.begin(), pts.end()), pts.end());
-      const auto pick = [&] { return static_cast<std::size_t>(unit(rng) * static_cast<double>(pts.size() - 1)); };
-      const std::size_t k = pick();
-      const std::size_t m = pick();
-      if (round % 40 == 10) pts[k] = pts[m];
-      if (round % 40 == 20) pts[k] = (pts[m] + pts[m + 1]) * 0.5;
-      if (round % 40 == 30) pts[k] = pts[k] * 0.2;
-    }
     if (round % 3 != 0 && !(pts.back() == pts.front())) pts.push_back(pts.front());
     const bool want = BruteSelfIntersect(pts);
     ASSERT_EQ(TVPolyline2D(pts).IsSelfIntersect(1e-9), want) << "round " << round;
