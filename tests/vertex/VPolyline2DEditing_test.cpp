@@ -67,11 +67,9 @@ TEST(VPolyline2DEditing, HandWorkedEdits) {
   ExpectEdit({{2, 2}, {2, 2}}, [](TVPolyline2D& p) { p.DeleteNeighbourClosed(false, 1e-6); }, {{2, 2}});
   ExpectEdit({{2, 2}, {2, 2}}, [](TVPolyline2D& p) { p.DeleteNeighbourClosed(true, 1e-6); }, {});
 
-  // Midpoints go and the outline stays closed; starting mid-edge, the first vertex goes too.
+  // Starting mid-edge, the first vertex goes and the outline stays closed; the random
+  // outlines below lose their other midpoints.
   const TDynPoints2D square{{0, 0}, {2, 0}, {2, 2}, {0, 2}, {0, 0}};
-  ExpectEdit(
-      {{0, 0}, {1, 0}, {2, 0}, {2, 2}, {1, 2}, {0, 2}, {0, 1}, {0, 0}},
-      [](TVPolyline2D& p) { p.CollinearSmooth(1e-6, true); }, square);
   ExpectEdit({{1, 0}, {2, 0}, {2, 2}, {0, 2}, {0, 0}, {1, 0}}, [](TVPolyline2D& p) { p.CollinearSmooth(1e-6, true); },
              {{2, 0}, {2, 2}, {0, 2}, {0, 0}, {2, 0}});
   const TDynPoints2D spike{{0, 0}, {2, 0}, {1, 0}, {1, 3}};
