@@ -35,23 +35,14 @@ TEST(MHPolygon, RegionsInHolesInMaterialAndAround) {
   const TMHPolygon around(*Frame(-5, -5, 15, 15, 0));
   const TMHPolygon aroundWithHole(*Frame(-5, -5, 15, 15, 4));  // frame sits in its hole
   const TMHPolygon touching(*Frame(10, 0, 12, 2, 0));
+  // Random frames against GEOS below; here the regions that the lists reuse.
   EXPECT_FALSE(frame.IsCrossWith(inHole));
-  EXPECT_FALSE(inHole.IsCrossWith(frame));
-  EXPECT_TRUE(frame.IsCrossWith(inMaterial));
-  EXPECT_TRUE(inMaterial.IsCrossWith(frame));
-  EXPECT_TRUE(frame.IsCrossWith(around));
-  EXPECT_TRUE(around.IsCrossWith(frame));
   EXPECT_FALSE(frame.IsCrossWith(aroundWithHole));
-  EXPECT_TRUE(frame.IsCrossWith(touching));
+  EXPECT_TRUE(frame.IsCrossWith(around));
   // Boundaries only: contained without contact is no clip.
   EXPECT_FALSE(frame.ClipTest(inMaterial));
   EXPECT_TRUE(frame.ClipTest(touching));
 
-  EXPECT_TRUE(frame.PointIsIn({1, 5}));
-  EXPECT_FALSE(frame.PointIsIn({5, 5}));   // in the hole
-  EXPECT_TRUE(frame.PointIsIn({2, 5}));    // on the hole's edge
-  EXPECT_TRUE(frame.PointIsIn({10, 5}));   // on the outline
-  EXPECT_FALSE(frame.PointIsIn({11, 5}));
   EXPECT_FALSE(TMHPolygon(true).PointIsIn({0, 0}));
   EXPECT_FALSE(TMHPolygon(true).IsCrossWith(frame));
 

@@ -30,8 +30,6 @@ TMPolygon* AddTo(TMPolygonList& L, const TDynPoints2D& Ring) {
   return raw;
 }
 
-std::vector<TMPolygon*> Members(const TMPolygonList& Pile) { return Pile.ToArray(); }
-
 // Components of the pairs for which Touch is true, as a sorted list of sorted index lists.
 template <class F>
 std::vector<std::vector<int>> Components(int N, F&& Touch) {
@@ -77,8 +75,8 @@ TEST(MPolygonList, PilesByFirstContact) {
   TMPolyline2DsList heaps;
   list.Merge(heaps);
   ASSERT_EQ(heaps.Count(), 2);
-  EXPECT_EQ(Members(*heaps[0]), (std::vector<TMPolygon*>{b, d, a, c, e}));
-  EXPECT_EQ(Members(*heaps[1]), (std::vector<TMPolygon*>{lone}));
+  EXPECT_EQ(heaps[0]->ToArray(), (std::vector<TMPolygon*>{b, d, a, c, e}));
+  EXPECT_EQ(heaps[1]->ToArray(), (std::vector<TMPolygon*>{lone}));
   EXPECT_EQ(d->Plug, heaps[0]);
 
   // A stack with one left edge, listed top, bottom, middle: the sweep keeps that order.
@@ -89,10 +87,10 @@ TEST(MPolygonList, PilesByFirstContact) {
   TMPolyline2DsList stackHeaps;
   stack.Merge(stackHeaps);
   ASSERT_EQ(stackHeaps.Count(), 1);
-  EXPECT_EQ(Members(*stackHeaps[0]), (std::vector<TMPolygon*>{top, middle, bottom}));
+  EXPECT_EQ(stackHeaps[0]->ToArray(), (std::vector<TMPolygon*>{top, middle, bottom}));
 }
 
-TEST(MPolygonList, ContactToleranceNestingAndSmallLists) {
+TEST(MPolygonList, ContactToleranceNestingAndFlatOutlines) {
   TMPolygonList list;
   AddTo(list, Box(0, 0, 10, 10));
   AddTo(list, Box(2, 2, 4, 4));                 // inside, no contact: a pile of its own
@@ -111,16 +109,19 @@ TEST(MPolygonList, ContactToleranceNestingAndSmallLists) {
   column.Merge(columnHeaps);
   EXPECT_EQ(columnHeaps.Count(), 1);
 
-  TMPolygonList empty;
-  empty.Merge(heaps);
+  // An empty list adds nothing to the caller's piles.
+  TMPolygonList().Merge(heaps);
   EXPECT_EQ(heaps.Count(), 3);
-  TMPolygonList one;
-  AddTo(one, Box(0, 0, 1, 1));
-  TMPolyline2DsList oneHeaps;
-  one.Merge(oneHeaps);
-  ASSERT_EQ(oneHeaps.Count(), 1);
-  EXPECT_EQ(oneHeaps[0]->Count(), 1);
-  EXPECT_FALSE(oneHeaps[0]->GetOwnsObjects());
+
+  // Outlines without height: the strips cannot be sized by a mean height, and one strip
+  // holds all of them.
+  TMPolygonList flat;
+  AddTo(flat, {{0, 0}, {1, 0}});
+  AddTo(flat, {{1, 0}, {2, 0}});
+  AddTo(flat, {{5, 0}, {6, 0}});
+  TMPolyline2DsList flatHeaps;
+  flat.Merge(flatHeaps);
+  EXPECT_EQ(PilesAsIndices(flat, flatHeaps), (std::vector<std::vector<int>>{{0, 1}, {2}}));
 }
 
 // Plug never dangles: freeing the piles clears the links, so a later Merge starts afresh;
@@ -175,18 +176,6 @@ TEST(MPolygonList, PlugLinksFollowThePiles) {
   EXPECT_EQ((*piles[0])[0], b.get());
 }
 
-// Outlines without height: the strips cannot be sized by a mean height, and one strip holds
-// all of them.
-TEST(MPolygonList, FlatOutlinesHaveNoHeightToDivideBy) {
-  TMPolygonList list;
-  AddTo(list, {{0, 0}, {1, 0}});
-  AddTo(list, {{1, 0}, {2, 0}});
-  AddTo(list, {{5, 0}, {6, 0}});
-  TMPolyline2DsList heaps;
-  list.Merge(heaps);
-  EXPECT_EQ(PilesAsIndices(list, heaps), (std::vector<std::vector<int>>{{0, 1}, {2}}));
-}
-
 // Random boxes and stars: Merge's piles against a union-find over every pair's boundary
 // distance, with pairs close to the tolerance left out of the layout.
 TEST(MPolygonList, RandomLayoutsAgreeWithUnionFind) {
@@ -221,12 +210,14 @@ TEST(MPolygonList, RandomLayoutsAgreeWithUnionFind) {
   }
 }
 
-// Placed nesting layouts: the piles equal a union-find over boundary contact (1e-6).
+// Placed nesting layouts: every pair of parts whose boxes come within 1e-5 has TestOverlap
+// checked against the brute-force boundary distance, and the piles equal a union-find over
+// boundary contact (1e-6).
 TEST(MPolygonList, PlacedLayoutsAgreeWithUnionFind) {
   namespace fs = std::filesystem;
   const fs::path dir = fs::path(ORVANE_SHARED_DATA_DIR) / "layouts";
   if (!fs::is_directory(dir)) GTEST_SKIP() << "no layouts in " << ORVANE_SHARED_DATA_DIR;
-  int layouts = 0, piled = 0;
+  int layouts = 0, piled = 0, pairs = 0, touching = 0;
   for (const auto& entry : fs::directory_iterator(dir)) {
     if (entry.path().extension() != ".json") continue;
     std::ifstream in(entry.path());
@@ -237,18 +228,35 @@ TEST(MPolygonList, PlacedLayoutsAgreeWithUnionFind) {
       for (const auto& s : doc["solutions"]) placements.push_back(&s["placements"]);
     for (const nlohmann::json* placed : placements) {
       std::vector<TDynPoints2D> rings;
+      TMPolygonList list;
       for (const auto& p : *placed) {
         TDynPoints2D r;
         for (const auto& xy : p["placed"]) r.emplace_back(xy[0].get<double>(), xy[1].get<double>());
         r.push_back(r.front());
         rings.push_back(std::move(r));
+        AddTo(list, rings.back());
       }
-      TMPolygonList list;
-      for (const TDynPoints2D& r : rings) AddTo(list, r);
+      const std::size_t n = rings.size();
+      std::vector<std::vector<double>> dist(n, std::vector<double>(n, 1.0));
+      for (std::size_t a = 0; a < n; ++a) {
+        for (std::size_t b = a + 1; b < n; ++b) {
+          if (list[int(a)]->BoundBox().RelationWithRect(list[int(b)]->BoundBox(), 1e-5) == 0) continue;
+          ++pairs;
+          const double d = dist[a][b] = testing::BoundaryDist(rings[a], rings[b]);
+          const bool got = list[int(a)]->TestOverlap(*list[int(b)]);
+          ASSERT_EQ(got, list[int(b)]->TestOverlap(*list[int(a)]));
+          touching += d <= 1e-9 ? 1 : 0;
+          // Between 1e-9 and 1e-5 (the layouts keep gaps down to 5e-7) a contact found must
+          // at least be a near one.
+          if (d <= 1e-9 || d >= 1e-5 || got) {
+            EXPECT_EQ(got, d <= 2e-6) << entry.path().filename() << " parts " << a << ", " << b << " apart by " << d;
+          }
+        }
+      }
       TMPolyline2DsList heaps;
       list.Merge(heaps);
-      const auto want = Components(static_cast<int>(rings.size()), [&](int i, int j) {
-        return testing::BoundaryDist(rings[static_cast<std::size_t>(i)], rings[static_cast<std::size_t>(j)]) <= 1e-6;
+      const auto want = Components(static_cast<int>(n), [&](int i, int j) {
+        return dist[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] <= 1e-6;
       });
       ASSERT_EQ(PilesAsIndices(list, heaps), want) << entry.path().filename();
       ++layouts;
@@ -257,6 +265,8 @@ TEST(MPolygonList, PlacedLayoutsAgreeWithUnionFind) {
   }
   EXPECT_GE(layouts, 30);
   EXPECT_GT(piled, 10);
+  EXPECT_GT(pairs, 1000);
+  EXPECT_GT(touching, 100);
 }
 
 }  // namespace

@@ -1,14 +1,17 @@
 // The monotone polygons against GEOS on seeded random pairs and points: grid shapes that
 // touch exactly, real part outlines placed against each other, and small outlines whose
-// edges climb in steps below the tolerance. Also hand-made cases of such steps, which need
-// no GEOS.
+// edges climb in steps below the tolerance. Also hand-made cases of such steps and the
+// outlines' round trip through the chains, which need no GEOS.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <random>
 #include <string>
 #include <vector>
@@ -20,10 +23,6 @@
 #include "support/TestSupport.h"
 
 #if ORVANE_HAVE_GEOS
-#include <filesystem>
-#include <fstream>
-#include <nlohmann/json.hpp>
-
 #include "support/Geos.h"
 #endif
 
@@ -45,6 +44,46 @@ bool ChainsClimb(const TMPolygon& Poly) {
     }
   }
   return true;
+}
+
+namespace fs = std::filesystem;
+
+// The part outlines of the data, closed here where a file leaves the closing vertex out, and
+// the words that name each; none when the data are absent.
+void ReadOutlines(std::vector<TDynPoints2D>& Rings, std::vector<std::string>& Names) {
+  const fs::path dir = fs::path(ORVANE_SHARED_DATA_DIR) / "outlines";
+  if (!fs::is_directory(dir)) return;
+  std::vector<fs::path> files;
+  for (const auto& entry : fs::directory_iterator(dir))
+    if (entry.path().extension() == ".json") files.push_back(entry.path());
+  std::sort(files.begin(), files.end());
+  for (const fs::path& file : files) {
+    std::ifstream in(file);
+    const nlohmann::json doc = nlohmann::json::parse(in);
+    for (const nlohmann::json& part : doc["parts"]) {
+      TDynPoints2D& ring = Rings.emplace_back();
+      for (const nlohmann::json& xy : part["outer"]) ring.emplace_back(xy[0].get<double>(), xy[1].get<double>());
+      if (!ring.empty() && ring.front() != ring.back()) ring.push_back(ring.front());
+      Names.push_back(file.filename().string() + " part " + std::to_string(part["id"].get<int>()));
+    }
+  }
+}
+
+// Every part outline comes back from its chains, with its area and its counter-clockwise
+// travel.
+TEST(MonotoneData, RealOutlines) {
+  std::vector<TDynPoints2D> rings;
+  std::vector<std::string> names;
+  ReadOutlines(rings, names);
+  if (rings.empty()) GTEST_SKIP() << "no part outlines in " << ORVANE_SHARED_DATA_DIR;
+  EXPECT_GT(rings.size(), 500u);
+  for (std::size_t k = 0; k < rings.size(); ++k) {
+    const TMPolygon poly{TVPolyline2D(rings[k]), nullptr};
+    ASSERT_TRUE(testing::SameCycle(poly.ToVPolyline2D()->ToTDynPoints2D(), rings[k])) << names[k];
+    const double area = PolyArea(rings[k]);
+    EXPECT_NEAR(poly.Area(), area, 1e-9 * area) << names[k];
+    EXPECT_FALSE(poly.IsClockwise()) << names[k];
+  }
 }
 
 TEST(MonotoneSteps, Reproducers) {
@@ -129,8 +168,6 @@ TEST(MonotoneSteps, Reproducers) {
 
 #if ORVANE_HAVE_GEOS
 
-namespace fs = std::filesystem;
-
 // Boundaries or a point within MustMeet of a boundary are in contact for the kernel; beyond
 // MustMiss they are apart. Between the two, round-off on either side may decide.
 constexpr double MustMeet = 0.9e-6;
@@ -144,33 +181,23 @@ std::string Num(double V) {
 
 std::string Pt(const TPoint2D& P) { return "(" + Num(P.X) + ", " + Num(P.Y) + ")"; }
 
-// The ring as WKT, in the message when it is short enough to read, else in a file of the
-// test's temporary folder.
+// The ring as WKT when it is short enough to read; the seed reproduces longer ones.
 std::string Show(const TDynPoints2D& Ring) {
+  if (Ring.size() > 80) return std::to_string(Ring.size() - 1) + " vertices";
   std::string s = "POLYGON((";
   for (std::size_t k = 0; k < Ring.size(); ++k) s += (k ? ", " : "") + Num(Ring[k].X) + " " + Num(Ring[k].Y);
-  s += "))";
-  if (Ring.size() <= 80) return s;
-  static int written = 0;
-  const fs::path file = fs::path(::testing::TempDir()) / ("monotone_geos_" + std::to_string(++written) + ".wkt");
-  std::ofstream(file) << s << "\n";
-  return std::to_string(Ring.size() - 1) + " vertices in " + file.string();
+  return s + "))";
 }
 
 // One GEOS context for one test.
-class TGeos {
- public:
-  TGeos() : FH(GEOS_init_r()) {}
-  ~TGeos() { GEOS_finish_r(FH); }
+struct TGeos {
+  GEOSContextHandle_t H = GEOS_init_r();
+  TGeos() = default;
   TGeos(const TGeos&) = delete;
-  TGeos& operator=(const TGeos&) = delete;
-
-  GEOSContextHandle_t Handle() const { return FH; }
+  ~TGeos() { GEOS_finish_r(H); }
+  GEOSContextHandle_t Handle() const { return H; }
   // A closed ring, owned by the caller.
-  GEOSGeometry* Ring(const TDynPoints2D& P) const { return testing::GeosRing(FH, P); }
-
- private:
-  GEOSContextHandle_t FH;
+  GEOSGeometry* Ring(const TDynPoints2D& P) const { return testing::GeosRing(H, P); }
 };
 
 // Frees a geometry or a prepared geometry of one context.
@@ -228,19 +255,14 @@ class TSubject {
   TPrepared FPrepArea;
 };
 
-// The count of one kind of disagreement and the first few cases, to reproduce them.
+// The count of one kind of disagreement and the first few cases, to reproduce them. Case
+// is asked for its text only for those.
 struct TFaults {
   long Count = 0;
-  std::vector<std::string> First;
-  // Case is asked for its text only for the first few.
+  std::string First;
   template <class F>
   void Add(F&& Case) {
-    if (Count++ < 4) First.push_back(Case());
-  }
-  std::string Show() const {
-    std::string s;
-    for (const std::string& c : First) s += "\n  " + c;
-    return s;
+    if (Count++ < 4) First += "\n  " + Case();
   }
 };
 
@@ -248,16 +270,18 @@ struct TFaults {
 struct TTally {
   long Pairs = 0, Touching = 0, Near = 0, Apart = 0;
   long OnEdge = 0;
-  TFaults Missed, Phantom, WrongPoint, Chains, Geos;
+  TFaults Missed, Phantom, WrongPoint, Chains, Geos, Copies;
 
   void Expect(const char* Family) const {
     EXPECT_EQ(0, Missed.Count) << Family << ": boundaries within " << MustMeet << " with no contact found"
-                               << Missed.Show();
+                               << Missed.First;
     EXPECT_EQ(0, Phantom.Count) << Family << ": contact found between boundaries more than " << MustMiss << " apart"
-                                << Phantom.Show();
-    EXPECT_EQ(0, WrongPoint.Count) << Family << ": PointIsIn against GEOS" << WrongPoint.Show();
-    EXPECT_EQ(0, Chains.Count) << Family << ": a chain that does not climb" << Chains.Show();
-    EXPECT_EQ(0, Geos.Count) << Family << ": GEOS failed" << Geos.Show();
+                                << Phantom.First;
+    EXPECT_EQ(0, WrongPoint.Count) << Family << ": PointIsIn against GEOS" << WrongPoint.First;
+    EXPECT_EQ(0, Chains.Count) << Family << ": a chain that does not climb" << Chains.First;
+    EXPECT_EQ(0, Geos.Count) << Family << ": GEOS failed" << Geos.First;
+    EXPECT_EQ(0, Copies.Count) << Family << ": a copy, a moved polygon or a changed list answers otherwise"
+                               << Copies.First;
   }
 };
 
@@ -324,8 +348,11 @@ std::vector<TPoint2D> ProbePoints(const TDynPoints2D& R, std::mt19937& Rng, int 
 // One pair: TestOverlap both ways against the GEOS distance of the boundaries, and
 // PointIsIn of Probes (vertices of B) in A against GEOS.
 void CheckPair(const TGeos& G, const TSubject& A, const TDynPoints2D& B, const std::string& BLabel,
-               const TDynPoints2D& Probes, TTally& T) {
-  const TMPolygon pb(TVPolyline2D(B), nullptr);
+               const TDynPoints2D& Probes, TTally& T, const TMPolygon* Moved = nullptr) {
+  const TMPolygon own(TVPolyline2D(Moved ? TDynPoints2D() : B), nullptr);
+  // Moved, when given, is B made elsewhere and moved here by Translate, stretches and all.
+  const TMPolygon& pb = Moved ? *Moved : own;
+  if (!(pb.BoundBox() == CalcAABB(B))) T.Copies.Add([&] { return "the box of " + BLabel; });
   if (!ChainsClimb(pb)) T.Chains.Add([&] { return BLabel + " " + Show(B); });
   const TGeom gb(G.Ring(B), {G.Handle()});
   const double d = A.Distance(gb.get());
@@ -347,6 +374,13 @@ void CheckPair(const TGeos& G, const TSubject& A, const TDynPoints2D& B, const s
     ++T.Apart;
     if (ab || ba) T.Phantom.Add(describe);
   }
+  // A copy keeps the stretches that spare walks; a polygon whose list changed has lost them
+  // and walks every pair of chains whose boxes meet. Both answer alike.
+  auto plain = pb.CloneAs<TMPolygon>();
+  plain->Add(plain->Extract(plain->Last()));
+  if (pb.CloneAs<TMPolygon>()->TestOverlap(A.Poly) != ba || plain->TestOverlap(A.Poly) != ba ||
+      A.Poly.TestOverlap(*plain) != ab)
+    T.Copies.Add(describe);
   for (const TPoint2D& p : Probes) CheckPoint(A, p, T);
 }
 
@@ -453,7 +487,8 @@ TDynPoints2D AroundVertex(const TDynPoints2D& B, int Index, int Reach, int Other
 
 // Grid shapes on whole numbers at whole offsets: vertices on the other's edges, collinear
 // and overlapping level and vertical edges, corners on corners. Half of the offsets carry
-// a nudge near the tolerance, along an axis or a diagonal.
+// a nudge near the tolerance, along an axis or a diagonal. The partner is made at its own
+// place and moved there by Translate.
 TEST(MonotoneGeos, GridShapes) {
   const TGeos geos;
   TTally tally;
@@ -493,7 +528,9 @@ TEST(MonotoneGeos, GridShapes) {
             move += TPoint2D(std::cos(dir * Pi / 4), std::sin(dir * Pi / 4)) * off;
           }
           const TDynPoints2D b = testing::Moved(b0, move);
-          CheckPair(geos, a, b, "grid shape moved by " + Pt(move), TDynPoints2D(b.begin(), b.end() - 1), tally);
+          TMPolygon pb(TVPolyline2D(b0), nullptr);
+          pb.Translate(move);
+          CheckPair(geos, a, b, "grid shape moved by " + Pt(move), TDynPoints2D(b.begin(), b.end() - 1), tally, &pb);
         }
       }
     }
@@ -505,34 +542,14 @@ TEST(MonotoneGeos, GridShapes) {
   EXPECT_GT(tally.OnEdge, 50000);
 }
 
-// A ring of the data files, closed here when the file leaves the closing vertex out.
-TDynPoints2D DataRing(const nlohmann::json& Pts) {
-  TDynPoints2D ring;
-  for (const nlohmann::json& xy : Pts) ring.emplace_back(xy[0].get<double>(), xy[1].get<double>());
-  if (!ring.empty() && ring.front() != ring.back()) ring.push_back(ring.front());
-  return ring;
-}
-
 // Part outlines of the nesting benchmarks, each with thirty others placed against it (see
 // TPlacement) at gaps near the tolerance, turned by exact quarter turns, by any angle, or by
 // quarter turns and a tilt of 1e-9 to 1e-6 rad, as half of the outlines themselves are.
 TEST(MonotoneGeos, RealOutlines) {
-  const fs::path dir = fs::path(ORVANE_SHARED_DATA_DIR) / "outlines";
-  if (!fs::is_directory(dir)) GTEST_SKIP() << "no part outlines in " << dir.string();
-  std::vector<fs::path> files;
-  for (const auto& entry : fs::directory_iterator(dir))
-    if (entry.path().extension() == ".json") files.push_back(entry.path());
-  std::sort(files.begin(), files.end());
   std::vector<TDynPoints2D> rings;
   std::vector<std::string> names;
-  for (const fs::path& file : files) {
-    std::ifstream in(file);
-    const nlohmann::json doc = nlohmann::json::parse(in);
-    for (const nlohmann::json& part : doc["parts"]) {
-      rings.push_back(DataRing(part["outer"]));
-      names.push_back(file.filename().string() + " part " + std::to_string(part["id"].get<int>()));
-    }
-  }
+  ReadOutlines(rings, names);
+  if (rings.empty()) GTEST_SKIP() << "no part outlines in " << ORVANE_SHARED_DATA_DIR;
   ASSERT_GT(rings.size(), 800u);
 
   const TGeos geos;

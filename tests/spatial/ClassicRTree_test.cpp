@@ -105,8 +105,6 @@ TEST(ClassicRTree, GrowsSplitsAndCollapsesAsStated) {
   ExpectSound(list, {0, 1, 2, 3, 4});
 
   while (list.GetCount() > 0) {
-    hits.Clear();
-    list.PickUpAllContents(hits);
     classic::TRTree* victim = list.GetTopNode();
     while (victim->ChildCount() > 0) victim = victim->GetChildren()[0];
     list.DeleteOneNode(victim);

@@ -121,6 +121,9 @@ TEST(GenericRTree, MatchesBruteForceThroughMixedChanges) {
   for (const int fanOut : {3, 4, 8, 40}) {
     std::mt19937 rng(1234u + static_cast<unsigned>(fanOut));
     auto tree = std::make_unique<TTree>(fanOut);
+    // The same changes on a tree of strings, which keeps its values outside the entries.
+    auto named = std::make_unique<TRTree<std::string>>(fanOut);
+    const auto name = [](int Value) { return "part-" + std::to_string(Value); };
     TModel model;
     int next = 0;
     for (int step = 0; step < 2500; ++step) {
@@ -128,6 +131,7 @@ TEST(GenericRTree, MatchesBruteForceThroughMixedChanges) {
       if (op < 60) {
         const TRect2D box = RandomBox(rng);
         tree->Insert(next, box);
+        named->Insert(name(next), box);
         model.Items.emplace_back(next++, box);
       } else if (op < 97) {
         // Removal of a held value, or now and then of one never held.
@@ -136,19 +140,23 @@ TEST(GenericRTree, MatchesBruteForceThroughMixedChanges) {
                 ? -1
                 : model.Items[std::uniform_int_distribution<std::size_t>(0, model.Items.size() - 1)(rng)].first;
         tree->Remove(value);
+        named->Remove(name(value));
         std::erase_if(model.Items, [&](const auto& item) { return item.first == value; });
       } else {
         // A fresh bulk load.
         const int n = std::uniform_int_distribution<int>(0, 300)(rng);
         TList<int> values;
+        TList<std::string> names;
         TList<TRect2D> boxes;
         model.Items.clear();
         for (int i = 0; i < n; ++i) {
           values.Add(next);
+          names.Add(name(next));
           boxes.Add(RandomBox(rng));
           model.Items.emplace_back(next++, boxes.Last());
         }
         tree = std::make_unique<TTree>(values, boxes, fanOut);
+        named = std::make_unique<TRTree<std::string>>(names, boxes, fanOut);
       }
       ASSERT_NO_FATAL_FAILURE(ExpectSound(*tree)) << "step " << step;
       ASSERT_EQ(tree->Count(), static_cast<int>(model.Items.size()));
@@ -160,6 +168,17 @@ TEST(GenericRTree, MatchesBruteForceThroughMixedChanges) {
           ASSERT_EQ(tree->GetRandomData(), order.front());
         }
         ASSERT_NO_FATAL_FAILURE(ExpectQueriesMatch(*tree, model, rng)) << "step " << step;
+        const TRect2D region = RandomBox(rng);
+        std::vector<std::string> want, got = named->Search(region, 0.5).ToArray();
+        for (const int v : model.Meeting(region, 0.5)) want.push_back(name(v));
+        std::sort(want.begin(), want.end());
+        std::sort(got.begin(), got.end());
+        ASSERT_EQ(got, want) << "strings, step " << step;
+        ASSERT_EQ(named->Count(), tree->Count());
+        if (!order.empty()) {
+          EXPECT_EQ(named->GetRandomData(), name(order.front()));
+          EXPECT_THROW(named->Insert(name(order.back()), {0, 0, 1, 1}), ERTreeError);
+        }
       }
     }
   }
@@ -350,33 +369,6 @@ TEST(GenericRTree, EmptyTreesErrorsAndEdges) {
   TList<int> twice{1, 1};
   EXPECT_THROW(TTree(twice, boxes, 8), ERTreeError);
   EXPECT_EQ(TTree(TList<int>(), TList<TRect2D>(), 8).Count(), 0);
-}
-
-TEST(GenericRTree, ValuesThatLiveOutsideTheEntries) {
-  // Strings are looked up through the value array rather than kept in the leaf entries.
-  std::mt19937 rng(5);
-  TList<std::string> names;
-  TList<TRect2D> boxes;
-  for (int i = 0; i < 200; ++i) {
-    names.Add("part-" + std::to_string(i));
-    boxes.Add(RandomBox(rng));
-  }
-  TRTree<std::string> tree(names, boxes, 5);
-  for (int i = 0; i < 200; i += 3) tree.Remove("part-" + std::to_string(i));
-  tree.Insert("extra", {10, 10, 11, 11});
-  const TRect2D region(8, 8, 12, 12);
-  std::vector<std::string> expected;
-  for (int i = 0; i < 200; ++i) {
-    if (i % 3 != 0 && boxes[i].RelationWithRect(region, 0.0) != 0) expected.push_back(names[i]);
-  }
-  expected.push_back("extra");
-  std::vector<std::string> found = tree.Search(region, 0.0).ToArray();
-  std::sort(found.begin(), found.end());
-  std::sort(expected.begin(), expected.end());
-  EXPECT_EQ(found, expected);
-  EXPECT_EQ(tree.GetRandomData(), "part-1");
-  EXPECT_EQ(tree.GetAllData().Last(), "extra");
-  EXPECT_THROW(tree.Insert("part-2", {0, 0, 1, 1}), ERTreeError);
 }
 
 }  // namespace
