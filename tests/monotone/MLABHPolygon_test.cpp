@@ -48,6 +48,8 @@ TEST(MLABHPolygon, RingTable) {
       {"annulus in the hole", Rings(0, 0, {4, 2}), false, false, false, false},
       {"annulus whose hole is too small", Rings(0, 0, {9, 3}), true, false, false, false},
       {"disc touching from outside", Rings(13, 0, {3}), true, false, false, true},
+      // Starts in the hole and reaches into the material, clear of the outer boundary.
+      {"disc from the hole into the material", Rings(2.5, 0, {3.5}), true, false, false, true},
   };
   for (const TRow& row : rows) {
     SCOPED_TRACE(row.Name);
