@@ -67,7 +67,6 @@ TEST(GeSpline2D, BadInputRaisesAndLeavesTheSplineAsItWas) {
   auto s = TGeSpline2D::CreateLine({0, 0}, {3, 0});
   const TFloatDynArray knots = s->GetKnotVector();
   EXPECT_THROW(s->SetWeight(1, 0.0), EParamError);
-  EXPECT_THROW(s->SetWeight(1, -1.0), EParamError);
   EXPECT_THROW(s->SetCtrlPoint(1, {NAN, 0}), EParamError);
   EXPECT_THROW(s->SetKnots(2, INFINITY), EParamError);
   EXPECT_THROW(s->SetKnots(8, 0.0), EParamError);
@@ -215,9 +214,6 @@ TEST(GeSpline2D, ClampingKeepsTheCurve) {
       ExpectNear(c->EvalPoint(t, d1), s->EvalPoint(t, d2), 1e-12);
       ExpectNear(d1, d2, 1e-10);
     }
-    // Clamped ends pass through the end control points.
-    ExpectNear(c->GetCtrlPoint(0), s->EvalPoint(iv.Lower), 1e-13);
-    ExpectNear(c->GetCtrlPoint(-1), s->EvalPoint(iv.Upper), 1e-13);
     EXPECT_EQ(c->DecomposeCurve().size(), s->DecomposeCurve().size());
     // The end matrices give the same new end points, in homogeneous form.
     const TFullMatrix start = GetBSpilineClampingMatrix(3, k, true);

@@ -148,9 +148,7 @@ TEST(SplineSubCurve, BezierCurvesOfPolynomialSplines) {
   }
   // A circle is truly rational, a quartic beyond cubic: neither goes into cubic Beziers.
   EXPECT_TRUE(internal::SplineToBezierCurves(*TGeSpline2D::CreateArc({0, 0}, 1, 0, kPi)).empty());
-  auto quartic = std::make_unique<TGeSpline2D>(5, 4);
-  for (int i = 0; i < 5; ++i) quartic->SetWeight(i, 1.0);
-  for (int i = 0; i < 10; ++i) quartic->SetKnots(i, i < 5 ? 0.0 : 1.0);
+  auto quartic = testing::MakeSpline(4, TDynPoints2D(5), {0, 0, 0, 0, 0, 1, 1, 1, 1, 1});
   EXPECT_TRUE(internal::SplineToBezierCurves(*quartic).empty());
   // A line's cubic has its control points at the thirds, as the Bezier curve's own line does.
   const auto line = internal::SplineToBezierCurves(*TGeSpline2D::CreateLine({1, 1}, {4, 7}));
