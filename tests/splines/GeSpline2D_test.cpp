@@ -262,7 +262,7 @@ TEST(GeSpline2D, JoiningAndReversal) {
   EXPECT_FALSE(z.ConnectWith(*s));
   // Reversal: twice is the identity; once runs the same points backwards.
   auto r = MakeSpline(3, {{0, 0}, {1, 3}, {3, 4}, {5, 1}, {6, 5}}, {0, 0, 0, 0, 0.3, 2, 2, 2, 2}, {1, 2, 0.5, 1, 3});
-  auto rr = MakeSpline(3, {{0, 0}, {1, 3}, {3, 4}, {5, 1}, {6, 5}}, {0, 0, 0, 0, 0.3, 2, 2, 2, 2}, {1, 2, 0.5, 1, 3});
+  auto rr = MakeSpline(3, r->GetCtrlPoints(), r->GetKnotVector(), r->GetWeights());
   rr->ReverseDir();
   EXPECT_FALSE(rr->CheckEqual(*r, false));  // knots not symmetric
   for (const double t : {0.0, 0.2, 1.1, 2.0}) ExpectNear(rr->EvalPoint(2.0 - t), r->EvalPoint(t), 1e-14);
