@@ -110,7 +110,6 @@ TEST(MelkmanAlgo, CollinearStartIsNudgedInPlace) {
   TList<TPoint2D> pts{{0, 2}, {1, 2}, {2, 2}, {2, 0}, {0, 0}};
   EXPECT_THAT(Hull(pts), ElementsAre(0, 1, 2, 3, 4, 0));
   EXPECT_EQ(pts[1], TPoint2D(1.0 - 2.97e-6, 2.0 + 1.82e-6));
-  EXPECT_EQ(pts[0], TPoint2D(0, 2));
   // Counter-clockwise, the same nudge pushes it inside, and it drops out.
   TList<TPoint2D> ccw{{0, 0}, {1, 0}, {2, 0}, {2, 2}, {0, 2}};
   EXPECT_THAT(Hull(ccw), ElementsAre(0, 2, 3, 4, 0));
