@@ -109,7 +109,6 @@ TEST(Checks, InvalidInputNamesTheOperationAndTheValue) {
             "[Error] TVPolyline2D.CalcPointByParam: Param is not a finite number");
   EXPECT_EQ(MessageOf([&] { TMathUtils::CycInc(1.0, 1.0, nan); }),
             "[Error] TMathUtils.CycInc: Period NAN must be positive");
-  EXPECT_EQ(TMathUtils::CycInc(-0.5, 0.0, 2.0), 1.5);
 }
 
 TEST(Orientation, ExactForIntegerPointsWhereDoublesRound) {
