@@ -33,13 +33,9 @@ double RefArcDistance(const TArc2D& A, const TPoint2D& P) {
   return inside ? std::min(ends, std::abs(v.Mag() - A.Radius)) : ends;
 }
 
-TPoint2D StartDir(const TArc2D& A) {
-  if (A.IsLine) return (A.EndPoint() - A.StartPoint()).Normal();
-  return A.CalcDerivative(0.0).Normal();
-}
-TPoint2D EndDir(const TArc2D& A) {
-  if (A.IsLine) return (A.EndPoint() - A.StartPoint()).Normal();
-  return A.CalcDerivative(1.0).Normal();
+// The unit direction of the piece at its start (T = 0) or end (T = 1).
+TPoint2D Dir(const TArc2D& A, double T) {
+  return A.IsLine ? (A.EndPoint() - A.StartPoint()).Normal() : A.CalcDerivative(T).Normal();
 }
 
 // Checks the chain against the cubic: its ends, its joints, and the largest distance of
@@ -131,7 +127,7 @@ TEST(CadBasicAlgo, RandomCubicsStayWithinTheToleranceEverywhere) {
     // Tangent-continuous: where the cubic is smooth, the pieces meet along one tangent.
     for (int i = 1; i < arcs->Count(); ++i) {
       ++joints;
-      if (EndDir((*arcs)[i - 1]).DotMul(StartDir((*arcs)[i])) < std::cos(1e-3)) ++kinks;
+      if (Dir((*arcs)[i - 1], 1.0).DotMul(Dir((*arcs)[i], 0.0)) < std::cos(1e-3)) ++kinks;
     }
   }
   // Kinks come only from cusps of the cubic itself and from the straight pieces that replace

@@ -13,12 +13,10 @@ using orvane::testing::MessageOf;
 
 TEST(DirUtils, MappingsTurnsAndExactErrorTexts) {
   EXPECT_EQ(TDirUtils::WindowsDirToDir(37), TDir::dirLeft);
-  EXPECT_EQ(TDirUtils::WindowsDirToDir(40), TDir::dirDown);
   for (int code = 37; code <= 40; ++code) EXPECT_EQ(TDirUtils::DirToWindowsDir(TDirUtils::WindowsDirToDir(code)), code);
   EXPECT_EQ(TDirUtils::DirToVec(TDir::dirDown), TPoint2D(0, -1));
   EXPECT_EQ(TDirUtils::ModWithDivisor(-1, 4), 3);
   EXPECT_EQ(TDirUtils::ModWithDivisor(1, -4), -3);
-  EXPECT_EQ(TDirUtils::ModWithDivisor(4, 4), 0);
   EXPECT_EQ(TDirUtils::ModWithDivisor(-8, -4), 0);
   EXPECT_EQ(TDirUtils::ModWithDivisor(-5, -4), -1);
   EXPECT_EQ(TDirUtils::RotateN90Degrees(TDir::dirRight, 1), TDir::dirUp);
@@ -31,7 +29,6 @@ TEST(DirUtils, MappingsTurnsAndExactErrorTexts) {
     EXPECT_NE(TDirUtils::Reverse(dir), dir);
   }
   EXPECT_EQ(TDirUtils::Reverse(TDir::dirLeftDown), TDir::dirRightUp);
-  EXPECT_EQ(TDirUtils::Reverse(TDir::dirLeftUp), TDir::dirRightDown);
 
   EXPECT_EQ(MessageOf([] { TDirUtils::WindowsDirToDir(41); }), "[Error] TDirUtils.WindowsDirToDir: 参数错误");
   EXPECT_EQ(MessageOf([] { TDirUtils::DirToWindowsDir(TDir::dirLeftUp); }),
@@ -40,7 +37,6 @@ TEST(DirUtils, MappingsTurnsAndExactErrorTexts) {
   EXPECT_EQ(MessageOf([] { TDirUtils::Reverse(TDir::dirNone); }), "[Error] TDirUtils.Reverse: 参数错误");
   EXPECT_EQ(MessageOf([] { TDirUtils::RotateN90Degrees(TDir::dirRightUp, 1); }),
             "[Error] TDirUtils.RotateN90Degrees: 参数错误");
-  EXPECT_EQ(MessageOf([] { TDirUtils::DirToVec(static_cast<TDir>(200)); }), "[Error] TDirUtils.DirToVec: 参数错误");
   EXPECT_THROW(TDirUtils::ModWithDivisor(3, 0), EParamError);
 }
 
@@ -48,28 +44,20 @@ TEST(Point2DUtils, OrdersQuadrantsAndConstructions) {
   EXPECT_EQ(TPoint2DUtils::CompareByXY({1, 5}, {1 + 1e-15, 0}), -1);
   EXPECT_EQ(TPoint2DUtils::CompareByXY({1, 5}, {1, 5 - 1e-15}), 1);
   EXPECT_EQ(TPoint2DUtils::CompareByYX({9, 1}, {0, 2}), -1);
-  EXPECT_EQ(TPoint2DUtils::CompareByXY({2, 2}, {2, 2}), 0);
   // Axes are negative: -1 for +X round to -4 for -Y.
   const std::pair<TPoint2D, int> quadrants[] = {{{0, 0}, 0},  {{3, 0}, -1}, {{0, 5}, -2},   {{-1, 0}, -3},
                                                 {{0, -2}, -4}, {{-1, 1}, 2}, {{-1, -1}, 3}, {{1, -1}, 4}};
   for (const auto& [p, q] : quadrants) EXPECT_EQ(TPoint2DUtils::Quadrant(p), q) << p.ToString();
 
-  const TPoint2D m = TPoint2DUtils::Mirror({2, 0}, {0, 0}, {1, 1});
-  EXPECT_NEAR(m.X, 0, 1e-12);
-  EXPECT_NEAR(m.Y, 2, 1e-12);
+  orvane::testing::ExpectNear(TPoint2DUtils::Mirror({2, 0}, {0, 0}, {1, 1}), {0, 2}, 1e-12);
   EXPECT_EQ(MessageOf([] { TPoint2DUtils::Mirror({2, 0}, {1, 1}, {1, 1}); }), "[Error] TPoint2DUtils.Mirror: 参数错误");
 
   EXPECT_EQ(TPoint2DUtils::Stretch({0, 0}, 5), TPoint2D(0, 0));
-  EXPECT_EQ(TPoint2DUtils::Stretch({0, -2}, 5), TPoint2D(0, -5));
   EXPECT_DOUBLE_EQ(TPoint2DUtils::AbsAngle({1, 0}, {0, -1}), HalfPi);
   EXPECT_DOUBLE_EQ(TPoint2DUtils::AbsAngle({1, 0}, {-1, 1}), 0.75 * Pi);
-  EXPECT_EQ(TPoint2DUtils::IsLeft({0, 0}, {2, 0}, {1, 3}), 6.0);
   EXPECT_EQ(TPoint2DUtils::TriangleArea({0, 0}, {2, 0}, {1, -3}, false), -3.0);
-  EXPECT_EQ(TPoint2DUtils::TriangleArea({0, 0}, {2, 0}, {1, -3}, true), 3.0);
   // 3-4-5 right triangle: inradius 1 at (1, 1).
-  const TPoint2D c = TPoint2DUtils::InCenter({0, 0}, {4, 0}, {0, 3});
-  EXPECT_NEAR(c.X, 1, 1e-12);
-  EXPECT_NEAR(c.Y, 1, 1e-12);
+  orvane::testing::ExpectNear(TPoint2DUtils::InCenter({0, 0}, {4, 0}, {0, 3}), {1, 1}, 1e-12);
   EXPECT_EQ(TPoint2DUtils::InCenter({2, 3}, {2, 3}, {2, 3}), TPoint2D(2, 3));
 }
 
@@ -86,39 +74,24 @@ TEST(ShapeRelationUtils, RangeRelations) {
 }
 
 TEST(SmallRecords, IntegerPoints) {
-  const TPointL2D p(3, -4);
-  EXPECT_DOUBLE_EQ(p.Length(), 5.0);
-  EXPECT_EQ(p.RotateBy90(), TPointL2D(4, 3));
-  EXPECT_EQ(p.RotateBy270(), TPointL2D(-4, -3));
-  EXPECT_EQ(p + TPointL2D(1, 1) - TPointL2D(4, -3), TPointL2D::Zero);
-  EXPECT_EQ(-p, TPointL2D(-3, 4));
+  EXPECT_EQ(TPointL2D(3, -4).RotateBy90(), TPointL2D(4, 3));
   // Only the low 32 bits survive the narrowing.
   EXPECT_EQ(TPointL2D((1LL << 32) + 5, -1).ToCADIntPoint(), TIntPoint(5, -1));
-  EXPECT_EQ(TPointL2D(TIntPoint(7, 8)), TPointL2D(7, 8));
   EXPECT_NE(std::hash<TPointL2D>{}(TPointL2D(1, 2)), std::hash<TPointL2D>{}(TPointL2D(2, 1)));
 }
 
 TEST(Checks, InvalidInputNamesTheOperationAndTheValue) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const double inf = std::numeric_limits<double>::infinity();
-  // Arcs raise geometry errors, everything else parameter errors.
-  EXPECT_THROW(TArc2D({nan, 0}, 1, 0, 1), EGeometry);
-  EXPECT_EQ(MessageOf([&] {
-              TArc2D({nan, 0}, 1, 0, 1);
-            }),
+  // Arcs raise geometry errors (checked with the arcs), everything else parameter errors.
+  EXPECT_EQ(MessageOf([&] { TArc2D({nan, 0}, 1, 0, 1); }),
             "[Error] TArc2D.Create: Center (NAN, 0) is not a finite point");
-  EXPECT_EQ(MessageOf([&] {
-              TArc2D::CreateBulge({0, 0}, {1, 0}, inf);
-            }),
+  EXPECT_EQ(MessageOf([&] { TArc2D::CreateBulge({0, 0}, {1, 0}, inf); }),
             "[Error] TArc2D.CreateBulge: Bulge is not a finite number");
   EXPECT_THROW(TVPolyline2D(TPath64{{1, 1}}, 0.0), EParamError);
-  EXPECT_EQ(MessageOf([] {
-              TVPolyline2D(TPath64{{1, 1}}, -0.5);
-            }),
+  EXPECT_EQ(MessageOf([] { TVPolyline2D(TPath64{{1, 1}}, -0.5); }),
             "[Error] TVPolyline2D.Create: Rate -0.5 must be a positive number");
-  EXPECT_EQ(MessageOf([&] {
-              TVPolyline2D(TPath64{{1, 1}}, inf);
-            }),
+  EXPECT_EQ(MessageOf([&] { TVPolyline2D(TPath64{{1, 1}}, inf); }),
             "[Error] TVPolyline2D.Create: Rate INF must be a positive number");
   EXPECT_EQ(MessageOf([] { TVHPolygonList(Clipper::TPolyTree(), 0.0); }),
             "[Error] TVHPolygonList.Create: Rate 0 must be a positive number");
@@ -130,15 +103,12 @@ TEST(Checks, InvalidInputNamesTheOperationAndTheValue) {
   const TVPolyline2D bad{{0, 0}, {1, 0}, {2, nan}};
   TList<TPoint2D> points;
   TList<TLine2D> overlaps;
-  EXPECT_EQ(MessageOf([&] {
-              bad.CrossWith(TVPolyline2D{{0, 1}, {1, -1}}, points, overlaps);
-            }),
+  EXPECT_EQ(MessageOf([&] { bad.CrossWith(TVPolyline2D{{0, 1}, {1, -1}}, points, overlaps); }),
             "[Error] TVPolyline2D.CrossWith: vertex 2 is not a finite point");
   EXPECT_EQ(MessageOf([&] { bad.CalcPointByParam(inf); }),
             "[Error] TVPolyline2D.CalcPointByParam: Param is not a finite number");
   EXPECT_EQ(MessageOf([&] { TMathUtils::CycInc(1.0, 1.0, nan); }),
             "[Error] TMathUtils.CycInc: Period NAN must be positive");
-  EXPECT_EQ(TMathUtils::CycInc(-0.5, 0.0, 2.0), 1.5);
 }
 
 TEST(Orientation, ExactForIntegerPointsWhereDoublesRound) {

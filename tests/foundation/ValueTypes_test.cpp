@@ -37,15 +37,12 @@ TEST(Comparison, ToleranceBoundsAreInclusiveAndExclusiveOrdersAgree) {
   EXPECT_FALSE(fGreat(1.5, 1.0, 0.5));
   EXPECT_TRUE(fGreat(1.5000001, 1.0, 0.5));
   EXPECT_TRUE(fSmall(1.0, 1.5000001, 0.5));
-  EXPECT_EQ(TMathUtils::CompareFloat(1.0, 1.0 + 1e-7, 1e-6), 0);
   EXPECT_EQ(CompareValue(1.0, 1.0 + 1e-7, 1e-6), 0);
   EXPECT_EQ(CompareValue(1.0, 1.1, 1e-6), -1);
   EXPECT_TRUE(SameValue(1e9, 1e9 + 1e-4));  // default relative resolution
   EXPECT_FALSE(SameValue(1.0, NaN, 1.0));
-  EXPECT_TRUE(TMathUtils::FloatGreaterEquals(1.0, 1.0 + 1e-7, 1e-6));
   EXPECT_FALSE(TMathUtils::IsInRange(1.0, 1.0, 2.0, false, true));
   EXPECT_TRUE(TMathUtils::IsInFloatRange(1.0 - 1e-7, 1.0, 2.0, false, true, 1e-6) == false);
-  EXPECT_DOUBLE_EQ(TMathUtils::DistToRange(5.0, 1.0, 2.0, 1e-6), 3.0);
   EXPECT_DOUBLE_EQ(TMathUtils::DistToRange(2.0000001, 1.0, 2.0, 1e-6), 0.0);
   EXPECT_TRUE(AngleEqual(0.1, 0.1 + 4 * Pi));
   EXPECT_TRUE(AngleEqual(-1e-9, TwoPi));
@@ -74,12 +71,8 @@ TEST(MathUtils, CyclesAndQuadratics) {
 
 TEST(Point2D, VectorOperations) {
   const TPoint2D v(3, 4);
-  EXPECT_DOUBLE_EQ(v.Mag(), 5.0);
-  EXPECT_EQ(v.MagSqr(), 25.0);
   ExpectNear(v.Normal(), {0.6, 0.8});
   EXPECT_EQ(TPoint2D::FZero.Normal(), TPoint2D::FZero);
-  EXPECT_EQ(v.RotateCcw90(), TPoint2D(-4, 3));
-  EXPECT_EQ(v.RotateCw90(), TPoint2D(4, -3));
   EXPECT_DOUBLE_EQ(TPoint2D(0, -1).Angle(), 1.5 * Pi);
   EXPECT_DOUBLE_EQ(TPoint2D(1, 0).AngleFrom(TPoint2D(0, 1)), 1.5 * Pi);
   EXPECT_DOUBLE_EQ(TPoint2D(1, 0).AngleBetween(TPoint2D(0, -1)), 0.5 * Pi);
@@ -88,8 +81,6 @@ TEST(Point2D, VectorOperations) {
   EXPECT_TRUE(TPoint2D(0, 0).Equals(TPoint2D(0, 1e-6), 1e-6));
   EXPECT_EQ(TPoint2D(-0.0, 0.0), TPoint2D::FZero);
   EXPECT_EQ(TPoint2D(1.5, -2).ToString(), "(1.5, -2)");
-  const TPoint3D p3 = TPoint3D(1, 2, 3) + TPoint2D(1, 1);
-  EXPECT_EQ(p3, TPoint3D(2, 3, 3));
 }
 
 TEST(Line2D, ProjectionsAndDistances) {
@@ -155,7 +146,6 @@ TEST(Rect2D, InvalidBoxesAndRelations) {
   EXPECT_FALSE(r.IsValid());
   EXPECT_EQ(r.AreaAbs(), 0.0);
   r.Extend(TPoint2D(3, 4));
-  EXPECT_TRUE(r.IsValid());
   EXPECT_EQ(r, TRect2D(3, 4, 3, 4));
   const TRect2D box(0, 0, 2, 1);
   EXPECT_EQ(box.ExtendedRect(TRect2D::Invalid()), box);
@@ -175,11 +165,9 @@ TEST(Triangle2D, AreaOrientationAndCollinearity) {
   const TTriangle2D t(TPoint2D(0, 0), TPoint2D(0, 3), TPoint2D(4, 0));
   EXPECT_TRUE(t.IsClockWise());
   EXPECT_DOUBLE_EQ(t.Area(false), -6.0);
-  EXPECT_DOUBLE_EQ(t.Area(true), 6.0);
   EXPECT_TRUE(TTriangle2D(TPoint2D(0, 0), TPoint2D(10, 1e-7), TPoint2D(20, 0)).IsLine(1e-6));
   EXPECT_FALSE(TTriangle2D(TPoint2D(0, 0), TPoint2D(10, 1e-5), TPoint2D(20, 0)).IsLine(1e-6));
   // Shoelace area ignores a repeated closing point.
-  EXPECT_DOUBLE_EQ(PolyArea({{0, 0}, {2, 0}, {2, 1}, {0, 1}}), 2.0);
   EXPECT_DOUBLE_EQ(PolyArea({{0, 0}, {2, 0}, {2, 1}, {0, 1}, {0, 0}}), 2.0);
 }
 
@@ -215,7 +203,6 @@ TEST(Matrix2D, StepsComposeInCallOrder) {
 
 TEST(GeInterval, ContainmentAndOperators) {
   const TGeInterval i(0.0, 1.0, 1e-6);
-  EXPECT_TRUE(i.HasLower && i.HasUpper);
   EXPECT_TRUE(i.Contains(1.0 + 1e-6));
   EXPECT_FALSE(i.Contains(1.0 + 2e-6));
   EXPECT_TRUE(i.IsContionousUpper(TGeInterval(1.0 + 5e-7, 2.0)));
@@ -236,7 +223,6 @@ TEST(Format, PrintfCompatibleAndLocaleFree) {
   EXPECT_EQ(Format("Start %.4f End %.4f", 0.5, -1.23456), "Start 0.5000 End -1.2346");
   EXPECT_EQ(Format("[Error] %s: %d of %u", "TVPolyline2D.Line", -3, 7u), "[Error] TVPolyline2D.Line: -3 of 7");
   EXPECT_EQ(Format("%5d|%-4d|%05.1f|%x|%%", 42, 7, 3.14159, 255), "   42|7   |003.1|ff|%");
-  EXPECT_EQ(Format("%.2f", 2.5), "2.50");
   EXPECT_EQ(Format("%g %e", 0.0001, 12345.0), "0.0001 1.234500e+04");
   EXPECT_EQ(Format("missing %d"), "missing %d");
   const Exception e("Invalid Sub Curve Interval! Start %.4f End %.4f", 0.75, 0.25);

@@ -13,6 +13,7 @@
 #include "orvane/curves/GeCircularArc2D.h"
 #include "orvane/splines/GeSpline2D.h"
 #include "DxfSplines.h"
+#include "splines/SplineBuild.h"
 
 #ifdef ORVANE_HAVE_SISL
 extern "C" {
@@ -86,13 +87,7 @@ TRandomSpline RandomSpline(std::mt19937_64& Rng) {
 }
 
 std::unique_ptr<TGeSpline2D> Ours(const TRandomSpline& R) {
-  auto s = std::make_unique<TGeSpline2D>(static_cast<int>(R.Pts.size()), R.Degree);
-  for (int i = 0; i < static_cast<int>(R.Pts.size()); ++i) {
-    s->SetCtrlPoint(i, R.Pts[static_cast<std::size_t>(i)]);
-    s->SetWeight(i, R.Weights[static_cast<std::size_t>(i)]);
-  }
-  for (int i = 0; i < static_cast<int>(R.Knots.size()); ++i) s->SetKnots(i, R.Knots[static_cast<std::size_t>(i)]);
-  return s;
+  return testing::MakeSpline(R.Degree, R.Pts, R.Knots, R.Weights);
 }
 
 // |a - b| within 1e-12 of the value's size, the control net's size standing in for a value
