@@ -15,6 +15,7 @@
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/foundation/Point2DUtils.h"
 #include "orvane/foundation/PointArray.h"
+#include "support/SharedData.h"
 #include "support/TestSupport.h"
 
 namespace orvane {
@@ -162,15 +163,14 @@ TEST(MelkmanAlgo, MatchesBruteForceOnRandomSimplePolygons) {
 // (Boost.Geometry is no reference here: on one gardeyn5 part, where two corners lie within
 // 1e-15 of one vertical line, its hull drops the extreme one and leaves it 0.5 outside.)
 TEST(MelkmanAlgo, IsTheHullOfRealOutlines) {
-  const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "outlines";
-  if (!std::filesystem::is_directory(dir)) GTEST_SKIP() << "no part data in " << dir;
+  const auto files = testing::DataFiles("outlines", ".json");
+  if (files.empty()) GTEST_SKIP() << "no part data in " ORVANE_SHARED_DATA_DIR;
   int parts = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    std::ifstream in(entry.path());
-    const nlohmann::json doc = nlohmann::json::parse(in);
+  for (const std::filesystem::path& file : files) {
+    const nlohmann::json doc = testing::ReadJson(file);
     for (const nlohmann::json& part : doc["parts"]) {
       TList<TPoint2D> pts;
-      for (const nlohmann::json& xy : part["outer"]) pts.Add({xy[0].get<double>(), xy[1].get<double>()});
+      pts.AddRange(testing::JsonRing(part["outer"]));
       const std::vector<int> ids = Hull(pts);
       TDynPoints2D ring;
       for (int id : ids) ring.push_back(pts[id]);
@@ -180,12 +180,12 @@ TEST(MelkmanAlgo, IsTheHullOfRealOutlines) {
       ASSERT_GE(h, 3u);
       for (std::size_t k = 0; k < h; ++k) {
         const TPoint2D& a = ring[(k + h - 1) % h];
-        EXPECT_GT(sense * TPoint2DUtils::IsLeft(a, ring[k], ring[k + 1]), 0.0) << entry.path().filename();
+        EXPECT_GT(sense * TPoint2DUtils::IsLeft(a, ring[k], ring[k + 1]), 0.0) << file.filename();
       }
       for (const TPoint2D& q : pts) {
         for (std::size_t k = 0; k < h; ++k) {
           ASSERT_GE(sense * TPoint2DUtils::IsLeft(ring[k], ring[k + 1], q), -1e-12 * size * size)
-              << entry.path().filename() << q.ToString();
+              << file.filename() << q.ToString();
         }
       }
       ++parts;

@@ -17,6 +17,7 @@
 #include "orvane/curves/GePolygon.h"
 #include "orvane/foundation/Enums.h"
 #include "orvane/foundation/Exception.h"
+#include "support/SharedData.h"
 #include "support/TestSupport.h"
 #if ORVANE_HAVE_GEOS
 #include "support/Geos.h"
@@ -355,25 +356,20 @@ TEST(GeLoop, RandomLoopsAgainstGeos) {
 }
 
 TEST(GeLoop, RealOutlinesAgainstGeos) {
-  const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "outlines";
-  if (!std::filesystem::is_directory(dir)) GTEST_SKIP() << "no outline data at " << dir;
+  const auto files = testing::DataFiles("outlines", ".json");
+  if (files.empty()) GTEST_SKIP() << "no outline data in " ORVANE_SHARED_DATA_DIR;
   TGeosOracle geos;
   std::mt19937 rng(7);
   int parts = 0;
   int regions = 0;
-  auto ring = [](const nlohmann::json& Xys) {
-    TDynPoints2D r;
-    for (const nlohmann::json& xy : Xys) r.emplace_back(xy[0].get<double>(), xy[1].get<double>());
-    return r;
-  };
-  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    std::ifstream in(entry.path());
-    const nlohmann::json doc = nlohmann::json::parse(in);
+  const auto ring = testing::JsonRing;
+  for (const std::filesystem::path& file : files) {
+    const nlohmann::json doc = testing::ReadJson(file);
     for (const nlohmann::json& part : doc["parts"]) {
       const TGeLoop loop(ring(part["outer"]));
       const TRect2D box = loop.GetBoundBox();
       geos.Check(loop.GetPolyline2D().Points(), PointsIn(rng, box, 60), 1e-7 * (box.Width() + box.Height()));
-      if (HasFatalFailure()) FAIL() << entry.path().filename() << " part " << part["id"];
+      if (HasFatalFailure()) FAIL() << file.filename() << " part " << part["id"];
       ++parts;
     }
     // Leather hides with their defects as holes; GEOS finds some invalid, and they are left

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "orvane/vertex/VPolyline2D.h"
+#include "support/SharedData.h"
 #include "support/TestSupport.h"
 
 namespace orvane {
@@ -215,13 +216,11 @@ TEST(MPolygonList, RandomLayoutsAgreeWithUnionFind) {
 // boundary contact (1e-6).
 TEST(MPolygonList, PlacedLayoutsAgreeWithUnionFind) {
   namespace fs = std::filesystem;
-  const fs::path dir = fs::path(ORVANE_SHARED_DATA_DIR) / "layouts";
-  if (!fs::is_directory(dir)) GTEST_SKIP() << "no layouts in " << ORVANE_SHARED_DATA_DIR;
+  const auto files = testing::DataFiles("layouts", ".json");
+  if (files.empty()) GTEST_SKIP() << "no layouts in " << ORVANE_SHARED_DATA_DIR;
   int layouts = 0, piled = 0, pairs = 0, touching = 0;
-  for (const auto& entry : fs::directory_iterator(dir)) {
-    if (entry.path().extension() != ".json") continue;
-    std::ifstream in(entry.path());
-    const nlohmann::json doc = nlohmann::json::parse(in);
+  for (const fs::path& file : files) {
+    const nlohmann::json doc = testing::ReadJson(file);
     std::vector<const nlohmann::json*> placements;
     if (doc.contains("placements")) placements.push_back(&doc["placements"]);
     if (doc.contains("solutions"))
@@ -249,7 +248,7 @@ TEST(MPolygonList, PlacedLayoutsAgreeWithUnionFind) {
           // Between 1e-9 and 1e-5 (the layouts keep gaps down to 5e-7) a contact found must
           // at least be a near one.
           if (d <= 1e-9 || d >= 1e-5 || got) {
-            EXPECT_EQ(got, d <= 2e-6) << entry.path().filename() << " parts " << a << ", " << b << " apart by " << d;
+            EXPECT_EQ(got, d <= 2e-6) << file.filename() << " parts " << a << ", " << b << " apart by " << d;
           }
         }
       }
@@ -258,7 +257,7 @@ TEST(MPolygonList, PlacedLayoutsAgreeWithUnionFind) {
       const auto want = Components(static_cast<int>(n), [&](int i, int j) {
         return dist[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] <= 1e-6;
       });
-      ASSERT_EQ(PilesAsIndices(list, heaps), want) << entry.path().filename();
+      ASSERT_EQ(PilesAsIndices(list, heaps), want) << file.filename();
       ++layouts;
       piled += heaps.Count() < list.Count() ? 1 : 0;
     }

@@ -20,6 +20,7 @@
 #include "orvane/foundation/PointArray.h"
 #include "orvane/monotone/Monotone.h"
 #include "orvane/vertex/VPolyline2D.h"
+#include "support/SharedData.h"
 #include "support/TestSupport.h"
 
 #if ORVANE_HAVE_GEOS
@@ -51,18 +52,10 @@ namespace fs = std::filesystem;
 // The part outlines of the data, closed here where a file leaves the closing vertex out, and
 // the words that name each; none when the data are absent.
 void ReadOutlines(std::vector<TDynPoints2D>& Rings, std::vector<std::string>& Names) {
-  const fs::path dir = fs::path(ORVANE_SHARED_DATA_DIR) / "outlines";
-  if (!fs::is_directory(dir)) return;
-  std::vector<fs::path> files;
-  for (const auto& entry : fs::directory_iterator(dir))
-    if (entry.path().extension() == ".json") files.push_back(entry.path());
-  std::sort(files.begin(), files.end());
-  for (const fs::path& file : files) {
-    std::ifstream in(file);
-    const nlohmann::json doc = nlohmann::json::parse(in);
+  for (const fs::path& file : testing::DataFiles("outlines", ".json")) {
+    const nlohmann::json doc = testing::ReadJson(file);
     for (const nlohmann::json& part : doc["parts"]) {
-      TDynPoints2D& ring = Rings.emplace_back();
-      for (const nlohmann::json& xy : part["outer"]) ring.emplace_back(xy[0].get<double>(), xy[1].get<double>());
+      TDynPoints2D& ring = Rings.emplace_back(testing::JsonRing(part["outer"]));
       if (!ring.empty() && ring.front() != ring.back()) ring.push_back(ring.front());
       Names.push_back(file.filename().string() + " part " + std::to_string(part["id"].get<int>()));
     }

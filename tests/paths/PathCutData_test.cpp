@@ -16,6 +16,7 @@
 #include "orvane/paths/PathUtils.h"
 #include "orvane/paths/PathsList.h"
 #include "orvane/paths/clipping/Clipper.h"
+#include "support/SharedData.h"
 
 #ifdef ORVANE_HAVE_GEOS
 #include "support/Geos.h"
@@ -36,17 +37,7 @@ TDynPoints2D Ring(const nlohmann::json& Pts) {
 
 std::vector<nlohmann::json> Documents(const std::string& Folder, const std::string& Prefix) {
   std::vector<nlohmann::json> docs;
-  const fs::path dir = fs::path(ORVANE_SHARED_DATA_DIR) / Folder;
-  if (!fs::is_directory(dir)) return docs;
-  std::vector<fs::path> files;
-  for (const auto& e : fs::directory_iterator(dir))
-    if (e.path().extension() == ".json" && e.path().filename().string().rfind(Prefix, 0) == 0)
-      files.push_back(e.path());
-  std::sort(files.begin(), files.end());
-  for (const fs::path& f : files) {
-    std::ifstream in(f);
-    docs.push_back(nlohmann::json::parse(in));
-  }
+  for (const fs::path& f : testing::DataFiles(Folder, ".json", Prefix)) docs.push_back(testing::ReadJson(f));
   return docs;
 }
 

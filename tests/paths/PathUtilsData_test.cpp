@@ -16,6 +16,7 @@
 
 #include "orvane/paths/PathUtils.h"
 #include "orvane/vertex/VPolyline2D.h"
+#include "support/SharedData.h"
 #include "support/TestSupport.h"
 
 #ifdef ORVANE_HAVE_GEOS
@@ -35,8 +36,7 @@ struct TOutlineSet {
 };
 
 TDynPoints2D Ring(const nlohmann::json& Pts) {
-  TDynPoints2D ring;
-  for (const nlohmann::json& xy : Pts) ring.emplace_back(xy[0].get<double>(), xy[1].get<double>());
+  TDynPoints2D ring = testing::JsonRing(Pts);
   if (ring.size() > 1 && ring.front() == ring.back()) ring.pop_back();
   return ring;
 }
@@ -44,15 +44,8 @@ TDynPoints2D Ring(const nlohmann::json& Pts) {
 const std::vector<TOutlineSet>& Outlines() {
   static const std::vector<TOutlineSet> sets = [] {
     std::vector<TOutlineSet> out;
-    const fs::path dir = fs::path(ORVANE_SHARED_DATA_DIR) / "outlines";
-    if (!fs::is_directory(dir)) return out;
-    std::vector<fs::path> files;
-    for (const auto& e : fs::directory_iterator(dir))
-      if (e.path().extension() == ".json") files.push_back(e.path());
-    std::sort(files.begin(), files.end());
-    for (const fs::path& f : files) {
-      std::ifstream in(f);
-      const nlohmann::json doc = nlohmann::json::parse(in);
+    for (const fs::path& f : testing::DataFiles("outlines", ".json")) {
+      const nlohmann::json doc = testing::ReadJson(f);
       TOutlineSet set;
       set.Name = f.filename().string();
       for (const nlohmann::json& part : doc["parts"]) set.Parts.push_back(Ring(part["outer"]));

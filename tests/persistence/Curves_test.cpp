@@ -17,6 +17,7 @@
 #include "orvane/persistence/FbsStream.h"
 #include "orvane/persistence/GeCurve2DFiler.h"
 #include "splines/DxfSplines.h"
+#include "support/SharedData.h"
 
 using namespace orvane;
 
@@ -341,13 +342,12 @@ TEST(SplineRecords, GoldenXmlAndAHandWorkedPointAfterReading) {
 }
 
 TEST(SplineRecords, DrawingSplinesRoundTripBitForBitAloneAndInComposites) {
-  const std::filesystem::path dir = ORVANE_SHARED_DATA_DIR "/curves";
-  if (!std::filesystem::exists(dir)) GTEST_SKIP() << "no shared data at " << dir;
+  const auto drawings = orvane::testing::DataFiles("curves", ".dxf");
+  if (drawings.empty()) GTEST_SKIP() << "no shared drawings in " ORVANE_SHARED_DATA_DIR;
   TGeCompositeCurve2D all;
   std::vector<const TGeCurve2D*> top{&all};
-  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    if (entry.path().extension() != ".dxf") continue;
-    for (orvane::testing::TDxfSpline& d : orvane::testing::ReadDxfSplines(entry.path())) {
+  for (const std::filesystem::path& drawing : drawings) {
+    for (orvane::testing::TDxfSpline& d : orvane::testing::ReadDxfSplines(drawing)) {
       if (d.Weights.empty()) d.Weights.assign(d.Pts.size(), 1.0);
       std::unique_ptr<TGeSpline2D> s;
       if (!(d.Flags & 2)) {

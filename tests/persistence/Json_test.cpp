@@ -12,6 +12,7 @@
 #include "orvane/monotone/MPolygon.h"
 #include "orvane/vertex/VHPolygon.h"
 #include "orvane/vertex/VPolyline2DList.h"
+#include "support/SharedData.h"
 
 using namespace orvane;
 
@@ -145,25 +146,21 @@ TEST(JsonExchange, PolylineListsAndPolygonsWithHoles) {
 // The outlines of real cutting instances come back bit for bit, and our reader agrees with
 // nlohmann's tree on every coordinate of the source files.
 TEST(JsonExchange, RealOutlinesRoundTrip) {
-  const std::filesystem::path dir = ORVANE_SHARED_DATA_DIR "/outlines";
-  if (!std::filesystem::exists(dir)) GTEST_SKIP() << "no outline data at " << dir;
+  const auto sources = orvane::testing::DataFiles("outlines", ".json");
+  if (sources.empty()) GTEST_SKIP() << "no outline data in " ORVANE_SHARED_DATA_DIR;
   int rings = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    const nlohmann::json doc = nlohmann::json::parse(FileText(entry.path().string()));
+  for (const std::filesystem::path& source : sources) {
+    const nlohmann::json doc = orvane::testing::ReadJson(source);
     TVPolyline2DList list;
-    for (const auto& part : doc["parts"]) {
-      TDynPoints2D pts;
-      for (const auto& p : part["outer"]) pts.emplace_back(p[0].get<double>(), p[1].get<double>());
-      list.Add(std::make_unique<TVPolyline2D>(std::move(pts)));
-    }
+    for (const auto& part : doc["parts"]) list.Add(std::make_unique<TVPolyline2D>(orvane::testing::JsonRing(part["outer"])));
     const std::string file = Dir + "outline.json";
     list.SaveTo(file);
     TVPolyline2DList back;
     back.ReadFrom(file);
-    ASSERT_EQ(back.Count(), list.Count()) << entry.path();
+    ASSERT_EQ(back.Count(), list.Count()) << source;
     for (int i = 0; i < list.Count(); ++i) {
       ASSERT_EQ(back[i]->Count(), list[i]->Count());
-      for (int k = 0; k < list[i]->Count(); ++k) ASSERT_TRUE(SameBits((*back[i])[k], (*list[i])[k])) << entry.path();
+      for (int k = 0; k < list[i]->Count(); ++k) ASSERT_TRUE(SameBits((*back[i])[k], (*list[i])[k])) << source;
       ++rings;
     }
     // The source's own text of the first outline, read by our reader.

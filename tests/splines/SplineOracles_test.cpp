@@ -14,6 +14,7 @@
 #include "orvane/splines/GeSpline2D.h"
 #include "DxfSplines.h"
 #include "splines/SplineBuild.h"
+#include "support/SharedData.h"
 
 #ifdef ORVANE_HAVE_SISL
 extern "C" {
@@ -275,15 +276,14 @@ TEST(SplineOracles, RandomRationalSplinesAgreeWithSislAndOcct) {
 }
 
 TEST(SplineOracles, DrawingSplinesIncludingAPeriodicOne) {
-  const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "curves";
-  if (!std::filesystem::exists(dir)) GTEST_SKIP() << "no shared data at " << dir;
+  const auto drawings = testing::DataFiles("curves", ".dxf");
+  if (drawings.empty()) GTEST_SKIP() << "no shared drawings in " ORVANE_SHARED_DATA_DIR;
 #ifndef ORVANE_HAVE_OCCT
   GTEST_SKIP() << "OCCT is needed for this cross-check";
 #else
   int plain = 0, periodic = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    if (entry.path().extension() != ".dxf") continue;
-    for (const testing::TDxfSpline& d : testing::ReadDxfSplines(entry.path())) {
+  for (const std::filesystem::path& drawing : drawings) {
+    for (const testing::TDxfSpline& d : testing::ReadDxfSplines(drawing)) {
       TRandomSpline r{d.Degree, d.Pts, d.Weights, d.Knots};
       if (r.Weights.empty()) r.Weights.assign(r.Pts.size(), 1.0);
       std::unique_ptr<TGeSpline2D> ours;
@@ -311,8 +311,8 @@ TEST(SplineOracles, DrawingSplinesIncludingAPeriodicOne) {
         gp_Pnt2d po;
         gp_Vec2d vo;
         occt->D1(u, po, vo);
-        EXPECT_TRUE(Close(pt, {po.X(), po.Y()}, scale)) << entry.path() << " u=" << u << " " << pt.ToString();
-        EXPECT_TRUE(Close(dv, {vo.X(), vo.Y()}, scale * 10)) << entry.path() << " u=" << u;
+        EXPECT_TRUE(Close(pt, {po.X(), po.Y()}, scale)) << drawing << " u=" << u << " " << pt.ToString();
+        EXPECT_TRUE(Close(dv, {vo.X(), vo.Y()}, scale * 10)) << drawing << " u=" << u;
       }
       // The nearest point is the global one, also near the seam of the periodic spline.
       const TRect2D box = ours->GetRoughBoundBlock();

@@ -16,6 +16,7 @@
 #include "orvane/curves/GeCompositeCurve2D.h"
 #include "orvane/curves/GePolyline2D.h"
 #include "orvane/splines/GeSpline2D.h"
+#include "support/SharedData.h"
 
 using namespace orvane;
 using namespace orvane::tool;
@@ -165,8 +166,8 @@ TEST(DxfReader, RefusesBadInputWithOneLineMessages) {
 // Each shared drawing read as ezdxf reads it: the same entities by type (insertions
 // expanded) and the same total length of lines, arcs, circles and polylines.
 TEST(DxfReader, SharedDrawingsAgreeWithEzdxf) {
-  const std::filesystem::path dir = std::filesystem::path(ORVANE_SOURCE_DIR) / "../shared/data/curves";
-  if (!std::filesystem::exists(dir)) GTEST_SKIP() << "shared drawings not found at " << dir;
+  const auto drawings = orvane::testing::DataFiles("curves", ".dxf");
+  if (drawings.empty()) GTEST_SKIP() << "shared drawings not found in " ORVANE_SHARED_DATA_DIR;
   const char* script = R"(
 import sys, math, ezdxf
 def arc_len(a, b, bulge):
@@ -203,8 +204,10 @@ for path in sys.argv[1:]:
     GTEST_SKIP() << "ezdxf is not installed for /usr/bin/python3";
   std::string command = "/usr/bin/python3 " + scriptFile.string();
   int files = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(dir))
-    if (entry.path().extension() == ".dxf") command += " '" + entry.path().string() + "'", ++files;
+  for (const std::filesystem::path& drawing : drawings) {
+    command += " '" + drawing.string() + "'";
+    ++files;
+  }
   FILE* pipe = popen(command.c_str(), "r");
   ASSERT_NE(pipe, nullptr);
   std::string out;

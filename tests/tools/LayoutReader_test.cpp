@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Layout.h"
+#include "support/SharedData.h"
 
 using namespace orvane;
 using namespace orvane::tool;
@@ -58,17 +59,16 @@ void ExpectSame(const std::string& Text, const std::string& Label) {
 }
 
 TEST(LayoutReader, PublishedLayoutsReadAlike) {
-  const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "layouts";
-  if (!std::filesystem::exists(dir)) GTEST_SKIP() << "outside layout data not found at " << dir;
+  const auto layouts = orvane::testing::DataFiles("layouts", ".json");
+  if (layouts.empty()) GTEST_SKIP() << "outside layout data not found in " ORVANE_SHARED_DATA_DIR;
   int files = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    if (entry.path().extension() != ".json") continue;
-    std::ifstream in(entry.path(), std::ios::binary);
+  for (const std::filesystem::path& layout : layouts) {
+    std::ifstream in(layout, std::ios::binary);
     std::stringstream text;
     text << in.rdbuf();
     const std::string fast = Outcome(&ParseLayout, text.str());
-    EXPECT_EQ(fast.rfind("refused", 0), std::string::npos) << entry.path() << ": " << fast;
-    EXPECT_EQ(fast, Outcome(&ParseLayoutWithNlohmann, text.str())) << entry.path();
+    EXPECT_EQ(fast.rfind("refused", 0), std::string::npos) << layout << ": " << fast;
+    EXPECT_EQ(fast, Outcome(&ParseLayoutWithNlohmann, text.str())) << layout;
     ++files;
   }
   EXPECT_GT(files, 10);

@@ -19,6 +19,7 @@
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/PointArray.h"
 #include "orvane/foundation/Rect2D.h"
+#include "support/SharedData.h"
 
 using namespace orvane;
 using namespace orvane::tool;
@@ -294,12 +295,11 @@ TEST(LayoutCheck, BadInputGetsOneLineAndExitCode2) {
 }
 
 TEST(LayoutCheck, PublishedLayoutsAgreeWithTheirStatedFigures) {
-  const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "layouts";
-  if (!std::filesystem::exists(dir)) GTEST_SKIP() << "outside layout data not found at " << dir;
+  const auto files = orvane::testing::DataFiles("layouts", ".json");
+  if (files.empty()) GTEST_SKIP() << "outside layout data not found in " ORVANE_SHARED_DATA_DIR;
   int solutions = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    if (entry.path().extension() != ".json") continue;
-    for (const TLayout& layout : ReadLayoutFile(entry.path().string())) {
+  for (const std::filesystem::path& file : files) {
+    for (const TLayout& layout : ReadLayoutFile(file.string())) {
       ASSERT_TRUE(layout.Expected.has_value()) << layout.Name;
       const TExpectedChecks& want = *layout.Expected;
       const TCheckReport r = CheckLayout(layout, {});
@@ -334,14 +334,13 @@ GEOSGeometry* GeosPart(GEOSContextHandle_t H, const TLayoutPart& Part) {
 // pairs whose boundary distance, measured by GEOS, is at most T, so the counts never fall
 // as T grows.
 TEST(LayoutCheck, ContactsAtEveryTolAreThePairsGeosFindsWithinIt) {
-  const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "layouts";
-  if (!std::filesystem::exists(dir)) GTEST_SKIP() << "outside layout data not found at " << dir;
+  const auto files = orvane::testing::DataFiles("layouts", ".json");
+  if (files.empty()) GTEST_SKIP() << "outside layout data not found in " ORVANE_SHARED_DATA_DIR;
   GEOSContextHandle_t h = GEOS_init_r();
   const std::vector<double> tols = {1e-6, 1e-4, 1e-2, 1.0};
   int solutions = 0, compared = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    if (entry.path().extension() != ".json") continue;
-    for (const TLayout& layout : ReadLayoutFile(entry.path().string())) {
+  for (const std::filesystem::path& file : files) {
+    for (const TLayout& layout : ReadLayoutFile(file.string())) {
       ++solutions;
       std::vector<GEOSGeometry*> boundary;
       for (const TLayoutPart& part : layout.Parts) {

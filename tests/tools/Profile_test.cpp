@@ -16,6 +16,7 @@
 #include "Profile.h"
 #include "orvane/foundation/BezierSegment2D.h"
 #include "orvane/foundation/Format.h"
+#include "support/SharedData.h"
 
 using namespace orvane;
 using namespace orvane::tool;
@@ -199,23 +200,22 @@ TEST(Profile, BadInputGivesExitTwoAndOneLine) {
 // Every drawing of the shared data against the ezdxf + shapely oracle: parts, holes and net
 // areas, and our output DXF read back, audited and measured against the input.
 TEST(Profile, SharedDrawingsAgainstTheOracle) {
-  const fs::path data = fs::path(ORVANE_SHARED_DATA_DIR) / "curves";
-  if (!fs::is_directory(data)) GTEST_SKIP() << "no shared data at " << data;
+  const auto drawings = orvane::testing::DataFiles("curves", ".dxf");
+  if (drawings.empty()) GTEST_SKIP() << "no shared drawings in " ORVANE_SHARED_DATA_DIR;
   if (std::system("/usr/bin/python3 -c 'import ezdxf, shapely' >/dev/null 2>&1") != 0)
     GTEST_SKIP() << "the oracle needs /usr/bin/python3 with ezdxf and shapely (scripts/install-deps)";
   const std::string oracle = std::string(ORVANE_SOURCE_DIR) + "/tests/tools/profile_oracle.py";
   int files = 0;
-  for (const auto& entry : fs::directory_iterator(data)) {
-    if (entry.path().extension() != ".dxf") continue;
+  for (const fs::path& drawing : drawings) {
     ++files;
-    const std::string in = entry.path().string();
+    const std::string in = drawing.string();
     const std::string out = WriteTemp("profile-out.dxf", "");
     const TRun r = RunCommand(Tool() + in + " --json --dxf " + out);
     ASSERT_NE(r.Code, 2) << in << ": " << r.Err;
     const std::string json = WriteTemp("profile.json", r.Out);
     const TRun o = RunCommand("/usr/bin/python3 " + oracle + " " + in + " " + json + " " + out);
     EXPECT_EQ(o.Code, 0) << in << "\n" << o.Out << o.Err;
-    if (entry.path().filename().string().rfind("laser4diy", 0) == 0) {
+    if (drawing.filename().string().starts_with("laser4diy")) {
       const nlohmann::json j = nlohmann::json::parse(r.Out);
       EXPECT_EQ(j["splines"]["as_arcs"], j["splines"]["read"]) << in;
     }

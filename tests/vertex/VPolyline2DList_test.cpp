@@ -13,6 +13,7 @@
 
 #include "orvane/foundation/Exception.h"
 #include "orvane/foundation/MathUtils.h"
+#include "support/SharedData.h"
 #include "support/TestSupport.h"
 
 namespace orvane {
@@ -213,15 +214,13 @@ TEST(VPolyline2DList, LoosePiecesJoinBackIntoTheirRings) {
     if (HasFatalFailure()) FAIL() << "round " << round;
   }
   // Real part outlines, each at unit size on its own place.
-  const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "outlines";
-  if (!std::filesystem::is_directory(dir)) GTEST_SKIP() << "no outline data at " << dir;
-  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    std::ifstream in(entry.path());
-    const nlohmann::json doc = nlohmann::json::parse(in);
+  const auto files = testing::DataFiles("outlines", ".json");
+  if (files.empty()) GTEST_SKIP() << "no outline data in " ORVANE_SHARED_DATA_DIR;
+  for (const std::filesystem::path& file : files) {
+    const nlohmann::json doc = testing::ReadJson(file);
     std::vector<TDynPoints2D> rings;
     for (const nlohmann::json& part : doc["parts"]) {
-      TVPolyline2D poly;
-      for (const nlohmann::json& xy : part["outer"]) poly.Add({xy[0].get<double>(), xy[1].get<double>()});
+      TVPolyline2D poly(testing::JsonRing(part["outer"]));
       // Vertices that nearly repeat merged: every edge is far longer than the tolerance.
       poly.Zoom(1.0 / std::max(poly.BoundBox().Width(), poly.BoundBox().Height()));
       poly.DeleteNeighbourClosed(true, 1e-6);
@@ -230,7 +229,7 @@ TEST(VPolyline2DList, LoosePiecesJoinBackIntoTheirRings) {
       rings.push_back(poly.Points());
     }
     ExpectRingsJoinBack(rings, 1e-7, rng, false);
-    if (HasFatalFailure()) FAIL() << entry.path().filename();
+    if (HasFatalFailure()) FAIL() << file.filename();
   }
 }
 

@@ -18,6 +18,7 @@
 #include "orvane/foundation/MathUtils.h"
 #include "orvane/vertex/VPolyline2D.h"
 #include "orvane/vertex/internal/SelfCrossing.h"
+#include "support/SharedData.h"
 #include "support/TestSupport.h"
 
 namespace orvane {
@@ -244,8 +245,7 @@ TEST(VPolyline2DRelations, SelfIntersectionSweepAgainstTree) {
   int rings = 0;
   const std::function<void(const nlohmann::json&)> visit = [&](const nlohmann::json& J) {
     if (J.is_array() && J.size() >= 3 && J[0].is_array() && J[0].size() == 2 && J[0][0].is_number()) {
-      TDynPoints2D ring;
-      for (const nlohmann::json& xy : J) ring.emplace_back(xy[0].get<double>(), xy[1].get<double>());
+      TDynPoints2D ring = testing::JsonRing(J);
       ++rings;
       agree(ring, "real ring");
       ring.push_back(ring.front());
@@ -257,11 +257,7 @@ TEST(VPolyline2DRelations, SelfIntersectionSweepAgainstTree) {
     }
   };
   for (const char* dir : {"layouts", "outlines"}) {
-    for (const auto& entry : std::filesystem::directory_iterator(data / dir)) {
-      if (entry.path().extension() != ".json") continue;
-      std::ifstream in(entry.path());
-      visit(nlohmann::json::parse(in));
-    }
+    for (const std::filesystem::path& file : testing::DataFiles(dir, ".json")) visit(testing::ReadJson(file));
   }
   EXPECT_GT(rings, 4000);
   EXPECT_GT(std::min(verdicts[0], verdicts[1]), 10000);
@@ -358,18 +354,16 @@ TEST(VPolyline2DRelations, RelationsNearestCrossingsAndCorners) {
 }
 
 TEST(VPolyline2DRelations, RealOutlines) {
-  const std::filesystem::path dir = std::filesystem::path(ORVANE_SHARED_DATA_DIR) / "outlines";
-  if (!std::filesystem::is_directory(dir)) GTEST_SKIP() << "no outline data at " << dir;
+  const auto files = testing::DataFiles("outlines", ".json");
+  if (files.empty()) GTEST_SKIP() << "no outline data in " ORVANE_SHARED_DATA_DIR;
   std::mt19937 rng(3);
   std::uniform_real_distribution<double> unit(0.0, 1.0);
   int parts = 0;
   int smoothed = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    std::ifstream in(entry.path());
-    const nlohmann::json doc = nlohmann::json::parse(in);
+  for (const std::filesystem::path& file : files) {
+    const nlohmann::json doc = testing::ReadJson(file);
     for (const nlohmann::json& part : doc["parts"]) {
-      TVPolyline2D poly;
-      for (const nlohmann::json& xy : part["outer"]) poly.Add({xy[0].get<double>(), xy[1].get<double>()});
+      TVPolyline2D poly(testing::JsonRing(part["outer"]));
       // Some outlines repeat a vertex, or nearly (1e-13 apart), and the segments on either
       // side of such a vertex meet there; the parts are simple polygons otherwise.
       poly.ConnectHeadTail();
@@ -380,13 +374,13 @@ TEST(VPolyline2DRelations, RealOutlines) {
       const double diagonal = std::hypot(box.Width(), box.Height());
       EXPECT_LE(std::fabs(poly.Area() - area), 0.5 * 1e-9 * diagonal * (before - poly.Count()));
       ++parts;
-      ASSERT_FALSE(poly.IsSelfIntersect(1e-9)) << entry.path().filename() << " part " << part["id"];
+      ASSERT_FALSE(poly.IsSelfIntersect(1e-9)) << file.filename() << " part " << part["id"];
       for (int k = 0; k < 40; ++k) {
         const TPoint2D p(box.XMin + unit(rng) * box.Width(), box.YMin + unit(rng) * box.Height());
         const double dist = testing::DistToRing(poly.Points(), p);
         if (std::fabs(dist - 1e-6) < 1e-9) continue;
         const int want = dist <= 1e-6 ? On : (testing::EvenOddInside(poly.Points(), p) ? In : Out);
-        ASSERT_EQ(poly.RelationWithPoint(p, 1e-6), want) << entry.path().filename();
+        ASSERT_EQ(poly.RelationWithPoint(p, 1e-6), want) << file.filename();
       }
       // Smoothing moves the area by at most half of ATol times a chord times the outline.
       TVPolyline2D smooth(poly.Points());

@@ -17,6 +17,7 @@
 #include "orvane/foundation/Exception.h"
 #include "orvane/paths/clipping/Clipper.h"
 #include "orvane/vertex/VPolyline2DList.h"
+#include "support/SharedData.h"
 #include "support/TestSupport.h"
 #if ORVANE_HAVE_GEOS
 #include "support/Geos.h"
@@ -187,19 +188,13 @@ TEST(VPolyline2DTree, FromClipperTree) {
 // holes) must build and answer without fault.
 TEST(VPolyline2DTree, LeatherHidesAgreeWithGeos) {
   namespace fs = std::filesystem;
-  const fs::path dir = fs::path(ORVANE_SHARED_DATA_DIR) / "outlines";
-  std::vector<fs::path> files;
-  if (fs::is_directory(dir))
-    for (const auto& e : fs::directory_iterator(dir))
-      if (e.path().filename().string().rfind("baldacci", 0) == 0) files.push_back(e.path());
+  const std::vector<fs::path> files = testing::DataFiles("outlines", "", "baldacci");
   if (files.empty()) GTEST_SKIP() << "no leather hides in " << ORVANE_SHARED_DATA_DIR;
-  std::sort(files.begin(), files.end());
   GEOSContextHandle_t h = GEOS_init_r();
   std::mt19937 rng(5);
   int valid = 0, invalid = 0;
   for (const fs::path& file : files) {
-    std::ifstream in(file);
-    const nlohmann::json doc = nlohmann::json::parse(in);
+    const nlohmann::json doc = testing::ReadJson(file);
     for (const nlohmann::json& bin : doc["bins"]) {
       std::vector<TDynPoints2D> rings;
       const auto ring = [](const nlohmann::json& pts) {
